@@ -1,0 +1,18 @@
+# Settings of the service that a distributor fills in; reserved example names until then.
+set(JOIN_WEB_SERVER_HOST "join.example.com" CACHE STRING "Default web server host")
+
+set(JOIN_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
+if(JOIN_SANITIZE)
+    add_compile_options(-fsanitize=${JOIN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    add_link_options(-fsanitize=${JOIN_SANITIZE})
+endif()
+
+# The project's own code is compiled with these.
+add_library(join_warnings INTERFACE)
+target_compile_options(join_warnings INTERFACE -Wall -Wextra -Wpedantic -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 takes the alternatives that a moved std::variant does not hold for uninitialised members, and the buffers
+    # of texts that are added for overlapping ones.
+    target_compile_options(join_warnings INTERFACE -Wno-maybe-uninitialized -Wno-restrict)
+endif()
+target_include_directories(join_warnings INTERFACE ${PROJECT_SOURCE_DIR}/src)

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <string>
+
+namespace join::platform {
+
+/// What the application tells its delegate, on the main thread, in this order.
+class ApplicationDelegate {
+public:
+    virtual ~ApplicationDelegate() = default;
+
+    /// Before the run loop starts.
+    virtual void awakeFromNib() = 0;
+    /// A URL that started the program is delivered between these two.
+    virtual void applicationWillFinishLaunching() = 0;
+    virtual void applicationDidFinishLaunching() = 0;
+    virtual void applicationWillTerminate() = 0;
+};
+
+struct SystemVersion {
+    int major = 0;
+    int minor = 0;
+    int maintenance = 0;
+};
+
+/// The running program and its main run loop. Main thread only.
+class Application {
+public:
+    virtual ~Application() = default;
+
+    /// Tells the delegate that the program starts, then runs the loop until the program is terminated.
+    [[noreturn]] virtual void run(ApplicationDelegate& delegate) = 0;
+
+    /// Ends the program with status 0, after telling the delegate. Never returns to its caller.
+    [[noreturn]] virtual void terminate() = 0;
+
+    /// Ends the process with status 0 at once, telling nobody.
+    [[noreturn]] virtual void exitImmediately() = 0;
+
+    /// The absolute path of the bundle that this program runs from.
+    virtual std::string bundlePath() = 0;
+    virtual std::string bundleIdentifier() = 0;
+
+    /// The operating system's version; zeros for what cannot be told.
+    virtual SystemVersion systemVersion() = 0;
+};
+
+} // namespace join::platform

@@ -1,0 +1,48 @@
+#pragma once
+
+namespace join::platform {
+
+class Application;
+class Bundles;
+class Clock;
+class FileManager;
+class HttpClient;
+class Json;
+class Log;
+class MainQueue;
+class NotificationCenter;
+class Paths;
+class PropertyLists;
+class Strings;
+class Tasks;
+class Timers;
+class UrlEvents;
+class Windows;
+class Workspace;
+
+/// Every service of the platform. Filled once by the composition root, which owns them and outlives the
+/// logic.
+struct Services {
+    Application* application = nullptr;
+    Bundles* bundles = nullptr;
+    Clock* clock = nullptr;
+    FileManager* fileManager = nullptr;
+    HttpClient* httpClient = nullptr;
+    Json* json = nullptr;
+    Log* log = nullptr;
+    MainQueue* mainQueue = nullptr;
+    NotificationCenter* notificationCenter = nullptr;
+    Paths* paths = nullptr;
+    PropertyLists* propertyLists = nullptr;
+    Strings* strings = nullptr;
+    Tasks* tasks = nullptr;
+    Timers* timers = nullptr;
+    UrlEvents* urlEvents = nullptr;
+    Windows* windows = nullptr;
+    Workspace* workspace = nullptr;
+};
+
+/// The services that the logic reaches everything through.
+Services& services();
+
+} // namespace join::platform

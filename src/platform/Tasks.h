@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace join::platform {
+
+/// A program to run. No shell is involved.
+struct Program {
+    std::string path;
+    std::vector<std::string> arguments;
+    std::string workingDirectory;
+};
+
+/// How a program ended.
+struct TaskResult {
+    bool exited = false; ///< false when a signal ended it
+    int status = 0;      ///< its exit status, or the number of that signal
+    std::string output;  ///< what it wrote to its standard output
+};
+
+/// Child processes. They get the standard streams and no other descriptor. A tool that the system does not
+/// have is looked for by its name among the helpers in the program's own bundle. Both operations throw
+/// Exception when the program cannot be started. Main thread only.
+class Tasks {
+public:
+    virtual ~Tasks() = default;
+
+    /// Runs the program with its standard output connected to a pipe, and waits until it has ended.
+    virtual TaskResult run(const Program& program) = 0;
+
+    /// Starts the program with its standard streams inherited, and leaves it alone.
+    virtual void start(const Program& program) = 0;
+};
+
+} // namespace join::platform
