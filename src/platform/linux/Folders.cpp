@@ -1,0 +1,63 @@
+#include "platform/linux/Folders.h"
+
+#include "platform/linux/Descriptor.h"
+
+#include <cerrno>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/stat.h>
+
+namespace join::platform {
+
+std::string normalised(std::string_view absolutePath) {
+    std::string path;
+    while (!absolutePath.empty()) {
+        const auto end = absolutePath.find('/');
+        const auto component = absolutePath.substr(0, end);
+        absolutePath.remove_prefix(end == std::string_view::npos ? absolutePath.size() : end + 1);
+        if (component == "..")
+            path.erase(path.empty() ? 0 : path.rfind('/'));
+        else if (!component.empty() && component != ".")
+            path.append("/").append(component);
+    }
+    return path.empty() ? "/" : path;
+}
+
+std::string parentOf(const std::string& path) {
+    const auto separator = path.rfind('/');
+    return separator == 0 ? "/" : path.substr(0, separator);
+}
+
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+bool makeFolders(const std::string& path, mode_t mode) {
+    if (::mkdir(path.c_str(), mode) == 0)
+        return true;
+    if (errno == ENOENT && path != "/" && makeFolders(parentOf(path), mode) &&
+        ::mkdir(path.c_str(), mode) == 0)
+        return true;
+    struct stat found {};
+    return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
+
+std::optional<std::vector<std::string>> namesIn(int folder) {
+    // A descriptor of its own, since reading moves its position and closedir closes it.
+    Descriptor reading = openForReading(folder, ".", O_DIRECTORY);
+    const std::unique_ptr<DIR, int (*)(DIR*)> stream(reading ? ::fdopendir(reading.get()) : nullptr,
+                                                     ::closedir);
+    if (!stream)
+        return std::nullopt;
+    reading.release();
+    std::vector<std::string> names;
+    for (errno = 0; const dirent* entry = ::readdir(stream.get()); errno = 0) {
+        const std::string_view name(static_cast<const char*>(entry->d_name));
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    if (errno != 0)
+        return std::nullopt;
+    return names;
+}
+
+} // namespace join::platform

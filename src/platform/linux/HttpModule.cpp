@@ -1,0 +1,47 @@
+#include "platform/linux/HttpModule.h"
+
+#include "platform/linux/HttpModuleEntry.h"
+
+#include <dlfcn.h>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+std::string loaderError() {
+    const char* text = ::dlerror();
+    return text ? text : "unknown error";
+}
+
+} // namespace
+
+HttpModule::HttpModule(std::string path) : path_(std::move(path)) {}
+
+bool HttpModule::load() {
+    if (!std::exchange(tried_, true))
+        client_ = openModule();
+    return client_ != nullptr;
+}
+
+HttpReply HttpModule::get(const HttpRequest& request) {
+    if (!load())
+        return {.status = {}, .body = {}, .error = HttpError{failure_, request.url}};
+    return client_->get(request);
+}
+
+std::unique_ptr<HttpClient> HttpModule::openModule() {
+    void* module =
+        ::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL); // never closed: libraries below it may own threads
+    void* entry = module ? ::dlsym(module, "join_make_http_client") : nullptr;
+    if (!entry) {
+        failure_ = "The HTTP module cannot be loaded: " + loaderError();
+        return nullptr;
+    }
+    std::unique_ptr<HttpClient> client(reinterpret_cast<decltype(&join_make_http_client)>(entry)());
+    if (!client)
+        failure_ = "The HTTP module cannot make a client";
+    return client;
+}
+
+} // namespace join::platform

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "platform/HttpClient.h"
+
+#include <memory>
+#include <string>
+
+namespace join::platform {
+
+/// The HTTP client in a module that is loaded when it is needed: its libraries would keep the first window
+/// waiting. Once loaded it stays so, also when its file is deleted.
+class HttpModule : public HttpClient {
+public:
+    /// The absolute path of the module; nothing is loaded yet.
+    explicit HttpModule(std::string path);
+
+    /// Loads the module, the first time that it is called; false when that failed, then or now.
+    bool load();
+
+    /// Loads the module when nobody has. Without it every request is answered with an error that says why.
+    HttpReply get(const HttpRequest& request) override;
+
+private:
+    std::unique_ptr<HttpClient> openModule();
+
+    std::string path_;
+    bool tried_ = false;
+    std::string failure_;
+    std::unique_ptr<HttpClient> client_;
+};
+
+} // namespace join::platform

@@ -1,0 +1,128 @@
+#include "platform/linux/LinuxFileManager.h"
+
+#include "platform/linux/Descriptor.h"
+#include "platform/linux/Folders.h"
+#include "platform/linux/StagedPath.h"
+#include "platform/linux/TreeCopy.h"
+#include "platform/linux/TreeRemoval.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+constexpr mode_t defaultFileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+constexpr mode_t defaultFolderMode = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// The size of an open regular file; nothing for any other kind of thing.
+std::optional<std::size_t> regularSize(const Descriptor& file) {
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return static_cast<std::size_t>(status.st_size);
+}
+
+bool mayBeReplaced(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
+}
+
+class Mapping : public MappedFile {
+public:
+    Mapping(void* start, std::size_t size) : start_(start), size_(size) {}
+    ~Mapping() override { ::munmap(start_, size_); }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+
+    std::span<const std::byte> bytes() const override {
+        return {static_cast<const std::byte*>(start_), size_};
+    }
+
+private:
+    void* start_;
+    std::size_t size_;
+};
+
+} // namespace
+
+bool LinuxFileManager::exists(const std::string& path) {
+    const auto real = realPath(path);
+    struct stat status {};
+    return real && ::stat(real->c_str(), &status) == 0;
+}
+
+bool LinuxFileManager::createFolder(const std::string& path) {
+    const auto real = realPath(path);
+    return real && makeFolders(*real, defaultFolderMode);
+}
+
+bool LinuxFileManager::copy(const std::string& source, const std::string& target) {
+    const auto from = realPath(source);
+    const auto to = realPath(target);
+    struct stat status {};
+    if (!from || !to || ::lstat(to->c_str(), &status) == 0)
+        return false;
+    StagedPath staged(*to);
+    return copyTree(*from, staged.path()) && staged.commitNew();
+}
+
+bool LinuxFileManager::remove(const std::string& path) {
+    const auto real = realPath(path);
+    return real && removeTree(*real);
+}
+
+std::optional<std::string> LinuxFileManager::read(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return std::nullopt;
+    const Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const auto size = regularSize(file);
+    if (!size || *size > maximumReadSize)
+        return std::nullopt;
+    return readAll(file.get(), maximumReadSize);
+}
+
+bool LinuxFileManager::create(const std::string& path, std::string_view contents) {
+    const auto real = realPath(path);
+    if (!real || !mayBeReplaced(*real))
+        return false;
+    StagedPath staged(*real);
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    Descriptor file(::open(staged.path().c_str(), flags, defaultFileMode));
+    return file && writeAll(file.get(), contents) && file.close() && staged.commitOver();
+}
+
+bool LinuxFileManager::truncate(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return false;
+    const Descriptor file(::open(real->c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    return regularSize(file) && ::ftruncate(file.get(), 0) == 0;
+}
+
+std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return nullptr;
+    const Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const auto size = regularSize(file);
+    if (!size || *size == 0)
+        return nullptr;
+    void* start = ::mmap(nullptr, *size, PROT_READ, MAP_PRIVATE, file.get(), 0);
+    if (start == MAP_FAILED)
+        return nullptr;
+    return std::make_unique<Mapping>(start, *size);
+}
+
+/// A path with a zero byte would be cut there by the kernel, and name something else.
+std::optional<std::string> LinuxFileManager::realPath(const std::string& path) const {
+    if (!path.starts_with('/') || path.find('\0') != std::string::npos)
+        return std::nullopt;
+    return root_.toReal(path);
+}
+
+} // namespace join::platform

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/FileManager.h"
+#include "platform/linux/SystemRoot.h"
+
+#include <utility>
+
+namespace join::platform {
+
+/// Files and folders by the system's paths. A path that is not absolute names nothing.
+class LinuxFileManager : public FileManager {
+public:
+    explicit LinuxFileManager(SystemRoot root) : root_(std::move(root)) {}
+
+    bool exists(const std::string& path) override;
+    bool createFolder(const std::string& path) override;
+
+    /// A source that is a link is copied as a link, like those in a tree. One at a time for each target.
+    bool copy(const std::string& source, const std::string& target) override;
+
+    bool remove(const std::string& path) override;
+    std::optional<std::string> read(const std::string& path) override;
+
+    /// Replaces a link rather than what it leads to, and nothing but links and files. One at a time for each
+    /// path.
+    bool create(const std::string& path, std::string_view contents) override;
+
+    bool truncate(const std::string& path) override;
+
+    /// Touching bytes that another program has cut off the file in the meantime ends the process (SIGBUS).
+    std::unique_ptr<MappedFile> map(const std::string& path) override;
+
+private:
+    std::optional<std::string> realPath(const std::string& path) const;
+
+    SystemRoot root_;
+};
+
+} // namespace join::platform

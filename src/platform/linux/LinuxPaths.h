@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/Paths.h"
+
+namespace join::platform {
+
+/// The folders of the user. Their home is $HOME as it was when this was made, or else the one of the password
+/// entry.
+class LinuxPaths : public Paths {
+public:
+    /// Throws Exception when the user has no home folder.
+    LinuxPaths();
+
+    /// Makes the Library folder, private to the user, when it is missing. Called once, when the program
+    /// starts. Throws Exception when that fails.
+    void prepare();
+
+    std::string home() override { return home_; }
+    std::string userLibrary() override;
+    std::string localApplications() override { return "/Applications"; }
+
+    /// $TMPDIR as it is, when it is an absolute path; else a folder in the user's cache.
+    std::string temporary() override;
+
+private:
+    std::string home_;
+};
+
+} // namespace join::platform

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "platform/PropertyLists.h"
+
+namespace join::platform {
+
+/// Property lists by libplist, which sees only what isReasonablePropertyList() lets through. Dates are texts
+/// like "2026-11-22T21:56:36Z", data like "<0fe1>", identifiers decimal numbers.
+class PlistPropertyLists : public PropertyLists {
+public:
+    std::optional<Value> parse(std::string_view bytes) override;
+};
+
+} // namespace join::platform

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/Log.h"
+
+#include <optional>
+#include <string>
+#include <sys/types.h>
+
+namespace join::platform {
+
+/// The log on standard error. An error of a write is ignored: there is nowhere to report it.
+class StderrLog : public Log {
+public:
+    /// The clock is used as long as this object lives.
+    StderrLog(std::string processName, Clock& clock);
+
+    void write(std::string_view message) override;
+    std::uint64_t redirectStandardStreams(const std::string& path) override;
+
+private:
+    struct FileIdentity {
+        dev_t device;
+        ino_t inode;
+        bool operator==(const FileIdentity&) const = default;
+    };
+
+    std::string processName_;
+    Clock& clock_;
+    std::optional<FileIdentity> current_; ///< the file that the streams were last pointed at
+};
+
+} // namespace join::platform

@@ -1,0 +1,63 @@
+#include "platform/linux/StagedPath.h"
+
+#include "support/TemporaryFolder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace join::platform;
+using namespace join::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+pid_t deadProcess() {
+    const pid_t process = ::fork();
+    if (process == 0)
+        ::_exit(0);
+    ::waitpid(process, nullptr, 0);
+    return process;
+}
+
+} // namespace
+
+TEST(StagedPath, LeftoversOfDeadProcessesAndOfItselfGoAndAllElseStays) {
+    const TemporaryFolder folder;
+    const std::string dead = std::to_string(deadProcess());
+    const std::string staged = ".A.app.";
+    for (const std::string& process : {dead, std::to_string(::getpid())})
+        writeFile(folder / staged + process + ".partial/Contents/file", "x");
+    // The first process of the system always lives.
+    const std::string kept[] = {staged + "1.partial",
+                                staged + "0.partial",
+                                staged + "-" + dead + ".partial",
+                                staged + dead + "x.partial",
+                                staged + dead,
+                                ".B.app." + dead + ".partial",
+                                staged + ".partial",
+                                "A.app." + dead + ".partial",
+                                staged + "99999999999999.partial"};
+    for (const std::string& name : kept)
+        writeFile(folder / name, "x");
+    { const StagedPath path(folder / "A.app"); }
+    for (const std::string& name : kept)
+        EXPECT_TRUE(fs::exists(folder / name)) << name;
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), std::ssize(kept));
+}
+
+TEST(StagedPath, ACommitToANewNameReplacesNothing) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "old");
+    fs::create_directory(folder / "empty");
+    fs::create_symlink("nowhere", folder / "link");
+    for (const char* name : {"file", "empty", "link"}) {
+        StagedPath staged(folder / name);
+        writeFile(staged.path(), "new");
+        EXPECT_FALSE(staged.commitNew()) << name;
+    }
+    EXPECT_EQ(contentsOf(folder / "file"), "old");
+    EXPECT_TRUE(fs::is_empty(folder / "empty"));
+    EXPECT_EQ(fs::read_symlink(folder / "link"), "nowhere");
+}

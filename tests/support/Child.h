@@ -1,0 +1,89 @@
+#pragma once
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace join::test {
+
+struct Launch {
+    std::vector<std::string> command; ///< found on the PATH when it holds no separator
+    std::vector<std::pair<std::string, std::string>> environment = {}; ///< beside what the test has
+    std::string directory = ".";
+    std::string input = "/dev/null";
+    std::string output = "/dev/null"; ///< file that gets what it writes to both of its streams
+};
+
+/// A child process, killed with this object if it still runs then.
+class Child {
+public:
+    explicit Child(const Launch& launch) {
+        std::vector<char*> arguments;
+        for (const std::string& argument : launch.command)
+            arguments.push_back(const_cast<char*>(argument.c_str()));
+        arguments.push_back(nullptr);
+        process_ = ::fork();
+        if (process_ < 0)
+            throw std::runtime_error("fork");
+        if (process_ == 0)
+            become(launch, arguments.data());
+    }
+
+    ~Child() {
+        if (process_ > 0) {
+            ::kill(process_, SIGKILL);
+            wait();
+        }
+    }
+
+    Child(const Child&) = delete;
+    Child& operator=(const Child&) = delete;
+
+    pid_t process() const { return process_; }
+    void end() const { ::kill(process_, SIGTERM); }
+
+    /// The exit status, or minus the signal that ended it.
+    int wait() {
+        int status = 0;
+        ::waitpid(std::exchange(process_, -1), &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+private:
+    [[noreturn]] static void become(const Launch& launch, char** arguments) {
+        for (const auto& [name, value] : launch.environment)
+            ::setenv(name.c_str(), value.c_str(), 1);
+        const int input = ::open(launch.input.c_str(), O_RDONLY);
+        const int output = ::open(launch.output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        if (::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2 &&
+            ::chdir(launch.directory.c_str()) == 0)
+            ::execvp(arguments[0], arguments);
+        ::_exit(127);
+    }
+
+    pid_t process_ = -1;
+};
+
+/// Waits until the condition holds; false when it has not come true for far longer than it should take.
+template <typename Condition>
+bool eventually(Condition condition) {
+    using namespace std::chrono_literals;
+    const auto limit = std::chrono::steady_clock::now() + 30s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > limit)
+            return false;
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+
+} // namespace join::test

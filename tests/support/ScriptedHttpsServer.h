@@ -1,0 +1,191 @@
+#pragma once
+
+#include "support/TestCertificate.h"
+
+#include <gtest/gtest.h>
+#include <openssl/ssl.h>
+
+#include <arpa/inet.h>
+#include <array>
+#include <csignal>
+#include <map>
+#include <mutex>
+#include <netinet/in.h>
+#include <poll.h>
+#include <string>
+#include <string_view>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace join::test {
+
+enum class Fault {
+    none,
+    cutBody, ///< announces the body and ends the connection half-way
+    reset,   ///< resets the connection instead of answering
+    silence, ///< never answers
+    endless, ///< sends the body again and again, without an announced length
+};
+
+struct ScriptedAnswer {
+    int status = 200;
+    std::string body = {};
+    std::vector<std::string> headers = {}; ///< "Name: value"
+    Fault fault = Fault::none;
+};
+
+/// An HTTPS server on loopback that answers what it was told to expect, every expectation once. A request
+/// that nobody expected, and an expectation that nobody met, fail the test. Connections are kept alive.
+class ScriptedHttpsServer {
+public:
+    explicit ScriptedHttpsServer(const std::string& names = "DNS:localhost,IP:127.0.0.1")
+        : certificate_(names), context_(SSL_CTX_new(TLS_server_method()), SSL_CTX_free),
+          listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), stop_(::eventfd(0, EFD_CLOEXEC)) {
+        std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to connections that the client has closed
+        SSL_CTX_use_certificate(context_.get(), certificate_.certificate());
+        SSL_CTX_use_PrivateKey(context_.get(), certificate_.key());
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        socklen_t size = sizeof address;
+        if (::bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+            ::listen(listener_, 16) != 0)
+            ADD_FAILURE() << "no loopback";
+        ::getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);
+        port_ = ntohs(address.sin_port);
+        acceptor_ = std::jthread([this] { acceptAll(); });
+    }
+
+    ~ScriptedHttpsServer() {
+        ::eventfd_write(stop_, 1);
+        acceptor_.join();
+        connections_.clear(); // waits for them
+        for (const auto& [path, answer] : expected_)
+            ADD_FAILURE() << "never asked for: " << path;
+        ::close(listener_);
+        ::close(stop_);
+    }
+
+    ScriptedHttpsServer(const ScriptedHttpsServer&) = delete;
+    ScriptedHttpsServer& operator=(const ScriptedHttpsServer&) = delete;
+
+    std::string url(const std::string& path, const std::string& host = "localhost") const {
+        return "https://" + host + ":" + std::to_string(port_) + path;
+    }
+    std::string certificate() const { return certificate_.pem(); }
+
+    /// Answers the next GET of that path, which may have a query.
+    void expect(const std::string& path, ScriptedAnswer answer) {
+        const std::scoped_lock lock(mutex_);
+        expected_.emplace(path, std::move(answer));
+    }
+
+    /// The head lines of the requests that came, in order.
+    std::vector<std::string> requests() const {
+        const std::scoped_lock lock(mutex_);
+        return requests_;
+    }
+    std::size_t connectionCount() const {
+        const std::scoped_lock lock(mutex_);
+        return connections_.size();
+    }
+
+private:
+    using Tls = std::unique_ptr<SSL, void (*)(SSL*)>;
+
+    /// Waits until there is something to read; false when the server ends first.
+    bool awaitInput(int descriptor) const {
+        std::array<pollfd, 2> waiting{{{descriptor, POLLIN, 0}, {stop_, POLLIN, 0}}};
+        ::poll(waiting.data(), waiting.size(), -1);
+        return waiting[1].revents == 0;
+    }
+
+    void acceptAll() {
+        while (awaitInput(listener_)) {
+            const int socket = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+            const std::scoped_lock lock(mutex_);
+            connections_.emplace_back([this, socket] {
+                serve(socket);
+                ::close(socket);
+            });
+        }
+    }
+
+    void serve(int socket) {
+        const Tls tls(SSL_new(context_.get()), SSL_free);
+        SSL_set_fd(tls.get(), socket);
+        if (!awaitInput(socket) || SSL_accept(tls.get()) != 1)
+            return;
+        for (std::string head = readHead(tls.get()); !head.empty(); head = readHead(tls.get()))
+            if (!answer(tls.get(), socket, take(head)))
+                return;
+    }
+
+    std::string readHead(SSL* tls) const {
+        std::string head;
+        std::array<char, 4096> buffer{};
+        while (head.find("\r\n\r\n") == std::string::npos) {
+            if (SSL_pending(tls) == 0 && !awaitInput(SSL_get_fd(tls)))
+                return {};
+            const int count = SSL_read(tls, buffer.data(), static_cast<int>(buffer.size()));
+            if (count <= 0)
+                return {};
+            head.append(buffer.data(), static_cast<std::size_t>(count));
+        }
+        return head;
+    }
+
+    ScriptedAnswer take(const std::string& head) {
+        const std::scoped_lock lock(mutex_);
+        requests_.push_back(head);
+        for (auto next = expected_.begin(); next != expected_.end(); ++next)
+            if (head.starts_with("GET " + next->first + " HTTP/1.1\r\n"))
+                return std::move(expected_.extract(next).mapped());
+        ADD_FAILURE() << "unexpected request: " << head;
+        return {.status = 500};
+    }
+
+    /// Gives whether the connection goes on.
+    bool answer(SSL* tls, int socket, const ScriptedAnswer& answer) const {
+        if (answer.fault == Fault::reset) {
+            const linger atOnce{.l_onoff = 1, .l_linger = 0};
+            ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+            return false;
+        }
+        if (answer.fault == Fault::silence)
+            return awaitInput(socket); // the client gives up and closes
+        std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " Scripted\r\n";
+        for (const std::string& header : answer.headers)
+            head += header + "\r\n";
+        if (answer.fault != Fault::endless)
+            head += "Content-Length: " + std::to_string(answer.body.size()) + "\r\n";
+        if (!send(tls, head + "\r\n"))
+            return false;
+        while (answer.fault == Fault::endless)
+            if (!send(tls, answer.body))
+                return false;
+        const bool cut = answer.fault == Fault::cutBody;
+        return send(tls, std::string_view(answer.body).substr(0, answer.body.size() / (cut ? 2 : 1))) && !cut;
+    }
+
+    static bool send(SSL* tls, std::string_view bytes) {
+        return bytes.empty() || SSL_write(tls, bytes.data(), static_cast<int>(bytes.size())) > 0;
+    }
+
+    TestCertificate certificate_;
+    std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context_;
+    int listener_;
+    int stop_;
+    int port_ = 0;
+    mutable std::mutex mutex_;
+    std::multimap<std::string, ScriptedAnswer> expected_;
+    std::vector<std::string> requests_;
+    std::jthread acceptor_;
+    std::vector<std::jthread> connections_;
+};
+
+} // namespace join::test

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cerrno>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+#include <system_error>
+
+namespace join::test {
+
+/// A fresh private folder that goes away, with all that it holds, with this object.
+class TemporaryFolder {
+public:
+    TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "join-test-XXXXXX").string()) {
+        if (!::mkdtemp(path_.data()))
+            throw std::system_error(errno, std::generic_category(), "mkdtemp");
+    }
+
+    ~TemporaryFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    /// Absolute, without a separator at its end.
+    const std::string& path() const { return path_; }
+
+    /// The path of something in it.
+    std::string operator/(std::string_view name) const { return path_ + "/" + std::string(name); }
+
+private:
+    std::string path_;
+};
+
+/// Writes a file, with its missing parent folders. Gives its path.
+inline std::string writeFile(const std::string& path, std::string_view contents) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream file(path, std::ios::binary | std::ios::trunc);
+    file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
+    if (!file.flush())
+        throw std::system_error(errno, std::generic_category(), path);
+    return path;
+}
+
+/// The bytes of a file, none when it is missing.
+inline std::string contentsOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace join::test
