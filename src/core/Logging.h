@@ -1,0 +1,37 @@
+#pragma once
+
+#include "core/Format.h"
+
+#include <exception>
+#include <string_view>
+#include <utility>
+
+namespace join {
+
+/// Writes one finished message to the platform's log.
+void writeLog(std::string_view message);
+
+/// Logs a message. The name of the operation that logs is its first argument wherever the format begins with
+/// "%s : ".
+template <class... Arguments>
+void log(Format<std::type_identity_t<Arguments>...> format, const Arguments&... arguments) {
+    writeLog(detail::formatPieces(format.text(), {detail::FormatArgument(arguments)...}));
+}
+
+/// The line that ends a session in the log file.
+void logSessionEnd();
+
+/// The exception line of the singletons and of the log upload.
+void logExceptionBanner(std::string_view method, const std::exception& exception);
+
+/// Runs an operation of the delegate. An exception ends it and is logged; the caller goes on.
+template <class Operation>
+void reportingExceptions(std::string_view method, Operation&& operation) {
+    try {
+        std::forward<Operation>(operation)();
+    } catch (const std::exception& exception) {
+        log("Exception in %s : %@", method, exception.what());
+    }
+}
+
+} // namespace join

@@ -1,0 +1,70 @@
+#include "params/JoinParameterFile.h"
+
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "platform/FileManager.h"
+#include "platform/Utf8.h"
+
+#include <algorithm>
+#include <array>
+
+namespace join {
+
+namespace {
+
+using Details = JoinSessionDetails;
+
+// An item is taken by the first name that it begins with, so the order counts.
+constexpr std::array<JoinParameter, 17> joinParameters = {{
+    {"gatewayName", &Details::setGatewayName},
+    {"GatewayHost1", &Details::setDefaultGatewayName},
+    {"email", &Details::setEmailID},
+    {"key", &Details::setKey},
+    {"webServerName", &Details::setWebServerName},
+    {"tavoAppVersion", &Details::setTavoAppVersion},
+    {"firstTime", &Details::setFirstTime},
+    {"joinAppVersion", &Details::setJoinAppVersion},
+    {"role_change_on_init", &Details::setRoleChangeOnInit},
+    {"first_time_install", &Details::setFirstTimeInstall},
+    {"isConfirmationNeeded", &Details::setIsConfirmationNeeded},
+    {"viewer_id", &Details::setViewerId},
+    {"isDemoMode", &Details::setIsDemoMode},
+    {"isDemoTech", &Details::setIsDemoTech},
+    {"group", &Details::setGroup},
+    {"crashDetectorAppVersion", &Details::setCrashDetectorAppVersion},
+    {"authkey", &Details::setAuthkey},
+}};
+
+} // namespace
+
+std::optional<std::string_view> joinParameterBody(std::string_view file) {
+    if (!platform::isUtf8(file))
+        return std::nullopt;
+    return dropCharacters(file, joinParameterHeader.size());
+}
+
+const JoinParameter* joinParameterOf(std::string_view item) {
+    const auto found = std::ranges::find_if(
+        joinParameters, [&](const JoinParameter& parameter) { return item.starts_with(parameter.name); });
+    return found == joinParameters.end() ? nullptr : &*found;
+}
+
+std::string joinParameterValue(std::string_view item, std::string_view name) {
+    return removingAll(item, std::string(name) + '=');
+}
+
+Text readJoinParameterFile(std::string_view method, const std::string& path) {
+    const auto file = slots().tavoDirectoryManager->read(path);
+    if (!file) {
+        log("%s : There is no file to read at %@", method, path);
+        return std::nullopt;
+    }
+    const auto body = joinParameterBody(*file);
+    if (!body) {
+        log("%s : The file at %@ is not UTF-8 or shorter than its header", method, path);
+        return std::nullopt;
+    }
+    return std::string(*body);
+}
+
+} // namespace join

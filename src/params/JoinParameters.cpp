@@ -1,0 +1,87 @@
+#include "core/AppDelegate.h"
+#include "core/Locations.h"
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "params/JoinParameterFile.h"
+#include "platform/FileManager.h"
+
+namespace join {
+
+namespace {
+
+void storeItem(JoinSessionDetails& details, const JoinParameter& parameter, std::string_view item) {
+    std::string value = joinParameterValue(item, parameter.name);
+    if (parameter.set == &JoinSessionDetails::setEmailID && value.empty())
+        value = "Guest";
+    (details.*parameter.set)(std::move(value));
+}
+
+void followKey(JoinSessionDetails& details) {
+    if (const auto sessionType = sessionTypeForKey(details.key().value_or(std::string())))
+        details.setSessionType(*sessionType);
+}
+
+} // namespace
+
+void AppDelegate::readJoinParameters() {
+    constexpr auto method = "-[AppDelegate readJoinParameters]";
+    reportingExceptions(method, [&] {
+        log("%s : Read join parameters called.", method);
+        const std::string path = parameterFile();
+        log("%s : Join Parameters Path : %@", method, path);
+        const Text body = readJoinParameterFile(method, path);
+        log("%s : Join parameters file content : %@", method, body);
+        if (!body)
+            return;
+
+        JoinSessionDetails& details = session();
+        bool keyIsNew =
+            true; // the first item, known or not, makes the session type follow a key from elsewhere
+        for (const std::string_view item : split(*body, "&")) {
+            if (const JoinParameter* parameter = joinParameterOf(item)) {
+                storeItem(details, *parameter, item);
+                keyIsNew = keyIsNew || parameter->set == &JoinSessionDetails::setKey;
+            }
+            if (keyIsNew)
+                followKey(details);
+            keyIsNew = false;
+        }
+    });
+}
+
+void AppDelegate::createTavoJoinDetails() {
+    constexpr auto method = "-[AppDelegate createTavoJoinDetails]";
+    reportingExceptions(method, [&] {
+        const Text body = readJoinParameterFile(method, slots().joinParametersTavoJoinFilePath);
+        if (!body)
+            return;
+        log("%s : JoinParameters : \n%@", method, body);
+        const std::string content = std::string(joinParameterHeader).append(*body);
+        platform::FileManager& files = *slots().tavoDirectoryManager;
+        if (files.exists(joinDetailsFile()))
+            files.remove(joinDetailsFile());
+        files.create(joinDetailsFile(), content);
+        log("%s : tavojoindetails.conf created", method);
+        log("%s : tavojoindetails : \n%@", method, content);
+    });
+}
+
+void AppDelegate::rewriteJoinParameters() {
+    constexpr auto method = "-[AppDelegate applicationDidFinishLaunching:]";
+    reportingExceptions(method, [&] {
+        const JoinSessionDetails& details = session();
+        const std::string content =
+            std::string(joinParameterHeader) +
+            formatted(
+                "&key=%@&gatewayName=%@&defaultGatewayName=%@&email=%@&webServerName=%@&tavoAppVersion=%@"
+                "&firstTime=false&joinAppVersion=%@&",
+                details.key(), details.gatewayName(), details.defaultGatewayName(), details.emailID(),
+                details.webServerName(), details.tavoAppVersion(), details.joinAppVersion());
+        log("%s : Joinparameters String : %@", method, content);
+        slots().tavoDirectoryManager->remove(parameterFile());
+        slots().tavoDirectoryManager->create(parameterFile(), content);
+        log("%s : FirstTime parameter value has been changed to false.", method);
+    });
+}
+
+} // namespace join

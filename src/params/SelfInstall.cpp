@@ -1,0 +1,81 @@
+#include "core/AppDelegate.h"
+#include "core/Locations.h"
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "platform/FileManager.h"
+#include "platform/Paths.h"
+#include "platform/Services.h"
+#include "platform/Workspace.h"
+
+namespace join {
+
+namespace {
+
+constexpr auto method = "-[AppDelegate copyCurrentJoinAppFile]";
+constexpr std::string_view deliveredFileName = "/.joinparameters";
+
+/// The delivered parameter file of the last mounted volume that can hold one; nothing when there is no such
+/// volume.
+Text deliveredFileOnVolume() {
+    Text found;
+    platform::Workspace& workspace = *platform::services().workspace;
+    for (const std::string& volume : workspace.mountedLocalVolumePaths()) {
+        if (volume.find("TavoJoin") == std::string::npos)
+            continue;
+        const platform::FileSystemInfo info = workspace.fileSystemInfo(volume);
+        log("%s : Result : %i Volume : %@, isRemovable :%i, isWritable : %i, isUnmountable : %i, Description "
+            ": "
+            "%@, type : %@",
+            method, info.known, volume, info.removable, info.writable, info.unmountable, info.description,
+            info.type);
+        if (info.unmountable && info.removable) {
+            found = appendingPathComponent(volume, deliveredFileName);
+            log("%s : JoinParameter Directory : %@", method, found);
+        }
+    }
+    return found;
+}
+
+} // namespace
+
+void AppDelegate::copyCurrentJoinAppFile() {
+    reportingExceptions(method, [this] {
+        const std::string folder = runningFolder();
+        const std::string applications = platform::services().paths->localApplications();
+        log("%s : Join App Path : %@", method, folder);
+        log("%s : Application folder : %@", method, applications);
+        storeDeliveredParameterFile(folder, folder == applications);
+        installJoinCopies(folder, folder == applications);
+    });
+}
+
+void AppDelegate::storeDeliveredParameterFile(const std::string& runningFolder, bool runsFromApplications) {
+    platform::FileManager& files = *slots().tavoDirectoryManager;
+    std::string& delivered = slots().joinParametersTavoJoinFilePath;
+    delivered = appendingPathComponent(runningFolder, deliveredFileName);
+    if (!files.exists(delivered))
+        delivered = deliveredFileOnVolume().value_or(delivered);
+
+    if (!runsFromApplications && files.exists(parameterFile()))
+        log("%s : joinparameters.conf file removed in TavoMeetingNative folder : %hhd", method,
+            files.remove(parameterFile()));
+    if (files.copy(delivered, parameterFile()))
+        log("%s : joinparameters.conf file copied", method);
+}
+
+void AppDelegate::installJoinCopies(const std::string& runningFolder, bool runsFromApplications) {
+    platform::FileManager& files = *slots().tavoDirectoryManager;
+    const std::string source = appendingPathComponent(runningFolder, "/Join.app");
+    if (!runsFromApplications && files.exists(systemJoinCopy()))
+        files.remove(systemJoinCopy());
+    if (files.copy(source, systemJoinCopy()))
+        log("%s : Join.app file copied", method);
+
+    const bool runsFromHomeCopy = runningFolder == homeApplicationsFolder();
+    if (!runsFromApplications && !runsFromHomeCopy && files.exists(homeJoinCopy()))
+        files.remove(homeJoinCopy());
+    if (files.copy(source, homeJoinCopy()))
+        log("%s : Join.app file copied to users applications folder", method);
+}
+
+} // namespace join

@@ -1,0 +1,44 @@
+#include "server/DownloadRetry.h"
+
+#include "core/AppDelegate.h"
+#include "core/JoinSessionDetails.h"
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "install/TavoDMGDownloader.h"
+#include "platform/Clock.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Services.h"
+#include "ui/TavoJoinWindowHandler.h"
+
+#include <chrono>
+
+namespace join {
+
+using platform::services;
+
+void AppDelegate::retryDownloading() {
+    constexpr auto method = "-[AppDelegate retryDownloading]";
+    constexpr std::chrono::seconds pause{3};
+    reportingExceptions(method, [&] {
+        JoinSessionDetails& details = session();
+        details.setRetryCounter(details.retryCounter() + 1);
+        const DownloadRetry retry = downloadRetryAfter(details.retryCounter());
+        if (retry.givesUp) {
+            TavoJoinWindowHandler& window = *slots().tavoJoinWindow;
+            window.infoLabel().setStringValue(services().strings->localized("PROBLEM_OCCURED"));
+            window.progress().stopAnimation();
+            window.progress().setHidden(true);
+            services().notificationCenter->post("SendJoinLog", "Join App faild to download TavoMac.dmg");
+            return;
+        }
+        if (retry.usesWebServer) {
+            details.setIsAwsAvailable(false);
+            details.setIsCdnAvailable(false);
+        }
+        log("%s : Retrying dmg download! COUNT : %d ", method, details.retryCounter());
+        services().clock->sleep(pause);
+        slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    });
+}
+
+} // namespace join

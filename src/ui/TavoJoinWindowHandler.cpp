@@ -1,0 +1,55 @@
+#include "ui/TavoJoinWindowHandler.h"
+
+#include "core/Logging.h"
+#include "platform/Application.h"
+#include "platform/Services.h"
+
+namespace join {
+
+using platform::services;
+
+TavoJoinWindowHandler::TavoJoinWindowHandler() : WindowController("TavoJoinWindow") {}
+
+platform::Window& TavoJoinWindowHandler::tavoJoinWindow() { return interface().window(); }
+
+platform::TextField& TavoJoinWindowHandler::infoLabel() { return interface().textField("infoLabel"); }
+
+platform::ProgressIndicator& TavoJoinWindowHandler::progress() {
+    return interface().progressIndicator("progress");
+}
+
+void TavoJoinWindowHandler::windowDidLoad() {
+    platform::Window& window = tavoJoinWindow();
+    centreOnMainScreen(window);
+    window.setLevel(platform::floatingWindowLevel);
+    window.setShouldClose([this] { return windowShouldClose(); });
+    window.setBackgroundColor(platform::white);
+    progress().startAnimation();
+    infoLabel().setStringValue(services().strings->localized("JOIN_PROGRESS"));
+    window.setTitle(services().strings->localized("JOIN"));
+    window.hideStandardButton(platform::StandardButton::zoom);
+    window.hideStandardButton(platform::StandardButton::minimise);
+}
+
+void TavoJoinWindowHandler::closeWindow() {
+    orderOut();
+    log("%s : TavoJoinWindowHandler.closeWindow() called!", "-[TavoJoinWindowHandler closeWindow]");
+}
+
+void TavoJoinWindowHandler::close() {
+    orderOut();
+    log("%s : Agent invoked successfully", "-[TavoJoinWindowHandler close]");
+    logSessionEnd();
+    services().application->terminate();
+}
+
+bool TavoJoinWindowHandler::windowShouldClose() {
+    orderOut();
+    progress().stopAnimation();
+    log("%s : Terminating tavo join", "-[TavoJoinWindowHandler windowShouldClose:]");
+    logSessionEnd();
+    services().application->terminate();
+    return true;
+}
+
+} // namespace join

@@ -1,0 +1,149 @@
+#include "core/AppDelegate.h"
+#include "core/JoinSessionDetails.h"
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "ui/TavoJoinMainWindowHandler.h"
+#include "ui/TavoJoinWindowHandler.h"
+#include "url/LaunchUrl.h"
+
+#include <array>
+#include <optional>
+
+namespace join {
+
+namespace {
+
+constexpr auto method = "-[AppDelegate handleGetURLEvent:withReplyEvent:]";
+
+using Details = JoinSessionDetails;
+
+/// The value under the first name, or under the second one when there is no first.
+std::optional<std::string_view> valueOf(const LaunchUrlParameters& parameters, std::string_view name,
+                                        std::string_view otherName = {}) {
+    auto found = parameters.find(name);
+    if (found == parameters.end() && !otherName.empty())
+        found = parameters.find(otherName);
+    if (found == parameters.end())
+        return std::nullopt;
+    return found->second;
+}
+
+bool isUsable(const std::optional<std::string_view>& value) {
+    return value && !value->empty() && *value != "null";
+}
+
+std::string trimmed(std::string_view value) { return std::string(trimBlanks(value)); }
+
+/// One row of the table of names: a usable value goes, without blanks at its ends, into a property.
+struct Row {
+    std::string_view name;
+    std::string_view otherName;
+    void (Details::*set)(Text);
+};
+
+void apply(const Row& row, const LaunchUrlParameters& parameters) {
+    if (const auto value = valueOf(parameters, row.name, row.otherName); isUsable(value))
+        (session().*row.set)(trimmed(*value));
+}
+
+void applyGateway(const LaunchUrlParameters& parameters) {
+    apply({"gwn", {}, &Details::setGatewayName}, parameters);
+    if (const auto number = valueOf(parameters, "gatewayhost"); isUsable(number))
+        session().setGatewayName(formatted("gw%@", trimmed(*number)));
+    apply({"gwn1", {}, &Details::setDefaultGatewayName}, parameters);
+}
+
+void applyVersions(const LaunchUrlParameters& parameters) {
+    if (const auto version = valueOf(parameters, "tav"); isUsable(version)) {
+        session().setTavoAppVersion(trimmed(*version));
+        log("%s : ###Latest Tavo app Version (tav) : %@", method, *version);
+    }
+    if (const auto version = valueOf(parameters, "jav"); isUsable(version)) {
+        session().setJoinAppVersion(trimmed(*version));
+        log("%s : ###Latest Join app Version (jav) : %@", method, *version);
+    }
+    if (const auto version = valueOf(parameters, "cav"); isUsable(version)) {
+        session().setCrashDetectorAppVersion(trimmed(*version));
+        log("%s : ###Latest Crash Detector app Version (cav) : %@", method, *version);
+    }
+}
+
+void applyPerSessionValues(const LaunchUrlParameters& parameters) {
+    constexpr std::array<Row, 5> rows = {{
+        {"vid", "viewerid", &Details::setViewerId},
+        {"rcoi", "rolechangeoninit", &Details::setRoleChangeOnInit},
+        {"fti", {}, &Details::setFirstTimeInstall},
+        {"authkey", {}, &Details::setAuthkey},
+        {"group", {}, &Details::setGroup},
+    }};
+    for (const Row& row : rows)
+        apply(row, parameters);
+    session().setIsDemoMode(valueOf(parameters, "demo") == "true" ? "true" : "false");
+    session().setIsDemoTech(valueOf(parameters, "isDemoTech") == "true" ? "true" : "false");
+}
+
+/// Everything but the key.
+void applyParameters(const LaunchUrlParameters& parameters) {
+    const auto email = valueOf(parameters, "e", "email");
+    session().setEmailID(isUsable(email) ? trimmed(*email) : "Guest");
+    applyGateway(parameters);
+    apply({"wsn", "web_server", &Details::setWebServerName}, parameters);
+    applyVersions(parameters);
+    applyPerSessionValues(parameters);
+}
+
+/// The parameters as one readable text.
+std::string description(const LaunchUrlParameters& parameters) {
+    std::string text = "{";
+    for (const auto& [name, value] : parameters)
+        text.append(text.size() == 1 ? "" : "; ").append(name).append(" = ").append(value);
+    return text += '}';
+}
+
+LaunchUrl parseAndLog(std::string_view url) {
+    LaunchUrl launchUrl = parseLaunchUrl(url);
+    if (!launchUrl.hasParameters)
+        log("%s : The URL holds no parameters, which follow on \"//\"", method);
+    if (launchUrl.skippedPieces > 0)
+        log("%s : Pieces of the URL without \"=\" skipped : %lu", method, launchUrl.skippedPieces);
+    log("%s : Launch App Param Dict : %@", method, description(launchUrl.parameters));
+    return launchUrl;
+}
+
+} // namespace
+
+void AppDelegate::handleGetURLEvent(const std::string& url) {
+    reportingExceptions(method, [&] {
+        slots().launchApp = true;
+        if (!slots().tavoJoinWindow) {
+            log("%s : Launch URL ignored: nothing is prepared on a system that is not supported", method);
+            return;
+        }
+        loggingFile();
+        startLoggingTimer();
+        const std::string text = launchUrlText(url);
+        log("%s : Received Launch App Url : %@", method, text);
+        if (text.size() != url.size())
+            log("%s : Control characters or bytes that are not UTF-8 in the URL are percent-encoded", method);
+        const LaunchUrl launchUrl = parseAndLog(text);
+        applyParameters(launchUrl.parameters);
+
+        const auto key = valueOf(launchUrl.parameters, "k", "sessionId");
+        if (!isUsable(key)) {
+            log("%s : Key not received in launchapp!", method);
+            if (slots().tavoJoinWindow->isVisible())
+                slots().tavoJoinWindow->closeWindow();
+            slots().joinMainWindow->showWindowAskingForValidKey();
+            return;
+        }
+        session().setKey(trimmed(*key));
+        if (const auto sessionType = sessionTypeForKey(*key))
+            session().setSessionType(*sessionType);
+        log("%s : Modify join details by Launch App", method);
+        modifyJoinDetails();
+        joinAppVersionCheck();
+        log("%s : Join app version check method called!!", method);
+    });
+}
+
+} // namespace join

@@ -1,0 +1,92 @@
+#include "support/LogicTest.h"
+
+#include <atomic>
+#include <thread>
+
+namespace join::test {
+
+class SessionState : public LogicTest {};
+
+const std::string creation = "+[JoinSessionDetails getInstance]";
+const std::string defaults = "+[JoinSessionDetails setDefaultValues]";
+
+std::string banner(const std::string& description) {
+    return "************************ EXCEPTION ************************ \n Description :  " + description +
+           " // Call Stack Symbol : ";
+}
+
+TEST_F(SessionState, DefaultsTouchNothingButTheirOwnFields) {
+    session().setKey("123");
+    session().setSessionType(1);
+    session().setRetryCounter(5);
+    session().setIsUpdateNeeded(false);
+    JoinSessionDetails::setDefaultValues();
+    const JoinSessionDetails& details = session();
+    EXPECT_FALSE(details.webServerName().value_or("").empty());
+    for (const Text& zero :
+         {details.crashDetectorAppVersion(), details.localTavoAppVersion(), details.localJoinAppVersion()})
+        EXPECT_EQ(zero, "0");
+    for (const Text& absent :
+         {details.localCrashDetectorAppVersion(), details.tavoAppVersion(), details.emailID()})
+        EXPECT_EQ(absent, std::nullopt);
+    EXPECT_TRUE(details.isUpdateNeeded());
+    EXPECT_EQ(details.retryCounter(), 0);
+    EXPECT_EQ(details.key(), "123");
+    EXPECT_EQ(details.sessionType(), 1);
+    EXPECT_EQ(said(creation), Journal{"Update Info Object Allocated"});
+    EXPECT_EQ(said(defaults), (Journal{"Setting default values ...", "Default values are set"}));
+}
+
+TEST_F(SessionState, ACreationThatCannotBeLoggedGivesABannerAndNoInstance) {
+    logSink.throwsOnceOn = "Update Info Object Allocated";
+    EXPECT_EQ(JoinSessionDetails::getInstance(), nullptr);
+    EXPECT_EQ(said(creation), Journal{banner("the log is full")});
+    logSink.throwsOnceOn = "Setting default values ...";
+    JoinSessionDetails::setDefaultValues();
+    EXPECT_EQ(session().webServerName(), std::nullopt);
+    EXPECT_EQ(said(defaults), Journal{banner("the log is full")});
+}
+
+TEST_F(SessionState, DefaultsOutliveACreationThatCannotBeLogged) {
+    logSink.throwsOnceOn = "Update Info Object Allocated";
+    const auto setThem = [] {
+        JoinSessionDetails::setDefaultValues();
+        std::_Exit(0);
+    };
+    EXPECT_EXIT(setThem(), ::testing::ExitedWithCode(0), "");
+}
+
+TEST_F(SessionState, LaunchesTheMainExecutableOfABundleAndNothingElse) {
+    bundles.versions["/opt/Tavo.app"] = "1";
+    session().launchApplicationWith("/opt/Tavo.app", "/work");
+    EXPECT_EQ(std::ranges::count(journal, "start /opt/Tavo.app/main in /work"), 1);
+    session().launchApplicationWith("/opt/None.app", "/work");
+    tasks.fails = true;
+    session().launchApplicationWith("/opt/Tavo.app", "/work");
+    EXPECT_EQ(said("-[JoinSessionDetails launchApplicationWith:Directory:]"),
+              (Journal{"Tavo.app launched successfully from location : /work",
+                       banner("no bundle at /opt/None.app"), banner("cannot start /opt/Tavo.app/main")}));
+}
+
+TEST_F(SessionState, PropertiesAreIndivisibleAndTheInstanceIsOneForAllThreads) {
+    const std::string words[] = {std::string(100, 'a'), std::string(200, 'b')};
+    JoinSessionDetails* instances[2] = {};
+    std::atomic<int> torn = 0;
+    const auto hammer = [&](std::size_t self) {
+        for (int i = 0; i < 5'000; ++i) {
+            instances[self] = JoinSessionDetails::getInstance();
+            instances[self]->setKey(words[self]);
+            const Text seen = instances[self]->key();
+            torn += seen == words[0] || seen == words[1] ? 0 : 1;
+        }
+    };
+    std::jthread other(hammer, 1);
+    hammer(0);
+    other.join();
+    EXPECT_EQ(torn, 0);
+    EXPECT_NE(instances[0], nullptr);
+    EXPECT_EQ(instances[0], instances[1]);
+    EXPECT_EQ(said(creation).size(), 1U);
+}
+
+} // namespace join::test

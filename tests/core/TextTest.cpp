@@ -1,0 +1,31 @@
+#include "core/Format.h"
+
+#include <gtest/gtest.h>
+
+namespace join::test {
+
+TEST(Text, TrimsTabsAndSpaceSeparatorsButNoLineBreaks) {
+    const std::pair<const char*, const char*> cases[] = {
+        {" \t ", ""},
+        {"\t a b \t", "a b"},
+        {"\n a \r", "\n a \r"},
+        {"\u00A0\u1680\u2003a\u202F\u205F\u3000", "a"},
+        {"\u200Ba\u2028", "\u200Ba\u2028"}, // a format character and the line separator
+        {"\xA0", "\xA0"},                   // half a blank is none
+    };
+    for (const auto& [text, trimmed] : cases)
+        EXPECT_EQ(trimBlanks(text), trimmed);
+}
+
+TEST(Text, RemovesWhatStoodThereAndNotWhatComesTogetherByIt) {
+    EXPECT_EQ(removingAll("key=akey=b", "key="), "ab");
+    EXPECT_EQ(removingAll("kekey=y=a", "key="), "key=a");
+}
+
+TEST(Text, FormatsAbsentTextFlagsAndForeignConversions) {
+    EXPECT_EQ(formatted("%s : %@ and %@", "who", Text(), Text("")), "who : (null) and ");
+    EXPECT_EQ(formatted("%hhd%i %d %ld", true, false, -7, 1L << 40), "10 -7 1099511627776");
+    EXPECT_EQ(formatted("%@|%@", "%@%s", "%n"), "%@%s|%n");
+}
+
+} // namespace join::test

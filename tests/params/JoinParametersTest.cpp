@@ -1,0 +1,99 @@
+#include "support/LogicTest.h"
+
+namespace join::test {
+
+class JoinParameters : public LogicTest {
+protected:
+    std::string state() {
+        return formatted("%@,%@,%@,%@,%@,%d", session().key(), session().emailID(), session().gatewayName(),
+                         session().defaultGatewayName(), session().firstTime(), session().sessionType());
+    }
+    void setOldState() {
+        prepared();
+        session().setKey("old12345");
+        session().setEmailID("e");
+        session().setGatewayName("g");
+        session().setSessionType(7);
+    }
+};
+
+TEST_F(JoinParameters, AnItemIsTakenByTheFirstNameItBeginsWith) {
+    const std::pair<std::string, std::string> cases[] = {
+        // key, e-mail, gateway, default gateway, first time and kind of session after reading the body
+        {"", "old12345,e,g,(null),(null),7"},
+        {"&key=123456789&email=&firstTime=true&", "123456789,Guest,g,(null),true,1"},
+        {"&key=12345678&", "12345678,e,g,(null),(null),7"},
+        {"&key=123&key=1234567890&", "1234567890,e,g,(null),(null),0"},
+        {"&key=123456789&key=12&", "12,e,g,(null),(null),1"},
+        {"&key=1key=2&", "12,e,g,(null),(null),7"},
+        {"&keyword=x&", "keyword=x,e,g,(null),(null),1"},
+        {"&GatewayHost1=gw1&defaultGatewayName=gw2&", "old12345,e,g,gw1,(null),7"},
+        {"&gatewayName=a=b&email=(null)&", "old12345,(null),a=b,(null),(null),7"},
+        {"&gatewayName&firstTime=TRUE&email", "old12345,email,gatewayName,(null),TRUE,7"},
+        {"& key=1&KEY=1&gatewayPort=1&=&", "old12345,e,g,(null),(null),7"},
+        {"key=äöüäöüäöü", "äöüäöüäöü,e,g,(null),(null),1"},
+    };
+    for (const auto& [body, expected] : cases) {
+        setOldState();
+        files.put(parameters, "another header_\xC3\xA4\n" + body);
+        delegate.readJoinParameters();
+        EXPECT_EQ(state(), expected) << body;
+        EXPECT_EQ(said("-[AppDelegate readJoinParameters]"),
+                  (Journal{"Read join parameters called.", "Join Parameters Path : " + parameters,
+                           "Join parameters file content : " + body}));
+    }
+}
+
+TEST_F(JoinParameters, EveryOtherNameHasItsField) {
+    prepared();
+    session().setKey("123456789"); // from elsewhere: any item makes the kind of session follow it
+    files.put(parameters, header + "&webServerName=1&tavoAppVersion=2&joinAppVersion=3&role_change_on_init=4"
+                                   "&first_time_install=5&isConfirmationNeeded=6&viewer_id=7&isDemoMode=8"
+                                   "&isDemoTech=9&group=10&crashDetectorAppVersion=11&authkey=12&");
+    delegate.readJoinParameters();
+    const JoinSessionDetails& details = session();
+    const Text values[] = {details.webServerName(),
+                           details.tavoAppVersion(),
+                           details.joinAppVersion(),
+                           details.roleChangeOnInit(),
+                           details.firstTimeInstall(),
+                           details.isConfirmationNeeded(),
+                           details.viewerId(),
+                           details.isDemoMode(),
+                           details.isDemoTech(),
+                           details.group(),
+                           details.crashDetectorAppVersion(),
+                           details.authkey()};
+    int number = 0;
+    for (const Text& value : values)
+        EXPECT_EQ(value, std::to_string(++number));
+    EXPECT_EQ(details.key(), "123456789");
+    EXPECT_EQ(details.sessionType(), 1);
+}
+
+TEST_F(JoinParameters, AFileWithoutAReadableBodyChangesNothing) {
+    const std::string cases[] = {"", "TAVO_MEETING_IND", header + "&key=123456789&firstTime=true&\xC3"};
+    setOldState();
+    EXPECT_FALSE(delegate.firstTimeCheck()); // there is no file
+    for (const std::string& bytes : cases) {
+        files.put(parameters, bytes);
+        EXPECT_FALSE(delegate.firstTimeCheck());
+        EXPECT_EQ(state(), "old12345,e,g,(null),(null),7") << bytes;
+        slots().joinParametersTavoJoinFilePath = parameters;
+        delegate.createTavoJoinDetails();
+        EXPECT_FALSE(files.exists(joinDetails));
+    }
+}
+
+TEST_F(JoinParameters, TheDetailsFileOfAFirstRunIsTheDeliveredBodyByteForByte) {
+    prepared();
+    slots().joinParametersTavoJoinFilePath = "/v/.joinparameters";
+    const std::string body = "&key=1&authToken=\xC3\xA4 \r\n&&last";
+    files.put("/v/.joinparameters", std::string(17, '#') + body);
+    files.put(joinDetails, "a longer one of an earlier session" + body + body);
+    delegate.createTavoJoinDetails();
+    EXPECT_EQ(files.read(joinDetails), header + body);
+    EXPECT_TRUE(happenedInOrder(journal, {"remove " + joinDetails, "create " + joinDetails}));
+}
+
+} // namespace join::test

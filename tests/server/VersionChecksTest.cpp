@@ -1,0 +1,143 @@
+#include "support/LogicTest.h"
+#include "support/MachOImage.h"
+
+namespace join::test {
+
+class VersionChecks : public LogicTest {
+protected:
+    void SetUp() override {
+        prepared();
+        session().setWebServerName("host");
+        session().setKey("123456789");
+    }
+    const std::string joinCheck = "-[AppDelegate joinAppVersionCheck]";
+    const std::string agentCheck = "-[AppDelegate tavoAppVersionCheck]";
+};
+
+TEST_F(VersionChecks, AnyOtherJoinVersionRemovesBothCopiesAndDownloadsTheImage) {
+    for (const Text& local : {Text("2.0"), Text("2.0.0.1"), Text()}) {
+        SetUp();
+        installJoin(local.value_or(""));
+        if (!local)
+            bundles.versions.clear();
+        files.putFolder(homeJoin);
+        session().setJoinAppVersion("2.0.0");
+        slots().launchApp = true;
+        delegate.joinAppVersionCheck();
+        EXPECT_TRUE(happenedInOrder(journal, {"remove /Applications/Join.app", "remove " + homeJoin}));
+        EXPECT_EQ(said(joinCheck),
+                  (Journal{formatted("Local Join App version : %@ Latest Join App version : 2.0.0", local),
+                           "Downloading latest Join.app"}));
+        EXPECT_EQ(joinDownloads(), 1U);
+        EXPECT_EQ(said(agentCheck), Journal{});
+    }
+}
+
+TEST_F(VersionChecks, AMissingJoinAppIsDownloadedWhateverTheHomeCopyIs) {
+    files.putFolder(homeJoin);
+    delegate.joinAppVersionCheck();
+    EXPECT_EQ(joinDownloads(), 1U);
+    EXPECT_TRUE(files.exists(homeJoin));
+}
+
+TEST_F(VersionChecks, ACurrentJoinAppGoesOnOnlyAfterALaunchUrl) {
+    installJoin("2.0");
+    delegate.joinAppVersionCheck();
+    EXPECT_EQ(session().joinAppVersion(), "2.0");
+    EXPECT_EQ(said(agentCheck), Journal{});
+    slots().launchApp = true;
+    expectSessionCheck("0", "");
+    delegate.joinAppVersionCheck();
+    EXPECT_TRUE(happenedInOrder(logSink.lines,
+                                {agentCheck + " : Tavo app not found, Setting app version to zero ( default)",
+                                 joinCheck + " : This mac has latest join app"}));
+    EXPECT_EQ(agentDownloads(), 1U);
+}
+
+TEST_F(VersionChecks, AFailedSessionCheckFetchesTheAgentAnew) {
+    installAgent("1.5");
+    files.put(support + "TavoMac.dmg", "image");
+    http.expect(
+        "https://host/api/public/json/meetings/checkSessionID?key=123456789&installed-version=1.5&os=mac",
+        {503, "", {}});
+    delegate.tavoAppVersionCheck();
+    EXPECT_EQ(session().tavoAppVersion(), "1.5");
+    EXPECT_EQ(said(agentCheck), Journal{"Local Tavo App version : 1.5 Latest Tavo App version : 1.5"});
+    EXPECT_TRUE(happenedInOrder(journal, {"create " + joinDetails,
+                                          "log: -[ApiHandler checkSessionApi] : Status code : 503",
+                                          "remove " + agent, "remove " + support + "TavoMac.dmg"}));
+    EXPECT_EQ(agentDownloads(), 1U);
+    EXPECT_TRUE(workspace.launches.empty());
+}
+
+TEST_F(VersionChecks, TheKindOfJoinFollowsTheKindOfSession) {
+    for (const auto& [sessionType, joinType] : {std::pair(1, 2), std::pair(0, 3), std::pair(2, 9)}) {
+        session().setSessionType(sessionType);
+        session().setJoinType(9);
+        expectSessionCheck("0", "");
+        delegate.tavoAppVersionCheck();
+        EXPECT_EQ(session().joinType(), joinType);
+    }
+}
+
+TEST_F(VersionChecks, TheCrashDetectorIsOutdatedUnlessItsEmbeddedVersionIsTheAnnouncedOne) {
+    const std::string good = machImage(propertyList("CFBundleShortVersionString", "1.2.3"));
+    const std::string noVersion = machImage(propertyList("CFBundleVersion", "1.2.3"));
+    EXPECT_FALSE(delegate.isCrashDetectorUpdateNeeded()); // there is none
+    struct {
+        std::string executable;
+        Text announced;
+        bool outdated;
+        Text announcedAfter;
+    } const cases[] = {
+        {good, "1.2.3", false, "1.2.3"},
+        {good, "1.2", true, "1.2"},
+        {good, std::nullopt, false, "1.2.3"},
+        {noVersion, "0", true, "0"},
+        {noVersion, std::nullopt, true, std::nullopt},
+        {machImage("<plist version=\"1.0\"><array/></plist>"), std::nullopt, true, std::nullopt},
+        {machImage("<plist><dict><key>A"), "1", true, "1"},
+        {"no executable", "(null)", true, "(null)"},
+        {"", "1", true, "1"},
+    };
+    for (const auto& [executable, announced, outdated, announcedAfter] : cases) {
+        files.put(crashDetector, executable);
+        session().setCrashDetectorAppVersion(announced);
+        EXPECT_EQ(delegate.isCrashDetectorUpdateNeeded(), outdated) << announced.value_or("absent");
+        EXPECT_EQ(session().crashDetectorAppVersion(), announcedAfter);
+    }
+    EXPECT_EQ(logSink.lines.back(),
+              "-[AppDelegate isCrashDetectorUpdateNeeded] : Local Crash Detector App version : "
+              "(null) Latest Crash Detector App version : 1");
+}
+
+TEST_F(VersionChecks, SevenFailuresInARowEndTheDownload) {
+    session().setIsCdnAvailable(true);
+    session().setIsAwsAvailable(true);
+    for (int failure = 1; failure <= 6; ++failure) {
+        journal.clear();
+        notifications.post("RetryDMGDownloadig");
+        EXPECT_TRUE(happenedInOrder(
+            journal,
+            {formatted("log: -[AppDelegate retryDownloading] : Retrying dmg download! COUNT : %d ", failure),
+             "sleep 3000 ms"}));
+        EXPECT_EQ(agentDownloads(), static_cast<std::size_t>(failure));
+        EXPECT_EQ(session().isCdnAvailable(), failure < 4) << failure;
+        EXPECT_EQ(session().isAwsAvailable(), failure < 4) << failure;
+    }
+    Journal comments;
+    notifications.addObserver("SendJoinLog",
+                              [&](const Text& comment) { comments.push_back(comment.value_or("")); });
+    for (const int failure : {7, 8}) {
+        journal.clear();
+        notifications.post("RetryDMGDownloadig");
+        EXPECT_TRUE(
+            happenedInOrder(journal, {"infoLabel: [PROBLEM_OCCURED]", "progress: stop", "progress: hidden"}));
+        EXPECT_EQ(session().retryCounter(), failure);
+    }
+    EXPECT_EQ(comments, Journal(2, "Join App faild to download TavoMac.dmg"));
+    EXPECT_EQ(agentDownloads(), 6U);
+    EXPECT_TRUE(progressWindow().isVisible());
+}
+
+} // namespace join::test

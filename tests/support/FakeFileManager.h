@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/FileManager.h"
+#include "support/Journal.h"
+
+#include <map>
+#include <set>
+
+namespace join::test {
+
+/// A tree of files and folders in memory. What changes it goes into the journal, what could not as "cannot
+/// …".
+class FakeFileManager final : public platform::FileManager {
+public:
+    explicit FakeFileManager(Journal& journal) : journal_(journal) {}
+
+    /// Sets up a file or a folder, with its parents, unrecorded.
+    void put(const std::string& path, std::string contents);
+    void putFolder(const std::string& path);
+
+    /// Whatever would change or read that path fails from now on.
+    void failAt(const std::string& path) { failing_.insert(plain(path)); }
+
+    bool exists(const std::string& path) override { return nodes_.contains(plain(path)); }
+    bool createFolder(const std::string& path) override;
+    bool copy(const std::string& source, const std::string& target) override;
+    bool remove(const std::string& path) override;
+    std::optional<std::string> read(const std::string& path) override;
+    bool create(const std::string& path, std::string_view contents) override;
+    bool truncate(const std::string& path) override;
+    std::unique_ptr<platform::MappedFile> map(const std::string& path) override;
+
+private:
+    static std::string plain(const std::string& path);
+    bool record(bool success, const std::string& action);
+    bool canAppearAt(const std::string& plainPath) const;
+    std::vector<std::string> treeAt(const std::string& plainPath) const;
+
+    Journal& journal_;
+    std::map<std::string, std::optional<std::string>> nodes_{{"/", std::nullopt}}; ///< a folder has no bytes
+    std::set<std::string> failing_;
+};
+
+} // namespace join::test

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "platform/Exception.h"
+#include "platform/Log.h"
+#include "support/FakeFileManager.h"
+
+namespace join::test {
+
+/// Keeps the lines. The streams point at a file of the fake file manager, into which nothing is written.
+class FakeLog final : public platform::Log {
+public:
+    FakeLog(Journal& journal, FakeFileManager& files) : journal_(journal), files_(files) {}
+
+    Journal lines;
+    std::string throwsOnceOn; ///< part of a line that is not written, but raises an exception
+
+    void write(std::string_view message) override {
+        if (!throwsOnceOn.empty() && message.find(throwsOnceOn) != std::string_view::npos) {
+            throwsOnceOn.clear();
+            throw platform::Exception("the log is full");
+        }
+        journal_.push_back("log: " + lines.emplace_back(message));
+    }
+
+    std::uint64_t redirectStandardStreams(const std::string& path) override {
+        journal_.emplace_back("redirect");
+        if (!files_.exists(path))
+            files_.put(path, "");
+        return files_.read(path).value_or("").size();
+    }
+
+private:
+    Journal& journal_;
+    FakeFileManager& files_;
+};
+
+} // namespace join::test

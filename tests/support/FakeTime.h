@@ -1,0 +1,67 @@
+#pragma once
+
+#include "platform/Clock.h"
+#include "platform/MainQueue.h"
+#include "platform/Timers.h"
+#include "support/Journal.h"
+
+#include <map>
+#include <utility>
+
+namespace join::test {
+
+/// Stands at the time it is set to; a sleep is recorded, not slept.
+class FakeClock final : public platform::Clock, Recorder {
+public:
+    using Recorder::Recorder;
+    platform::LocalTime now{2024, 2, 29, 13, 5, 9, 0};
+
+    platform::LocalTime localTime() override { return now; }
+    void sleep(std::chrono::milliseconds duration) override {
+        record("sleep " + std::to_string(duration.count()) + " ms");
+    }
+};
+
+/// Timers that fire by hand.
+class FakeTimers final : public platform::Timers, Recorder {
+public:
+    using Recorder::Recorder;
+
+    std::size_t running() const { return actions_.size(); }
+    void fire() {
+        for (const auto& [number, action] : std::map(actions_))
+            action();
+    }
+
+    std::unique_ptr<platform::Timer> repeating(std::chrono::milliseconds interval,
+                                               std::function<void()> action) override {
+        record("timer " + std::to_string(interval.count()) + " ms");
+        actions_[++made_] = std::move(action);
+        return std::make_unique<FakeTimer>([this, number = made_] { actions_.erase(number); });
+    }
+
+private:
+    struct FakeTimer final : platform::Timer {
+        explicit FakeTimer(std::function<void()> stopping) : stop(std::move(stopping)) {}
+        ~FakeTimer() override { stop(); }
+        std::function<void()> stop;
+    };
+
+    std::map<int, std::function<void()>> actions_;
+    int made_ = 0;
+};
+
+/// Keeps the work until the test takes a turn of the loop.
+class FakeMainQueue final : public platform::MainQueue {
+public:
+    void enqueue(std::function<void()> work) override { works_.push_back(std::move(work)); }
+    void turn() {
+        for (const auto works = std::exchange(works_, {}); const auto& work : works)
+            work();
+    }
+
+private:
+    std::vector<std::function<void()>> works_;
+};
+
+} // namespace join::test

@@ -1,0 +1,107 @@
+#pragma once
+
+#include "platform/Exception.h"
+#include "platform/Windows.h"
+#include "support/Journal.h"
+
+#include <map>
+#include <utility>
+
+namespace join::test {
+
+/// A window or any control, recorded as "NAME: action".
+class NamedRecorder : protected Recorder {
+public:
+    NamedRecorder(Journal& journal, std::string name) : Recorder(journal), name_(std::move(name)) {}
+
+protected:
+    void act(const std::string& action) { record(name_ + ": " + action); }
+
+private:
+    std::string name_;
+};
+
+class RecordingWindow final : public platform::Window, NamedRecorder {
+public:
+    using NamedRecorder::NamedRecorder;
+    std::function<bool()> shouldClose; ///< the user's click
+
+    platform::Size frameSize() const override { return {400, 150}; }
+    void setFrameOrigin(platform::Point at) override {
+        act("origin " + std::to_string(at.x) + "," + std::to_string(at.y));
+    }
+    void setLevel(int level) override { act("level " + std::to_string(level)); }
+    void setBackgroundColor(platform::Color color) override { act("red " + std::to_string(color.red)); }
+    void setTitle(const std::string& title) override { act("title " + title); }
+    void hideStandardButton(platform::StandardButton button) override {
+        act(button == platform::StandardButton::zoom ? "no zoom" : "no other button");
+    }
+    void setShouldClose(std::function<bool()> asked) override { shouldClose = std::move(asked); }
+    void display() override { act("display"); }
+    void makeKeyAndOrderFront() override { setVisible(true, "front"); }
+    void orderOut() override { setVisible(false, "out"); }
+    bool isVisible() const override { return isVisible_; }
+
+private:
+    void setVisible(bool visible, const char* action) {
+        isVisible_ = visible;
+        act(action);
+    }
+
+    bool isVisible_ = false;
+};
+
+struct RecordingControl final : platform::TextField, platform::ProgressIndicator, NamedRecorder {
+    using NamedRecorder::NamedRecorder;
+    void setStringValue(const std::string& text) override { act(text); }
+    void startAnimation() override { act("start"); }
+    void stopAnimation() override { act("stop"); }
+    void setHidden(bool hidden) override { act(hidden ? "hidden" : "shown"); }
+};
+
+/// Has every outlet that it is asked for.
+class FakeInterface final : public platform::Interface {
+public:
+    FakeInterface(Journal& journal, const std::string& name) : journal_(journal), window_(journal, name) {}
+
+    RecordingWindow& window() override { return window_; }
+    platform::TextField& textField(const std::string& outlet) override { return control(outlet); }
+    platform::ProgressIndicator& progressIndicator(const std::string& outlet) override {
+        return control(outlet);
+    }
+
+private:
+    RecordingControl& control(const std::string& outlet) {
+        return controls_.try_emplace(outlet, journal_, outlet).first->second;
+    }
+
+    Journal& journal_;
+    RecordingWindow window_;
+    std::map<std::string, RecordingControl> controls_;
+};
+
+class FakeWindows final : public platform::Windows {
+public:
+    explicit FakeWindows(Journal& journal) : journal_(journal) {}
+    bool fails = false;
+    std::map<std::string, FakeInterface*> loaded; ///< valid as long as their controllers live
+
+    std::unique_ptr<platform::Interface> load(const std::string& name) override {
+        if (fails)
+            throw platform::Exception("no interface file " + name);
+        journal_.push_back("load " + name);
+        auto made = std::make_unique<FakeInterface>(journal_, name);
+        loaded[name] = made.get();
+        return made;
+    }
+    platform::Size mainScreenSize() override { return {1920, 1080}; }
+
+private:
+    Journal& journal_;
+};
+
+struct FakeStrings final : platform::Strings {
+    std::string localized(const std::string& key) override { return "[" + key + "]"; }
+};
+
+} // namespace join::test

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "platform/Bundles.h"
+#include "platform/Exception.h"
+#include "platform/Tasks.h"
+#include "platform/UrlEvents.h"
+#include "platform/Workspace.h"
+#include "support/Journal.h"
+
+#include <functional>
+#include <map>
+#include <utility>
+
+namespace join::test {
+
+/// Bundles by path, each nothing but its version.
+struct FakeBundles final : platform::Bundles {
+    std::map<std::string, std::string> versions;
+
+    std::optional<platform::Value> infoDictionary(const std::string& path) override {
+        if (!versions.contains(path))
+            return std::nullopt;
+        return platform::Value{platform::Value::Dictionary{{"CFBundleShortVersionString", {versions[path]}}}};
+    }
+    std::string mainExecutable(const std::string& path) override {
+        return versions.contains(path) ? path + "/main" : throw platform::Exception("no bundle at " + path);
+    }
+};
+
+class FakeWorkspace final : public platform::Workspace, Recorder {
+public:
+    using Recorder::Recorder;
+
+    std::vector<std::vector<std::string>> launches; ///< the arguments of each
+    std::vector<std::string> running;               ///< bundle identifiers
+    std::map<std::string, platform::FileSystemInfo> volumes;
+
+    bool launchApplication(const std::string& path, const std::vector<std::string>& arguments) override {
+        record("launch " + path);
+        launches.push_back(arguments);
+        return false; // refused, which nobody looks at
+    }
+    std::vector<std::string> runningApplications(const std::string& bundleIdentifier) override {
+        const auto count = std::ranges::count(running, bundleIdentifier);
+        return {static_cast<std::size_t>(count), bundleIdentifier};
+    }
+    std::vector<std::string> mountedLocalVolumePaths() override {
+        std::vector<std::string> paths;
+        for (const auto& [path, info] : volumes)
+            paths.push_back(path);
+        return paths;
+    }
+    platform::FileSystemInfo fileSystemInfo(const std::string& path) override { return volumes[path]; }
+};
+
+/// Starts nothing, and fails when it is told to.
+class RecordingTasks final : public platform::Tasks, Recorder {
+public:
+    using Recorder::Recorder;
+    bool fails = false;
+
+    platform::TaskResult run(const platform::Program& program) override {
+        note("run ", program);
+        return {true, 0, ""};
+    }
+    void start(const platform::Program& program) override { note("start ", program); }
+
+private:
+    void note(const std::string& action, const platform::Program& program) {
+        std::string entry = action + program.path + " in " + program.workingDirectory;
+        for (const std::string& argument : program.arguments)
+            entry += " " + argument;
+        record(entry);
+        if (fails)
+            throw platform::Exception("cannot start " + program.path);
+    }
+};
+
+class FakeUrlEvents final : public platform::UrlEvents, Recorder {
+public:
+    using Recorder::Recorder;
+    std::function<void(const std::string& url)> deliver;
+
+    void setDefaultHandler(const std::string& scheme, const std::string& bundleIdentifier) override {
+        record("default handler of " + scheme + ": " + bundleIdentifier);
+    }
+    void setEventHandler(std::function<void(const std::string& url)> handler) override {
+        record("URL handler");
+        deliver = std::move(handler);
+    }
+};
+
+} // namespace join::test

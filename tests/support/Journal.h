@@ -1,0 +1,43 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace join::test {
+
+/// What the doubles of a test were asked, in order, across all of them.
+using Journal = std::vector<std::string>;
+
+/// Whether the entries stand in the journal in this order; others may stand between them.
+inline ::testing::AssertionResult happenedInOrder(const Journal& journal, const Journal& entries) {
+    auto from = journal.begin();
+    for (const std::string& entry : entries) {
+        from = std::find(from, journal.end(), entry);
+        if (from == journal.end())
+            return ::testing::AssertionFailure() << "not found, or not behind its predecessor: " << entry
+                                                 << "\nin " << ::testing::PrintToString(journal);
+        ++from;
+    }
+    return ::testing::AssertionSuccess();
+}
+
+/// The part of a double that writes the journal.
+class Recorder {
+public:
+    explicit Recorder(Journal& journal) : journal_(&journal) {}
+
+protected:
+    void record(const std::string& entry) { journal_->push_back(entry); }
+
+private:
+    Journal* journal_;
+};
+
+inline auto countBeginningWith(const Journal& journal, const std::string& beginning) {
+    return std::ranges::count_if(journal, [&](const auto& entry) { return entry.starts_with(beginning); });
+}
+
+} // namespace join::test

@@ -1,0 +1,117 @@
+#include "support/LogicTest.h"
+
+namespace join::test {
+
+class JoinDetails : public LogicTest {
+protected:
+    /// The body of the details file after the update of this one.
+    std::string updated(const std::string& old) {
+        files.put(joinDetails, old);
+        logSink.lines.clear();
+        delegate.modifyJoinDetails();
+        const std::string text = files.read(joinDetails).value_or("none");
+        EXPECT_TRUE(text.starts_with(header)) << text;
+        return text.substr(std::min(header.size(), text.size()));
+    }
+    void SetUp() override {
+        prepared();
+        session().setKey("K");
+        session().setEmailID("E");
+        session().setWebServerName("S");
+    }
+    const std::string method = "-[AppDelegate modifyJoinDetails]";
+    const std::string noFlags = "&isDemoMode=false&isDemoTech=false&group=null";
+};
+
+TEST_F(JoinDetails, AFreshFileHoldsTheSessionAsItStandsAndTheDefaultPorts) {
+    session().setEmailID(std::nullopt);
+    delegate.modifyJoinDetails();
+    EXPECT_EQ(files.read(joinDetails), header + "&key=K&email=(null)&gatewayName=(null)&webServerName=S&"
+                                                "&gatewayPort=443&webServerPort=443&");
+    EXPECT_EQ(said(method), (Journal{"Modify joindetails called!",
+                                     "tavojoindetails.conf file not available in TavoMeetingNative folder",
+                                     "tavojoindetails.conf file has been created by join url parameters. "}));
+    EXPECT_EQ(session().emailID(), std::nullopt);
+}
+
+TEST_F(JoinDetails, AnUpdateKeepsTheConnectionItemsAndDropsTheRest) {
+    session().setGatewayName("W1");
+    const std::string tail =
+        "&gatewayName=W1&defaultGatewayName=(null)&webServerName=S" + noFlags + "&email=E&key=K&";
+    const std::pair<std::string, std::string> cases[] = {
+        {header + "&webServerPort=443&gatewayPort=443&authToken=A&key=OLD&email=old&group=G&isDemoMode=true&",
+         "&webServerPort=443&gatewayPort=443&authToken=A" + tail},
+        {header + "&_tracker&writeSocketDataToFile=1&webSiteDomainName=w&joinDomainName=j&_trackerX=2",
+         "&_tracker&writeSocketDataToFile=1&webSiteDomainName=w&joinDomainName=j&_trackerX=2" + tail},
+        {header + "&GatewayHost1=g&firstTime=true&joinAppVersion=1&authToken=A&authkey=B&viewer_id=1"
+                  "&first_time_install=1&isConfirmationNeeded=1&role_change_on_init=1&",
+         "&authToken=A" + tail},
+        {"another header..\nauthToken=A", "&authToken=A" + tail},
+        {header + "& authToken=A&AuthToken=A&xauthToken=A&", tail},
+        {header + "&authToken=\xFF&", tail},
+        {"short", tail},
+        {"", tail},
+    };
+    for (const auto& [old, expected] : cases)
+        EXPECT_EQ(updated(old), expected) << old;
+}
+
+TEST_F(JoinDetails, HostsThatTheSessionDoesNotKnowAreTakenOver) {
+    struct {
+        Text gateway, defaultGateway, webServer;
+        std::string old, expected;
+    } const cases[] = {
+        {"", "", "", "&defaultGatewayName=gw9&gatewayName=gw4&webServerName=w",
+         "&gatewayName=gw4&defaultGatewayName=gw9&webServerName=w"},
+        {std::nullopt, "null", "s",
+         "&gatewayName=gw4&gatewayName=gw5=x&defaultGatewayName=gw9&webServerName=w",
+         "&gatewayName=gw5=x&defaultGatewayName=null&webServerName=s"},
+        {"", "", "", "&gatewayName=&webServerName",
+         "&gatewayName=&defaultGatewayName=(null)&webServerName=webServerName"},
+    };
+    for (const auto& [gateway, defaultGateway, webServer, old, expected] : cases) {
+        session().setGatewayName(gateway);
+        session().setDefaultGatewayName(defaultGateway);
+        session().setWebServerName(webServer);
+        EXPECT_EQ(updated(header + old), expected + noFlags + "&email=E&key=K&") << old;
+    }
+}
+
+TEST_F(JoinDetails, WritesWhatTheSessionHoldsInItsOrderAndSaysSo) {
+    session().setRoleChangeOnInit("r");
+    session().setViewerId("v");
+    session().setFirstTimeInstall("f");
+    session().setIsConfirmationNeeded("c");
+    session().setAuthkey("a");
+    session().setIsDemoMode("true");
+    session().setIsDemoTech("null");
+    session().setGroup("g");
+    const std::string text = "&role_change_on_init=r&viewer_id=v&first_time_install=f&isConfirmationNeeded=c"
+                             "&gatewayName=(null)&defaultGatewayName=(null)&authkey=a&webServerName=S"
+                             "&isDemoMode=true&isDemoTech=null&group=g&email=E&key=K&";
+    EXPECT_EQ(updated(header + "&role_change_on_init=true&"), text);
+    const std::string name = method + " : ";
+    EXPECT_EQ(
+        logSink.lines,
+        (Journal{name + "Modify joindetails called!", name + "Role Change Init : role_change_on_init=true",
+                 name + "Condition roleChangeOnInit : r", name + "Condition viewer_d : v",
+                 name + "Condition firsttimeInstall : f ", "condition isConfirmationNeeded : c ",
+                 name + "Key : K email : E ", name + "Join Details : " + header + text,
+                 name + "Joindetails file has been modified by join url parameters. "}));
+    EXPECT_TRUE(happenedInOrder(journal, {"remove " + joinDetails, "create " + joinDetails}));
+}
+
+TEST_F(JoinDetails, ASessionWithoutEmailIsAGuestAndWithoutKeyWritesNothing) {
+    for (const Text& email : {Text(), Text(""), Text("(null)")}) {
+        session().setEmailID(email);
+        session().setKey("");
+        EXPECT_TRUE(updated(header).ends_with("&email=Guest&key=&"));
+        session().setEmailID(email);
+        session().setKey(std::nullopt);
+        EXPECT_EQ(updated(header + "&key=OLD&"), "&key=OLD&");
+        EXPECT_EQ(session().emailID(), "Guest");
+        EXPECT_EQ(said(method).back(), "Key : (null) email : Guest ");
+    }
+}
+
+} // namespace join::test

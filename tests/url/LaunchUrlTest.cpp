@@ -1,0 +1,146 @@
+#include "url/LaunchUrl.h"
+
+#include "support/LogicTest.h"
+
+namespace join::test {
+
+TEST(LaunchUrl, IsParsedIntoPairs) {
+    const std::pair<std::string, LaunchUrlParameters> cases[] = {
+        {"tavojoin://k=1&&e&=x&", {{"k", "1"}, {"", "x"}}},
+        {"tavojoin://k=1//e=a", {{"k", "1"}}},
+        {"tavojoin://k=a=b=c", {{"k", "a"}}},
+        {"tavojoin://k=1&K=2&k=3", {{"k", "3"}, {"K", "2"}}},
+        {"tavojoin://k=%31+2", {{"k", "%31+2"}}},
+        {"tavojoin:///k=1", {{"/k", "1"}}},
+        {"tavojoin:////k=1", {}},
+        {"tavojoin:k=1", {}},
+        {"", {}},
+        {"tavojoin://" + std::string(1 << 20, '&'), {}},
+    };
+    for (const auto& [url, parameters] : cases)
+        EXPECT_EQ(parseLaunchUrl(url).parameters, parameters) << url.substr(0, 40);
+}
+
+class LaunchUrlHandler : public LogicTest {
+protected:
+    std::string state() {
+        const JoinSessionDetails& details = session();
+        return formatted("%@ %@ %@ %@ %@ %@ %@ %@ %@ %@ %@ %@", details.emailID(), details.gatewayName(),
+                         details.defaultGatewayName(), details.tavoAppVersion(), details.joinAppVersion(),
+                         details.viewerId(), details.roleChangeOnInit(), details.firstTimeInstall(),
+                         details.authkey(), details.group(), details.isDemoMode(), details.isDemoTech());
+    }
+    const std::string method = "-[AppDelegate handleGetURLEvent:withReplyEvent:]";
+};
+
+TEST_F(LaunchUrlHandler, PutsUsableValuesIntoTheSessionAndLeavesTheRest) {
+    const std::string rest = " g d t j v r f a G";
+    const std::pair<std::string, std::string> cases[] = {
+        // e-mail, gateway, default gateway, agent, Join, viewer, role, first install, authkey, group, demo,
+        // tech
+        {"", "Guest" + rest + " false false"},
+        {"e=null&gwn=null&gatewayhost=&gwn1=&tav=null&jav=&vid=null&rcoi=&fti=&authkey=&group=null&E=x",
+         "Guest" + rest + " false false"},
+        {"e=&email=someone&demo=TRUE&isDemoTech= true", "Guest" + rest + " false false"},
+        {"email= some one \u00A0&demo=true&isDemoTech=true", "some one" + rest + " true true"},
+        {"gwn=gwA&gatewayhost= 7 &gwn1= x", "Guest gw7 x t j v r f a G false false"},
+        {"gwn=gwA&gatewayhost=null&vid=&viewerid=3", "Guest gwA d t j v r f a G false false"},
+        {"tav=1&jav= 2 &viewerid=3&rolechangeoninit=4&fti=5&authkey=6&group= null",
+         "Guest g d 1 2 3 4 5 6 null false false"},
+        {"vid=7&viewerid=3&rcoi=8&rolechangeoninit=4", "Guest g d t j 7 8 f a G false false"},
+    };
+    for (const auto& [pairs, expected] : cases) {
+        prepared();
+        session().setGatewayName("g");
+        session().setDefaultGatewayName("d");
+        session().setTavoAppVersion("t");
+        session().setJoinAppVersion("j");
+        session().setViewerId("v");
+        session().setRoleChangeOnInit("r");
+        session().setFirstTimeInstall("f");
+        session().setAuthkey("a");
+        session().setGroup("G");
+        urlEvents.deliver("tavojoin://" + pairs);
+        EXPECT_EQ(state(), expected) << pairs;
+    }
+}
+
+TEST_F(LaunchUrlHandler, LogsWhatItReceivedUntrimmed) {
+    prepared();
+    const std::string url = "tavojoin://wsn=first&web_server=second&cav= 3 &tav= 1&jav=2";
+    urlEvents.deliver(url);
+    EXPECT_TRUE(happenedInOrder(said(method),
+                                {"Received Launch App Url : " + url, "###Latest Tavo app Version (tav) :  1",
+                                 "###Latest Join app Version (jav) : 2",
+                                 "###Latest Crash Detector app Version (cav) :  3 ",
+                                 "Key not received in launchapp!"}));
+    EXPECT_EQ(said(method).size(), 6U); // and the table
+    EXPECT_EQ(session().webServerName(), "first");
+    EXPECT_EQ(session().crashDetectorAppVersion(), "3");
+}
+
+TEST_F(LaunchUrlHandler, AKeyIsTrimmedButItsKindToldFromTheLengthReceived) {
+    struct {
+        std::string pair;
+        Text key;
+        int sessionType;
+    } const cases[] = {
+        {"k=123456789", "123456789", 1},
+        {"k=1234567890", "1234567890", 0},
+        {"k=12345678", "12345678", 7},
+        {"k= 12345678 ", "12345678", 0},
+        {"sessionId=123456789", "123456789", 1},
+        {"k=1&sessionId=2", "1", 7},
+        {"k=         ", "", 1},
+        {"k=", std::nullopt, 7},
+        {"k=null", std::nullopt, 7},
+        {"k=&sessionId=2", std::nullopt, 7},
+        {"K=123456789", std::nullopt, 7},
+    };
+    for (const auto& [pair, key, sessionType] : cases) {
+        prepared();
+        session().setSessionType(7);
+        urlEvents.deliver("tavojoin://" + pair);
+        EXPECT_EQ(session().key(), key) << pair;
+        EXPECT_EQ(session().sessionType(), sessionType) << pair;
+        EXPECT_EQ(files.exists(joinDetails), key.has_value()) << pair;
+        EXPECT_EQ(joinDownloads(), key ? 1U : 0U) << pair;
+        EXPECT_EQ(progressWindow().isVisible(), key.has_value()) << pair;
+        files.remove(joinDetails);
+    }
+}
+
+TEST_F(LaunchUrlHandler, ReArmsLoggingThenUpdatesTheDetailsThenChecksTheVersions) {
+    prepared();
+    urlEvents.deliver("tavojoin://k=1");
+    EXPECT_EQ(timers.running(), 1U);
+    EXPECT_TRUE(happenedInOrder(journal, {"redirect", "timer 100 ms",
+                                          "log: " + method + " : Received Launch App Url : tavojoin://k=1",
+                                          "log: " + method + " : Modify join details by Launch App",
+                                          "create " + joinDetails,
+                                          "log: -[AppDelegate joinAppVersionCheck] : Join.app file not found "
+                                          "in Applications folder - starting "
+                                          "JoinMac.dmg download",
+                                          "log: " + method + " : Join app version check method called!!"}));
+}
+
+TEST_F(LaunchUrlHandler, TrimsATabAsABlank) {
+    prepared();
+    urlEvents.deliver("tavojoin://k=\t12345678\t&e=\tann");
+    EXPECT_EQ(session().key(), "12345678");
+    EXPECT_EQ(session().sessionType(), 0);
+    EXPECT_EQ(session().emailID(), "ann");
+}
+
+TEST_F(LaunchUrlHandler, NoBytesGetRawIntoTheFilesAndNoLengthStopsTheJoin) {
+    using namespace std::string_literals;
+    prepared();
+    urlEvents.deliver("tavojoin://k=12\n34\0\x7F&group=\xC3\xA4\xFF\xED\xA0\x80"s);
+    EXPECT_EQ(session().key(), "12%0A34%00%7F");
+    EXPECT_EQ(session().group(), "ä%FF%ED%A0%80");
+    const std::string key(1 << 20, '7');
+    urlEvents.deliver("tavojoin://k=" + key);
+    EXPECT_TRUE(files.read(joinDetails)->ends_with("&key=" + key + "&"));
+}
+
+} // namespace join::test
