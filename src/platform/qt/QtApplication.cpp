@@ -1,0 +1,58 @@
+#include "platform/qt/QtApplication.h"
+
+#include "platform/Bundles.h"
+#include "platform/FileManager.h"
+#include "platform/PropertyLists.h"
+#include "platform/linux/SystemVersionFile.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include <cstdlib>
+#include <utility>
+
+namespace join::platform {
+
+QtApplication::QtApplication(std::string bundlePath, Readers readers, Steps steps)
+    : bundlePath_(std::move(bundlePath)), readers_(readers), steps_(std::move(steps)) {
+    QApplication::setQuitOnLastWindowClosed(false);
+}
+
+void QtApplication::run(ApplicationDelegate& delegate) {
+    delegate_ = &delegate;
+    delegate.awakeFromNib();
+    steps_.afterFirstWindow();
+    QTimer::singleShot(0, [this] {
+        delegate_->applicationWillFinishLaunching();
+        steps_.deliverLaunchUrl();
+        delegate_->applicationDidFinishLaunching();
+    });
+    QApplication::exec();
+    terminate();
+}
+
+void QtApplication::terminate() {
+    if (delegate_)
+        delegate_->applicationWillTerminate();
+    // Threads of the toolkit still run: destroying static objects now would pull the ground from under them.
+    std::quick_exit(EXIT_SUCCESS);
+}
+
+void QtApplication::exitImmediately() { std::_Exit(EXIT_SUCCESS); }
+
+std::string QtApplication::bundlePath() { return bundlePath_; }
+
+std::string QtApplication::bundleIdentifier() {
+    const auto list = readers_.bundles.infoDictionary(bundlePath_);
+    const Value* identifier = list ? list->member("CFBundleIdentifier") : nullptr;
+    return identifier && identifier->text() ? *identifier->text() : std::string();
+}
+
+SystemVersion QtApplication::systemVersion() {
+    const auto file = readers_.fileManager.read("/System/Library/CoreServices/SystemVersion.plist");
+    const auto list = file ? readers_.propertyLists.parse(*file) : std::nullopt;
+    const Value* version = list ? list->member("ProductVersion") : nullptr;
+    return version && version->text() ? parseSystemVersion(*version->text()) : SystemVersion();
+}
+
+} // namespace join::platform

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "platform/Application.h"
+
+#include <functional>
+#include <string>
+
+namespace join::platform {
+
+class Bundles;
+class FileManager;
+class PropertyLists;
+
+/// The application on Qt's event loop. A QApplication exists before this object and outlives it.
+class QtApplication final : public Application {
+public:
+    /// The services it reads the bundle's and the system's property lists with; they outlive it.
+    struct Readers {
+        Bundles& bundles;
+        FileManager& fileManager;
+        PropertyLists& propertyLists;
+    };
+
+    /// What happens between the delegate's calls.
+    struct Steps {
+        std::function<void()> afterFirstWindow; ///< once awakeFromNib has put the first window on the screen
+        std::function<void()> deliverLaunchUrl; ///< before launching is finished
+    };
+
+    QtApplication(std::string bundlePath, Readers readers, Steps steps);
+
+    [[noreturn]] void run(ApplicationDelegate& delegate) override;
+    [[noreturn]] void terminate() override;
+    [[noreturn]] void exitImmediately() override;
+    std::string bundlePath() override;
+    std::string bundleIdentifier() override;
+    SystemVersion systemVersion() override;
+
+private:
+    std::string bundlePath_;
+    Readers readers_;
+    Steps steps_;
+    ApplicationDelegate* delegate_ = nullptr;
+};
+
+} // namespace join::platform

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+
+#include <QObject>
+
+#include <deque>
+#include <functional>
+#include <mutex>
+
+namespace join::platform {
+
+/// The main queue on Qt's event loop.
+class QtMainQueue final : public QObject, public MainQueue {
+public:
+    void enqueue(std::function<void()> work) override;
+
+    /// As long as one of these lives, no work begins: the loop may be turned for the sake of the window
+    /// system in the middle of an operation, and what that operation has queued must wait until it has
+    /// returned. Main thread only.
+    class Hold {
+    public:
+        explicit Hold(QtMainQueue& queue);
+        ~Hold();
+        Hold(const Hold&) = delete;
+        Hold& operator=(const Hold&) = delete;
+
+    private:
+        QtMainQueue& queue_;
+    };
+
+private:
+    void wake();
+    void runWork();
+
+    std::mutex mutex_;
+    std::deque<std::function<void()>> waiting_;
+    int holds_ = 0;
+};
+
+} // namespace join::platform

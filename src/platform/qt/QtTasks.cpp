@@ -1,0 +1,82 @@
+#include "platform/qt/QtTasks.h"
+
+#include "platform/Exception.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QStringList>
+
+#include <linux/close_range.h>
+#include <unistd.h>
+
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+QString toQString(const std::string& text) { return QFile::decodeName(QByteArray::fromStdString(text)); }
+
+/// Children get the standard streams only, whatever a library forgot to mark.
+void closeDescriptorsOnExec() { ::close_range(3, ~0U, CLOSE_RANGE_CLOEXEC); }
+
+void describe(QProcess& process, const std::string& path, const Program& program) {
+    QStringList arguments;
+    for (const std::string& argument : program.arguments)
+        arguments << toQString(argument);
+    process.setProgram(toQString(path));
+    process.setArguments(arguments);
+    process.setWorkingDirectory(toQString(program.workingDirectory));
+}
+
+[[noreturn]] void raiseNotStarted(const Program& program, const QProcess& process) {
+    throw Exception("Cannot start " + program.path + ": " + process.errorString().toStdString());
+}
+
+} // namespace
+
+QtTasks::QtTasks(SystemRoot root, std::filesystem::path helpersFolder)
+    : root_(std::move(root)), helpersFolder_(std::move(helpersFolder)) {}
+
+TaskResult QtTasks::run(const Program& program) {
+    QProcess process;
+    describe(process, realPath(program.path), program);
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.setInputChannelMode(QProcess::ForwardedInputChannel);
+    closeDescriptorsOnExec();
+    process.start(QIODevice::ReadOnly);
+    if (!process.waitForStarted(-1))
+        raiseNotStarted(program, process);
+    process.waitForFinished(-1);
+    return {process.exitStatus() == QProcess::NormalExit, process.exitCode(),
+            process.readAllStandardOutput().toStdString()};
+}
+
+void QtTasks::start(const Program& program) {
+    QProcess process;
+    describe(process, realPath(program.path), program);
+    closeDescriptorsOnExec();
+    if (!process.startDetached())
+        raiseNotStarted(program, process);
+}
+
+bool QtTasks::startDetached(const Program& program) {
+    QProcess process;
+    describe(process, realPath(program.path), program);
+    process.setStandardInputFile(QProcess::nullDevice());
+    process.setStandardOutputFile(QProcess::nullDevice());
+    process.setStandardErrorFile(QProcess::nullDevice());
+    closeDescriptorsOnExec();
+    return process.startDetached();
+}
+
+std::string QtTasks::realPath(const std::string& program) const {
+    const std::filesystem::path path = root_.toReal(program);
+    if (std::error_code error; std::filesystem::exists(path, error))
+        return path;
+    const std::filesystem::path helper = helpersFolder_ / path.filename();
+    std::error_code error;
+    return std::filesystem::exists(helper, error) ? helper : path;
+}
+
+} // namespace join::platform

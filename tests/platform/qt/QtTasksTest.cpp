@@ -1,0 +1,90 @@
+#include "platform/qt/QtTasks.h"
+#include "platform/Exception.h"
+#include "support/Child.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace join::platform {
+namespace {
+
+using test::contentsOf;
+using test::eventually;
+using test::writeFile;
+
+class QtTasksTest : public testing::Test {
+protected:
+    /// An executable script in the test's folder.
+    std::string script(const std::string& name, const std::string& lines) {
+        const std::string path = writeFile(folder / name, "#!/bin/sh\n" + lines);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        return path;
+    }
+
+    test::TemporaryFolder folder;
+    QtTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
+};
+
+TEST_F(QtTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
+    const std::string program = script("tool", "pwd; for a; do echo \"<$a>\"; done; exit 7\n");
+    const TaskResult result = tasks.run({program, {"-i", "*", "two words", "$(id)", ""}, folder.path()});
+    EXPECT_TRUE(result.exited);
+    EXPECT_EQ(result.status, 7);
+    EXPECT_EQ(result.output, folder.path() + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n");
+}
+
+TEST_F(QtTasksTest, AProgramEndedByASignalHasNotExited) {
+    const TaskResult result = tasks.run({script("tool", "kill -9 $$\n"), {}, "/"});
+    EXPECT_FALSE(result.exited);
+}
+
+TEST_F(QtTasksTest, AProgramThatCannotBeStartedThrows) {
+    const Program missing{folder / "missing", {}, "/"};
+    EXPECT_THROW(tasks.run(missing), Exception);
+    EXPECT_THROW(tasks.start(missing), Exception);
+    EXPECT_FALSE(tasks.startDetached(missing));
+    const Program noFolder{script("tool", ""), {}, folder / "no-folder"};
+    EXPECT_THROW(tasks.run(noFolder), Exception);
+}
+
+TEST_F(QtTasksTest, AToolThatTheSystemLacksIsFoundAmongTheHelpers) {
+    script("Helpers/scselect", "echo helper\n");
+    EXPECT_EQ(tasks.run({"/usr/sbin/no/scselect", {}, "/"}).output, "helper\n");
+}
+
+TEST_F(QtTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {
+    script("root/Applications/X.app/Contents/MacOS/X", "echo found\n");
+    EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
+}
+
+TEST_F(QtTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
+    const int leak = ::open("/dev/zero", O_RDONLY); // as a library may open it, without a mark
+    const std::string listing = "readlink /proc/$$/fd/* > \"$1.part\"; mv \"$1.part\" \"$1\"\n";
+    const std::string program = script("tool", listing);
+    tasks.run({program, {folder / "waited"}, "/"});
+    tasks.start({program, {folder / "left"}, "/"});
+    ASSERT_TRUE(tasks.startDetached({program, {folder / "detached"}, "/"}));
+    for (const char* name : {"waited", "left", "detached"}) {
+        ASSERT_TRUE(eventually([&] { return !contentsOf(folder / name).empty(); }));
+        EXPECT_EQ(contentsOf(folder / name).find("/dev/zero"), std::string::npos) << name;
+    }
+    const std::string detached = contentsOf(folder / "detached");
+    EXPECT_TRUE(detached.starts_with("/dev/null\n")) << detached;
+    ::close(leak);
+}
+
+TEST_F(QtTasksTest, ADetachedProgramLivesInASessionOfItsOwn) {
+    const std::string program =
+        script("tool", "cut -d' ' -f6 /proc/$$/stat > \"$1.part\"; mv \"$1.part\" \"$1\"\n");
+    ASSERT_TRUE(tasks.startDetached({program, {folder / "session"}, "/"}));
+    ASSERT_TRUE(eventually([&] { return !contentsOf(folder / "session").empty(); }));
+    EXPECT_NE(std::stoi(contentsOf(folder / "session")), ::getsid(0));
+}
+
+} // namespace
+} // namespace join::platform

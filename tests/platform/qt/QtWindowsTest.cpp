@@ -1,0 +1,166 @@
+#include "platform/qt/QtWindows.h"
+#include "platform/Exception.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtStrings.h"
+#include "platform/qt/QtTimers.h"
+#include "platform/qt/SpinningIndicator.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QLabel>
+#include <QPixmap>
+#include <QScreen>
+
+#include <thread>
+
+namespace join::platform {
+namespace {
+
+/// Turns the loop until the condition holds, for half a minute at the most.
+template <typename Condition>
+bool turnUntil(Condition condition) {
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!condition() && std::chrono::steady_clock::now() < limit)
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+    return condition();
+}
+
+class QtWindowsTest : public testing::Test {
+protected:
+    QWidget& widget() const {
+        for (QWidget* candidate : QApplication::topLevelWidgets())
+            if (candidate->objectName() == "TavoJoinWindow")
+                return *candidate;
+        throw std::runtime_error("no window");
+    }
+
+    QtMainQueue queue;
+    QtWindows windows{queue};
+};
+
+TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
+    const auto interface = windows.load("TavoJoinWindow");
+    interface->window().setBackgroundColor(white);
+    interface->textField("infoLabel").setStringValue("text");
+    EXPECT_FALSE(interface->window().isVisible());
+    interface->window().makeKeyAndOrderFront();
+    EXPECT_TRUE(interface->window().isVisible());
+    EXPECT_FALSE(widget().testAttribute(Qt::WA_PendingUpdate));
+    const QImage screen = QApplication::primaryScreen()->grabWindow(widget().winId()).toImage();
+    EXPECT_EQ(screen.pixelColor(2, 2), QColor(Qt::white));
+    interface->window().orderOut();
+    EXPECT_FALSE(interface->window().isVisible());
+}
+
+TEST_F(QtWindowsTest, WorkQueuedDuringAnOperationWaitsWhileAWindowIsShown) {
+    bool hasRun = false;
+    queue.enqueue([&] { hasRun = true; });
+    const auto interface = windows.load("TavoJoinWindow");
+    interface->window().makeKeyAndOrderFront();
+    EXPECT_FALSE(hasRun);
+    EXPECT_TRUE(turnUntil([&] { return hasRun; }));
+}
+
+TEST_F(QtWindowsTest, ClosingAsksFirst) {
+    const auto interface = windows.load("TavoJoinWindow");
+    bool answer = false;
+    interface->window().setShouldClose([&] { return answer; });
+    interface->window().makeKeyAndOrderFront();
+    widget().close();
+    EXPECT_TRUE(interface->window().isVisible());
+    answer = true;
+    widget().close();
+    EXPECT_FALSE(interface->window().isVisible());
+}
+
+TEST_F(QtWindowsTest, AWindowKeepsItsPlaceAndLevelAndLosesItsHiddenButtons) {
+    const auto interface = windows.load("TavoJoinWindow");
+    Window& window = interface->window();
+    window.setFrameOrigin({40, 50});
+    window.setLevel(floatingWindowLevel);
+    window.hideStandardButton(StandardButton::zoom);
+    window.hideStandardButton(StandardButton::minimise);
+    window.makeKeyAndOrderFront();
+    EXPECT_EQ(widget().pos(), QPoint(40, 50));
+    const Qt::WindowFlags flags = widget().windowFlags();
+    EXPECT_TRUE(flags & Qt::WindowStaysOnTopHint);
+    EXPECT_TRUE(flags & Qt::WindowCloseButtonHint);
+    EXPECT_FALSE(flags & (Qt::WindowMinMaxButtonsHint));
+}
+
+TEST_F(QtWindowsTest, OutsideTextIsShownAsTheCharactersItIs) {
+    const auto interface = windows.load("TavoJoinWindow");
+    interface->textField("infoLabel").setStringValue("<b>bold</b> & <img src='x'>");
+    const auto* label = widget().findChild<QLabel*>("infoLabel");
+    EXPECT_EQ(label->textFormat(), Qt::PlainText);
+    EXPECT_EQ(label->text(), "<b>bold</b> & <img src='x'>");
+}
+
+TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
+    EXPECT_THROW(windows.load("NoSuchWindow"), Exception);
+    const auto interface = windows.load("TavoJoinWindow");
+    EXPECT_THROW(interface->textField("noSuchOutlet"), Exception);
+    EXPECT_THROW(interface->textField("progress"), Exception);
+    EXPECT_THROW(interface->progressIndicator("infoLabel"), Exception);
+}
+
+TEST(SpinningIndicator, TurnsOnlyWhileItIsAnimatedAndOnTheScreen) {
+    SpinningIndicator indicator;
+    indicator.resize(36, 36);
+    indicator.setAnimated(true);
+    indicator.show();
+    const QImage before = indicator.grab().toImage();
+    EXPECT_TRUE(turnUntil([&] { return indicator.grab().toImage() != before; }));
+    const auto turnsAt = [&] {
+        int frames = 0;
+        QtTimers timers;
+        const auto clock = timers.repeating(std::chrono::milliseconds(50), [&] { ++frames; });
+        const QImage still = indicator.grab().toImage();
+        turnUntil([&] { return frames == 8; });
+        return indicator.grab().toImage() != still;
+    };
+    indicator.setAnimated(false);
+    EXPECT_FALSE(turnsAt());
+    indicator.setAnimated(true);
+    indicator.hide();
+    EXPECT_FALSE(turnsAt());
+}
+
+TEST(QtMainQueue, RunsWorkOfAnyThreadInItsOrderOnTheMainThread) {
+    QtMainQueue queue;
+    std::vector<int> order;
+    const auto mainThread = std::this_thread::get_id();
+    std::thread([&] {
+        for (int i = 0; i < 100; ++i)
+            queue.enqueue([&order, i, mainThread] {
+                EXPECT_EQ(std::this_thread::get_id(), mainThread);
+                order.push_back(i);
+            });
+    }).join();
+    EXPECT_TRUE(order.empty());
+    ASSERT_TRUE(turnUntil([&] { return order.size() == 100; }));
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(QtTimers, ATimerFiresAgainAndAgainUntilItIsDestroyed) {
+    QtTimers timers;
+    int fired = 0;
+    auto timer = timers.repeating(std::chrono::milliseconds(1), [&] { ++fired; });
+    EXPECT_TRUE(turnUntil([&] { return fired >= 3; }));
+    timer.reset();
+    const int last = fired;
+    int others = 0;
+    const auto other = timers.repeating(std::chrono::milliseconds(1), [&] { ++others; });
+    EXPECT_TRUE(turnUntil([&] { return others == 5; }));
+    EXPECT_EQ(fired, last);
+}
+
+TEST(QtStrings, AKeyWithoutTextShowsItself) {
+    QtStrings strings;
+    EXPECT_EQ(strings.localized("JOIN"), "Join");
+    EXPECT_EQ(strings.localized("NO_SUCH_KEY"), "NO_SUCH_KEY");
+}
+
+} // namespace
+} // namespace join::platform
