@@ -1,0 +1,64 @@
+#include "service/Connection.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+
+namespace join::tools {
+namespace {
+
+constexpr std::size_t blockSize = std::size_t{64} << 10U;
+
+const std::string& block() {
+    static const std::string bytes(blockSize, 'a');
+    return bytes;
+}
+
+bool send(httplib::DataSink& sink, const char* bytes, std::size_t size) {
+    if (!sink.write(bytes, size))
+        return false;
+    Connection::current().streamedBytes += size;
+    return true;
+}
+
+} // namespace
+
+Connection& Connection::current() {
+    thread_local Connection connection;
+    return connection;
+}
+
+void Connection::follow(SSL_CTX& context) {
+    SSL_CTX_set_info_callback(&context, [](const SSL* connection, int where, int) {
+        if ((where & SSL_CB_HANDSHAKE_START) != 0)
+            current() = {.socket = SSL_get_fd(connection)};
+    });
+}
+
+void Connection::close() {
+    ::shutdown(socket, SHUT_RDWR);
+    closed = true;
+}
+
+void sendCut(httplib::Response& response, const std::string& contentType, const std::string& text) {
+    response.set_content_provider(text.size(), contentType,
+                                  [text](std::size_t, std::size_t, httplib::DataSink& sink) {
+                                      send(sink, text.data(), text.size() / 2);
+                                      return false;
+                                  });
+}
+
+void sendHuge(httplib::Response& response, const std::string& contentType, std::size_t size) {
+    response.set_content_provider(size, contentType,
+                                  [](std::size_t, std::size_t length, httplib::DataSink& sink) {
+                                      return send(sink, block().data(), std::min(length, block().size()));
+                                  });
+}
+
+void sendEndless(httplib::Response& response, const std::string& contentType) {
+    response.set_chunked_content_provider(contentType, [](std::size_t, httplib::DataSink& sink) {
+        return send(sink, block().data(), block().size());
+    });
+}
+
+} // namespace join::tools

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <httplib.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace join::tools {
+
+/// What the server library keeps to itself: the connection that a handler's request came in on, and how much
+/// of a streamed body went out. The library serves a connection on one thread from its handshake to its end,
+/// and each thread has one of these.
+struct Connection {
+    int socket = -1;
+    bool closed = false;
+    std::uint64_t streamedBytes = 0;
+
+    static Connection& current();
+
+    /// Has a server's handshakes make a fresh Connection on their thread.
+    static void follow(SSL_CTX& context);
+
+    /// Closes the connection at once; what the handler answers goes nowhere.
+    void close();
+};
+
+/// Answers with the first half of the text, its whole length announced.
+void sendCut(httplib::Response& response, const std::string& contentType, const std::string& text);
+
+/// Answers with that many bytes, made as they go.
+void sendHuge(httplib::Response& response, const std::string& contentType, std::size_t size);
+
+/// Answers with chunks until the client goes or the server stops.
+void sendEndless(httplib::Response& response, const std::string& contentType);
+
+} // namespace join::tools

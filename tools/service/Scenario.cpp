@@ -1,0 +1,131 @@
+#include "service/Scenario.h"
+
+#include "service/Printable.h"
+
+#include <charconv>
+#include <map>
+#include <stdexcept>
+
+namespace join::tools {
+namespace {
+
+constexpr int longestDelay = 3'600'000;
+
+int number(const std::string& text, int least, int most) {
+    int value = 0;
+    const char* end = text.data() + text.size();
+    const auto [parsed, error] = std::from_chars(text.data(), end, value);
+    if (error != std::errc{} || parsed != end || value < least || value > most)
+        throw std::invalid_argument("a number from " + std::to_string(least) + " to " + std::to_string(most) +
+                                    " is needed");
+    return value;
+}
+
+template <typename Choice>
+Choice oneOf(const std::map<std::string_view, Choice>& choices, const std::string& text) {
+    if (const auto found = choices.find(text); found != choices.end())
+        return found->second;
+    std::string names;
+    for (const auto& [name, choice] : choices)
+        names += (names.empty() ? "" : ", ") + std::string(name);
+    throw std::invalid_argument("one of " + names + " is needed");
+}
+
+std::string notEmpty(const std::string& text) {
+    if (text.empty())
+        throw std::invalid_argument("a text is needed");
+    return text;
+}
+
+const std::map<std::string_view, std::optional<bool>>& updateChoices() {
+    static const std::map<std::string_view, std::optional<bool>> choices{
+        {"true", true}, {"false", false}, {"absent", std::nullopt}};
+    return choices;
+}
+
+const std::map<std::string_view, Broken>& brokenChoices() {
+    static const std::map<std::string_view, Broken> choices{
+        {"none", Broken::none},       {"html", Broken::html},   {"empty", Broken::empty},
+        {"cut", Broken::cut},         {"deep", Broken::deep},   {"garbage", Broken::garbage},
+        {"endless", Broken::endless}, {"reset", Broken::reset}, {"huge", Broken::huge},
+        {"types", Broken::types}};
+    return choices;
+}
+
+using Setter = void (*)(Scenario&, const std::string& value);
+
+const std::map<std::string_view, Setter>& setters() {
+    using S = Scenario;
+    using Text = std::string;
+    static const std::map<std::string_view, Setter> table{
+        {"--port", [](S& s, const Text& value) { s.port = number(value, 0, 65535); }},
+        {"--port-file", [](S& s, const Text& value) { s.portFile = notEmpty(value); }},
+        {"--log", [](S& s, const Text& value) { s.logFile = notEmpty(value); }},
+        {"--certificate", [](S& s, const Text& value) { s.certificateFile = notEmpty(value); }},
+        {"--update-needed", [](S& s, const Text& value) { s.updateNeeded = oneOf(updateChoices(), value); }},
+        {"--cdn-link", [](S& s, const Text& value) { s.cdnLink = value; }},
+        {"--aws-server", [](S& s, const Text& value) { s.awsServer = value; }},
+        {"--aws-url", [](S& s, const Text& value) { s.awsUrl = value; }},
+        {"--valid-key", [](S& s, const Text& value) { s.validKeys.push_back(notEmpty(value)); }},
+        {"--status", [](S& s, const Text& value) { s.status = number(value, 200, 599); }},
+        {"--delay",
+         [](S& s, const Text& value) {
+             s.delay = std::chrono::milliseconds(number(value, 0, longestDelay));
+         }},
+        {"--answer", [](S& s, const Text& value) { s.answerFile = notEmpty(value); }},
+        {"--broken", [](S& s, const Text& value) { s.broken = oneOf(brokenChoices(), value); }},
+    };
+    return table;
+}
+
+} // namespace
+
+Scenario parseScenario(const std::vector<std::string>& arguments) {
+    Scenario scenario;
+    for (auto argument = arguments.begin(); argument != arguments.end(); ++argument) {
+        const std::string& option = *argument;
+        if (option == "--help") {
+            scenario.help = true;
+            continue;
+        }
+        const auto setter = setters().find(option);
+        if (setter == setters().end())
+            throw std::invalid_argument("unknown option '" + printable(option) + "'");
+        if (++argument == arguments.end())
+            throw std::invalid_argument(option + ": a value is needed");
+        try {
+            setter->second(scenario, *argument);
+        } catch (const std::invalid_argument& wrong) {
+            throw std::invalid_argument(option + ": " + wrong.what() + ", not '" + printable(*argument) +
+                                        "'");
+        }
+    }
+    if (scenario.broken != Broken::none && !scenario.answerFile.empty())
+        throw std::invalid_argument("--answer and --broken exclude each other");
+    return scenario;
+}
+
+std::string_view usage() {
+    return R"(usage: join-service [OPTION VALUE]...
+
+A stand-in of the web service: HTTPS on loopback, until SIGTERM or SIGINT.
+
+  --port N              listen there; 0, the default: on any free port
+  --port-file FILE      write the port's number there, once it listens
+  --certificate FILE    write the certificate to trust there (PEM)
+  --log FILE            append a line for each request, as on standard output:
+                        time, method, target, status, bytes of the body
+
+Answers of the checks:
+  --update-needed true|false|absent                    (default: false)
+  --cdn-link HOST       --aws-server TEXT       --aws-url URL
+                        each is left out when it is not given
+  --valid-key KEY       may be repeated; without it every key is valid
+  --status N            200 to 599                     (default: 200)
+  --delay MILLISECONDS  before each answer
+  --answer FILE         answer with the bytes of that file
+  --broken none|html|empty|cut|garbage|reset|endless|huge|deep|types
+)";
+}
+
+} // namespace join::tools

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace join::tools {
+
+/// How the checks are answered instead of as they should be.
+enum class Broken {
+    none,
+    html,    ///< a page for people
+    empty,   ///< no bytes
+    cut,     ///< a body shorter than its announced length
+    garbage, ///< bytes that are no text
+    reset,   ///< the connection is closed without an answer
+    endless, ///< chunks until the client goes
+    huge,    ///< 100 MB
+    deep,    ///< a document nested 100,000 deep
+    types,   ///< members of wrong types
+};
+
+/// What the service does, as its command line says.
+struct Scenario {
+    bool help = false;
+
+    int port = 0; ///< 0: any
+    std::string portFile;
+    std::string logFile;
+    std::string certificateFile;
+
+    // Members of the version check's answer; one without a value is left out.
+    std::optional<bool> updateNeeded = false;
+    std::optional<std::string> cdnLink;
+    std::optional<std::string> awsServer;
+    std::optional<std::string> awsUrl;
+
+    std::vector<std::string> validKeys; ///< none: every key that is not empty is valid
+
+    int status = 200; ///< of the checks
+    std::chrono::milliseconds delay{0};
+    std::string answerFile; ///< what the checks answer, byte for byte, when not empty
+    Broken broken = Broken::none;
+};
+
+/// Reads a command line, the program's name left out. Of an option given twice the last one counts. Throws
+/// std::invalid_argument, its text one line, for one that is wrong.
+Scenario parseScenario(const std::vector<std::string>& arguments);
+
+/// The text of --help.
+std::string_view usage();
+
+} // namespace join::tools

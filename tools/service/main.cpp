@@ -1,0 +1,73 @@
+#include "service/Certificate.h"
+#include "service/RequestLog.h"
+#include "service/Scenario.h"
+#include "service/Service.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <string_view>
+
+namespace {
+
+using join::tools::Certificate;
+using join::tools::RequestLog;
+using join::tools::Scenario;
+using join::tools::Service;
+
+/// Threads started after this leave the signals to the one that waits for them.
+sigset_t blockedEndSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    ::pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    return signals;
+}
+
+/// A reader of the path finds all of the text or nothing.
+void writeWhole(const std::string& path, std::string_view text) {
+    if (path.empty())
+        return;
+    const std::string beside = path + ".part";
+    std::ofstream file(beside, std::ios::binary | std::ios::trunc);
+    file << text << std::flush;
+    if (!file)
+        throw std::runtime_error("cannot write " + beside);
+    std::filesystem::rename(beside, path);
+}
+
+void serve(const Scenario& scenario) {
+    const sigset_t endSignals = blockedEndSignals();
+    const Certificate certificate;
+    writeWhole(scenario.certificateFile, certificate.pem());
+
+    RequestLog log(scenario.logFile);
+    const Service service(scenario, certificate, log);
+    writeWhole(scenario.portFile, std::to_string(service.port()) + '\n');
+    std::cout << "listening on https://localhost:" << service.port() << std::endl;
+
+    int signal = 0;
+    ::sigwait(&endSignals, &signal);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    try {
+        const Scenario scenario = join::tools::parseScenario({argv + 1, argv + argc});
+        if (scenario.help)
+            std::cout << join::tools::usage();
+        else
+            serve(scenario);
+        return 0;
+    } catch (const std::invalid_argument& wrongOption) {
+        std::cerr << "join-service: " << wrongOption.what() << '\n';
+        return 2;
+    } catch (const std::exception& exception) {
+        std::cerr << "join-service: " << exception.what() << '\n';
+        return 1;
+    }
+}
