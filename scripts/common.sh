@@ -1,0 +1,53 @@
+# Shared by the scripts: sourced, not run. Leaves the shell in the project's folder.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+say() { printf '%s\n' "$*"; }
+
+# Installs the packages that are missing, as root or through sudo.
+install_packages() {
+    local wanted missing=()
+    wanted=$(grep -v '^#' scripts/packages | xargs)
+    for package in $wanted; do
+        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    local as_root=()
+    [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+    say "Installing: ${missing[*]}"
+    "${as_root[@]}" apt-get update -qq
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -qq -y --no-install-recommends "${missing[@]}" >/dev/null
+}
+
+# build PRESET [TARGET...]
+build() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" >/dev/null
+    cmake --build --preset "$preset" ${1:+--target "$@"}
+}
+
+# Waits, a minute at most, until the command succeeds.
+wait_until() {
+    local tries
+    for ((tries = 0; tries < 600; tries++)); do
+        if "$@" >/dev/null 2>&1; then return 0; fi
+        sleep 0.1
+    done
+    say "Gave up waiting for: $*" >&2
+    return 1
+}
+
+# Starts a virtual display when there is none, and leaves its number in DISPLAY.
+ensure_display() {
+    [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] || return 0
+    local number_file
+    number_file=$(mktemp)
+    Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$number_file" >/dev/null 2>&1 &
+    virtual_display_pid=$!
+    wait_until test -s "$number_file"
+    DISPLAY=":$(cat "$number_file")"
+    export DISPLAY
+    rm -f "$number_file"
+}

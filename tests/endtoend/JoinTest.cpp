@@ -1,0 +1,209 @@
+#include "endtoend/JoinWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <fstream>
+#include <sys/stat.h>
+
+namespace join::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto sessionValidated = "\"M2\":\"Session Validated";
+
+std::string urlOf(const JoinWorld& world, const std::string& more = "&cav=1.4") {
+    return "tavojoin://k=123456789&e=ann@example.org&gwn=gw1&wsn=" + world.host() + more;
+}
+
+/// A process that may have ended but has not been waited for counts as gone.
+bool isAlive(const Child& child) {
+    const std::string status = contentsOf("/proc/" + std::to_string(child.process()) + "/stat");
+    return !status.empty() && status.substr(status.rfind(')') + 2, 1) != "Z";
+}
+
+TEST(Join, StartsTheInstalledAgentFromALaunchUrlAndQuits) {
+    const JoinWorld world({"--update-needed", "false"});
+    world.installPrograms();
+    Child join(world.launch({urlOf(world)}));
+    EXPECT_EQ(join.wait(), 0);
+
+    EXPECT_NE(world.requests().find("GET /api/public/json/meetings/checkSessionID?key=123456789&"
+                                    "installed-version=5.2&os=mac 200"),
+              std::string::npos);
+    ASSERT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); }));
+    const std::string agent = world.agentStarts();
+    EXPECT_NE(agent.find("argument -timestamps\nargument {\"M1\":\"Join Launched time : "),
+              std::string::npos);
+    EXPECT_NE(agent.find("\",\"M2\":\"Session Validated : "), std::string::npos);
+    EXPECT_NE(agent.find("\",\"M4\":\"Agent launched time : "), std::string::npos);
+    EXPECT_EQ(agent.find("M3"), std::string::npos);
+    ASSERT_TRUE(eventually([&] { return world.crashDetectorStarts().ends_with("end\n"); }));
+    std::string supportFolder = world.support("");
+    supportFolder.pop_back();
+    EXPECT_EQ(world.crashDetectorStarts(), "start\ndirectory " + supportFolder + "\nend\n");
+    EXPECT_EQ(contentsOf(world.support("tavojoindetails.conf")),
+              "TAVO_MEETING_IND\n&gatewayPort=443&webServerPort=443&gatewayName=gw1&defaultGatewayName=(null)"
+              "&webServerName=" +
+                  world.host() +
+                  "&isDemoMode=false&isDemoTech=false&group=null&email=ann@example.org&key=123456789&");
+    EXPECT_TRUE(world.logHolds("-[TavoJoinWindowHandler close] : Agent invoked successfully"));
+    EXPECT_TRUE(world.log().ends_with(std::string(133, '-') + "\n\n"));
+}
+
+TEST(Join, JoinsWithTheParametersDeliveredBesideItOnItsFirstRun) {
+    const JoinWorld world({"--update-needed", "false"});
+    world.installPrograms();
+    const std::string delivered = "TAVO_MEETING_IND\n&key=1234567890&email=&GatewayHost1=gw9&authToken=A"
+                                  "&firstTime=true&crashDetectorAppVersion=1.4&webServerName=" +
+                                  world.host() + "&";
+    writeFile(world.home() + "/Downloads/.joinparameters", delivered);
+    JoinWorld::copyJoinTo(world.home() + "/Downloads");
+    fs::create_directories(world.home() + "/Applications");
+
+    Child join(world.launch({}, world.home() + "/Downloads/Join.app"));
+    EXPECT_EQ(join.wait(), 0);
+    EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); }));
+    EXPECT_NE(contentsOf(world.support("joinparameters.conf")).find("&email=Guest&"), std::string::npos);
+    EXPECT_NE(contentsOf(world.support("joinparameters.conf")).find("&firstTime=false&"), std::string::npos);
+    EXPECT_NE(contentsOf(world.support("tavojoindetails.conf")).find("&authToken=A&"), std::string::npos);
+    for (const std::string& copy : {world.systemRoot() + "/Applications", world.home() + "/Applications"})
+        EXPECT_EQ(::access((copy + "/Join.app/Contents/MacOS/Join").c_str(), X_OK), 0) << copy;
+}
+
+struct SpoiltAnswer {
+    std::string name;
+    std::vector<std::string> serviceOptions;
+    std::string logged;
+};
+
+class SpoiltAnswers : public testing::TestWithParam<SpoiltAnswer> {};
+
+TEST_P(SpoiltAnswers, AreLoggedAndLeaveJoinUpWithTheAgentToBeFetched) {
+    const JoinWorld world(GetParam().serviceOptions);
+    world.installPrograms();
+    const Child join(world.launch({urlOf(world)}));
+    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); })) << world.log();
+    EXPECT_TRUE(world.logHolds(GetParam().logged)) << world.log();
+    EXPECT_TRUE(world.logHolds(sessionValidated));
+    EXPECT_FALSE(fs::exists(world.support("Tavo.app")));
+    EXPECT_EQ(world.agentStarts(), "");
+    EXPECT_TRUE(isAlive(join));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Join, SpoiltAnswers,
+    testing::Values(SpoiltAnswer{"Status404", {"--status", "404"}, "and status code : 404"},
+                    SpoiltAnswer{"PageForPeople", {"--broken", "html"}, "The answer is not a JSON document"},
+                    SpoiltAnswer{"Garbage", {"--broken", "garbage"}, "The answer is not a JSON document"},
+                    SpoiltAnswer{"NestedTooDeep", {"--broken", "deep"}, "The answer is not a JSON document"},
+                    SpoiltAnswer{"WrongTypes", {"--broken", "types"}, "************************ EXCEPTION"},
+                    SpoiltAnswer{"Reset", {"--broken", "reset"}, "Check Update failed"},
+                    SpoiltAnswer{"CutShort", {"--broken", "cut"}, "Check Update failed"},
+                    SpoiltAnswer{"HundredMegabytes", {"--broken", "huge"}, "Check Update failed"},
+                    SpoiltAnswer{"WithoutEnd", {"--broken", "endless"}, "Check Update failed"}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(Join, TrustsNoServiceWithAnUnknownCertificate) {
+    const JoinWorld world;
+    world.installPrograms();
+    Launch launch = world.launch({urlOf(world)});
+    launch.environment.emplace_back("SSL_CERT_FILE", "/dev/null");
+    const Child join(launch);
+    ASSERT_TRUE(eventually([&] { return world.logHolds(sessionValidated); }));
+    EXPECT_TRUE(world.logHolds("Status code : 0"));
+    EXPECT_EQ(world.requests(), "");
+}
+
+TEST(Join, RefusesArgumentsThatAreNoLaunchUrl) {
+    const JoinWorld world;
+    const std::vector<std::vector<std::string>> refused = {
+        {""},          {"--help"},
+        {"-platform"}, {"https://example.org/"},
+        {"tavojoin"},  {"tavojoin://k=1", "tavojoin://k=2"}};
+    for (const auto& arguments : refused) {
+        Child join(world.launch(arguments));
+        EXPECT_EQ(join.wait(), 2) << arguments.front();
+        EXPECT_EQ(world.output().find('\n'), world.output().size() - 1) << world.output();
+    }
+    EXPECT_FALSE(fs::exists(world.home() + "/Library"));
+}
+
+TEST(Join, TakesHostileLaunchUrlsAsTheCharactersTheyAre) {
+    const std::vector<std::pair<std::string, std::string>> urls = {
+        {"tavojoin:k=123456789", "Key not received in launchapp!"},
+        {"tavojoin://", "Key not received in launchapp!"},
+        {"tavojoin://e=a&&novalue&", "Pieces of the URL without \"=\" skipped : 3"},
+        {"tavojoin://e=a\n2026-01-01 forged\x1b[2J\xff", "e = a%0A2026-01-01 forged%1B[2J%FF}"},
+        {"tavojoin://e=" + std::string(100'000, 'x'), "Key not received in launchapp!"},
+        {"tavojoin://k=12345678 9&wsn=localhost:1", "Check Update failed"},
+        {"tavojoin://k=123456789&wsn=someone@localhost:1", "Check Update failed"},
+    };
+    for (const auto& [url, logged] : urls) {
+        const JoinWorld world;
+        world.installPrograms();
+        const Child join(world.launch({url}));
+        EXPECT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); })) << url;
+        EXPECT_TRUE(world.logHolds(logged)) << world.log();
+        EXPECT_TRUE(isAlive(join));
+    }
+}
+
+TEST(Join, GoesOnWhereItsSupportFolderCannotBeMade) {
+    const JoinWorld world;
+    writeFile(world.home() + "/Library/Application Support", "not a folder");
+    const Child join(world.launch({urlOf(world)}));
+    EXPECT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); }));
+    EXPECT_TRUE(world.logHolds("Unable to create tavojoindetails.conf file"));
+    EXPECT_TRUE(isAlive(join));
+}
+
+TEST(Join, KeepsItsStreamsWhileTheLogFolderIsAwayAndLogsAgainWhenItIsBack) {
+    const JoinWorld world;
+    const Child join(world.launch({}));
+    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 0"); }));
+    const auto stream = [&](int number) {
+        std::error_code error;
+        return fs::read_symlink("/proc/" + std::to_string(join.process()) + "/fd/" + std::to_string(number),
+                                error)
+            .string();
+    };
+    fs::rename(world.logFolder(), world.logFolder() + ".away");
+    writeFile(world.logFolder(), "a file where the folder was");
+    for (int number : {0, 1, 2})
+        EXPECT_NE(stream(number), "") << number;
+    EXPECT_TRUE(isAlive(join));
+
+    fs::remove(world.logFolder());
+    fs::create_directories(world.logFolder());
+    EXPECT_TRUE(eventually([&] { return fs::exists(world.logFolder() + "/join.log"); }));
+    for (int number : {0, 1, 2})
+        EXPECT_TRUE(eventually([&] { return stream(number) == world.logFolder() + "/join.log"; })) << number;
+}
+
+TEST(Join, StartsInABareHomeWithClosedStandardStreams) {
+    const JoinWorld world;
+    Launch launch = world.launch({});
+    launch.command = {"/bin/sh", "-c", "exec \"$0\" <&- >&- 2>&-", launch.command.front()};
+    const Child join(launch);
+    EXPECT_TRUE(eventually([&] { return world.logHolds("Launch app called : 0"); }));
+    EXPECT_TRUE(isAlive(join));
+    struct stat library {};
+    ASSERT_EQ(::stat((world.home() + "/Library").c_str(), &library), 0);
+    EXPECT_EQ(library.st_mode & 07777U, 0700U);
+}
+
+TEST(Join, PreparesNothingOnASystemThatIsTooOld) {
+    const JoinWorld world;
+    writeFile(world.systemRoot() + "/System/Library/CoreServices/SystemVersion.plist",
+              "<plist version=\"1.0\"><dict><key>ProductName</key><string>Old</string>"
+              "<key>ProductVersion</key><string>10.8.5</string></dict></plist>");
+    Child join(world.launch({}));
+    ASSERT_TRUE(eventually([&] { return world.output().find("ErrorWindow") != std::string::npos; }));
+    EXPECT_FALSE(fs::exists(world.home() + "/Library/Logs"));
+    EXPECT_FALSE(fs::exists(world.support("")));
+}
+
+} // namespace
+} // namespace join::test

@@ -1,0 +1,84 @@
+#pragma once
+
+#include "standins/StandIns.h"
+#include "support/Child.h"
+#include "support/TemporaryFolder.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace join::test {
+
+/// A home folder, a web service on loopback and the built program: everything that a join needs, for one
+/// test.
+class JoinWorld {
+public:
+    /// The options of the service, beside those that tell where it is.
+    explicit JoinWorld(std::vector<std::string> serviceOptions = {}) {
+        std::vector<std::string> command = {JOIN_SERVICE_PROGRAM, "--certificate",  certificate(),
+                                            "--port-file",        folder_ / "port", "--log",
+                                            folder_ / "requests"};
+        command.insert(command.end(), serviceOptions.begin(), serviceOptions.end());
+        service_ = std::make_unique<Child>(Launch{.command = command, .output = folder_ / "service-output"});
+        if (!eventually([this] { return !contentsOf(folder_ / "port").empty(); }))
+            throw std::runtime_error("the service has not started: " +
+                                     contentsOf(folder_ / "service-output"));
+        std::filesystem::create_directories(home());
+    }
+
+    std::string home() const { return folder_ / "home"; }
+    std::string support(const std::string& name) const {
+        return home() + "/Library/Application Support/TavoMeetingNative/" + name;
+    }
+    std::string systemRoot() const { return home() + "/.local/share/tavojoin/root"; }
+    std::string logFolder() const { return home() + "/Library/Logs/TavoFendel/Join"; }
+    std::string certificate() const { return folder_ / "service.pem"; }
+
+    std::string log() const { return contentsOf(logFolder() + "/join.log"); }
+    bool logHolds(const std::string& text) const { return log().find(text) != std::string::npos; }
+    std::string requests() const { return contentsOf(folder_ / "requests"); }
+    std::string output() const { return contentsOf(folder_ / "join-output"); }
+    std::string agentStarts() const { return contentsOf(home() + "/tavo-standin/agent.txt"); }
+    std::string crashDetectorStarts() const { return contentsOf(home() + "/tavo-standin/crashdetector.txt"); }
+
+    /// Host and port of the service.
+    std::string host() const {
+        std::string port = contentsOf(folder_ / "port");
+        port.pop_back();
+        return "localhost:" + port;
+    }
+
+    /// Installs the agent and the Crash Detector in the support folder, and Join in the Applications folder.
+    void installPrograms() const {
+        std::filesystem::create_directories(support(""));
+        tools::makeAgentBundle(support("Tavo.app"), tools::defaultAgentVersion);
+        tools::makeCrashDetector(support("TavoCrashDetector"), tools::defaultCrashDetectorVersion);
+        copyJoinTo(systemRoot() + "/Applications");
+    }
+
+    static void copyJoinTo(const std::string& folder) {
+        std::filesystem::create_directories(folder);
+        std::filesystem::copy(JOIN_BUNDLE, folder + "/Join.app", std::filesystem::copy_options::recursive);
+    }
+
+    /// How the program is started in this world.
+    Launch launch(std::vector<std::string> arguments, const std::string& bundle = JOIN_BUNDLE) const {
+        arguments.insert(arguments.begin(), bundle + "/Contents/MacOS/Join");
+        return {.command = std::move(arguments),
+                .environment = {{"HOME", home()},
+                                {"XDG_DATA_HOME", home() + "/.local/share"},
+                                {"XDG_CACHE_HOME", home() + "/.cache"},
+                                {"SSL_CERT_FILE", certificate()},
+                                {"QT_QPA_PLATFORM", "offscreen"},
+                                {"LC_ALL", "C.UTF-8"}},
+                .output = folder_ / "join-output"};
+    }
+
+private:
+    TemporaryFolder folder_;
+    std::unique_ptr<Child> service_;
+};
+
+} // namespace join::test
