@@ -8,6 +8,7 @@
 namespace {
 
 using join::tools::Broken;
+using join::tools::ImageFault;
 using join::tools::parseScenario;
 using join::tools::Scenario;
 using Texts = std::vector<std::string>;
@@ -32,6 +33,11 @@ TEST(Scenario, TakesItsOptions) {
         {{"--delay", "1500"}, [](auto& s) { return s.delay == std::chrono::milliseconds(1500); }},
         {{"--answer", "file", "--broken", "none"}, [](auto& s) { return s.answerFile == "file"; }},
         {{"--broken", "endless"}, [](auto& s) { return s.broken == Broken::endless; }},
+        {{"--agent-image", "a", "--join-image", "j"},
+         [](auto& s) { return s.agentImage == "a" && s.joinImage == "j" && !s.failingImages; }},
+        {{"--image-fault", "stall", "--image-fail", "2"},
+         [](auto& s) { return s.imageFault == ImageFault::stall && s.failingImages == 2; }},
+        {{"--image-fail", "all"}, [](auto& s) { return s.failingImages > 1'000'000; }},
     };
     for (const Accepted& accepted : cases)
         EXPECT_TRUE(accepted.holds(parseScenario(accepted.arguments)))
@@ -59,6 +65,12 @@ TEST(Scenario, RefusesAWrongCommandLineInOneLine) {
         {"--valid-key", ""},
         {"--log", ""},
         {"--help", "--wrong"},
+        {"--agent-image", ""},
+        {"--join-image"},
+        {"--image-fail", "-1"},
+        {"--image-fail", "ALL"},
+        {"--image-fail", "1", "--image-fault", "none"},
+        {"--image-fault", "cut"},
         {"--answer", "file", "--broken", "html"},
     };
     for (const Texts& arguments : cases) {

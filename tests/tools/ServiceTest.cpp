@@ -1,7 +1,4 @@
-#include "service/Service.h"
-
-#include "support/Child.h"
-#include "support/TemporaryFolder.h"
+#include "RunningService.h"
 
 #include <gtest/gtest.h>
 #include <openssl/x509v3.h>
@@ -11,8 +8,7 @@
 
 namespace {
 
-using join::test::contentsOf;
-using join::test::eventually;
+using join::test::Running;
 using join::test::TemporaryFolder;
 using join::test::writeFile;
 using Texts = std::vector<std::string>;
@@ -20,33 +16,6 @@ using Texts = std::vector<std::string>;
 const std::string versionCheck =
     "/api/public/json/meetings/checkSessionID?key=123456789&installed-version=5.2&os=mac";
 const std::string keyCheck = "/api/public/xml/meetings/checkSessionID?role=agent&sessionType=Meeting&key=";
-
-/// A service that runs, and a client that trusts it.
-class Running {
-public:
-    explicit Running(const Texts& options = {})
-        : log_(folder_ / "log"), service_(join::tools::parseScenario(options), certificate_, log_),
-          client_("127.0.0.1", service_.port()) {
-        client_.set_ca_cert_path(writeFile(folder_ / "certificate.pem", certificate_.pem()));
-        client_.enable_server_certificate_verification(true);
-    }
-
-    httplib::Result get(const std::string& target) { return client_.Get(target); }
-    httplib::SSLClient& client() { return client_; }
-    int port() const { return service_.port(); }
-
-    /// Whether a line of the log comes to end so.
-    bool logs(const std::string& ending) {
-        return eventually([&] { return contentsOf(folder_ / "log").ends_with(ending + '\n'); });
-    }
-
-private:
-    TemporaryFolder folder_;
-    join::tools::Certificate certificate_;
-    join::tools::RequestLog log_;
-    join::tools::Service service_;
-    httplib::SSLClient client_;
-};
 
 const std::string noUpdate = R"({"response":{"result":{"meeting":{"update_needed":false}}}})";
 

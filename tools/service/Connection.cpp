@@ -14,13 +14,6 @@ const std::string& block() {
     return bytes;
 }
 
-bool send(httplib::DataSink& sink, const char* bytes, std::size_t size) {
-    if (!sink.write(bytes, size))
-        return false;
-    Connection::current().streamedBytes += size;
-    return true;
-}
-
 } // namespace
 
 Connection& Connection::current() {
@@ -40,24 +33,31 @@ void Connection::close() {
     closed = true;
 }
 
+bool sendBytes(httplib::DataSink& sink, const char* bytes, std::size_t size) {
+    if (!sink.write(bytes, size))
+        return false;
+    Connection::current().streamedBytes += size;
+    return true;
+}
+
 void sendCut(httplib::Response& response, const std::string& contentType, const std::string& text) {
     response.set_content_provider(text.size(), contentType,
                                   [text](std::size_t, std::size_t, httplib::DataSink& sink) {
-                                      send(sink, text.data(), text.size() / 2);
+                                      sendBytes(sink, text.data(), text.size() / 2);
                                       return false;
                                   });
 }
 
 void sendHuge(httplib::Response& response, const std::string& contentType, std::size_t size) {
-    response.set_content_provider(size, contentType,
-                                  [](std::size_t, std::size_t length, httplib::DataSink& sink) {
-                                      return send(sink, block().data(), std::min(length, block().size()));
-                                  });
+    response.set_content_provider(
+        size, contentType, [](std::size_t, std::size_t length, httplib::DataSink& sink) {
+            return sendBytes(sink, block().data(), std::min(length, block().size()));
+        });
 }
 
 void sendEndless(httplib::Response& response, const std::string& contentType) {
     response.set_chunked_content_provider(contentType, [](std::size_t, httplib::DataSink& sink) {
-        return send(sink, block().data(), block().size());
+        return sendBytes(sink, block().data(), block().size());
     });
 }
 

@@ -25,6 +25,9 @@ struct Connection {
     void close();
 };
 
+/// Sends bytes of a streamed body and counts them; false when the client has gone.
+bool sendBytes(httplib::DataSink& sink, const char* bytes, std::size_t size);
+
 /// Answers with the first half of the text, its whole length announced.
 void sendCut(httplib::Response& response, const std::string& contentType, const std::string& text);
 

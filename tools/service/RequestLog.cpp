@@ -36,9 +36,12 @@ RequestLog::RequestLog(const std::string& path) {
 }
 
 void RequestLog::write(const RequestRecord& record) {
-    const std::string line = currentTime() + ' ' + field(record.method) + ' ' + field(record.target) + ' ' +
-                             (record.status ? std::to_string(*record.status) : "-") + ' ' +
-                             std::to_string(record.bytes) + '\n';
+    std::string line = currentTime() + ' ' + field(record.method) + ' ' + field(record.target) + ' ' +
+                       (record.status ? std::to_string(*record.status) : "-") + ' ' +
+                       std::to_string(record.bytes);
+    if (record.userAgent)
+        line += ' ' + field(*record.userAgent);
+    line += '\n';
     const std::lock_guard lock(mutex_);
     file_ << line << std::flush;
     std::cout << line << std::flush;

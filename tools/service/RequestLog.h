@@ -10,13 +10,15 @@ namespace join::tools {
 
 struct RequestRecord {
     std::string method;
-    std::string target;             ///< as it came
-    std::optional<int> status = {}; ///< nothing when the connection was closed unanswered
-    std::uint64_t bytes = 0;        ///< of the body, as sent
+    std::string target;                        ///< as it came
+    std::optional<int> status = {};            ///< nothing when the connection was closed unanswered
+    std::uint64_t bytes = 0;                   ///< of the body, as sent
+    std::optional<std::string> userAgent = {}; ///< nothing: not told in the line
 };
 
 /// A line for each request, in a file and on standard output, each written when its request has been
-/// answered: UTC time, method, target, status, bytes, with a blank between them. Any thread.
+/// answered: UTC time, method, target, status, bytes, and of some requests the user agent, with a blank
+/// between them. Any thread.
 class RequestLog {
 public:
     /// Lines go to the end of the file; with an empty path to standard output only. Throws std::runtime_error

@@ -3,6 +3,7 @@
 #include "service/Printable.h"
 
 #include <charconv>
+#include <limits>
 #include <map>
 #include <stdexcept>
 
@@ -52,6 +53,18 @@ const std::map<std::string_view, Broken>& brokenChoices() {
     return choices;
 }
 
+const std::map<std::string_view, ImageFault>& imageFaultChoices() {
+    static const std::map<std::string_view, ImageFault> choices{
+        {"status", ImageFault::status}, {"cut", ImageFault::cut},           {"stall", ImageFault::stall},
+        {"reset", ImageFault::reset},   {"redirect", ImageFault::redirect}, {"html", ImageFault::html}};
+    return choices;
+}
+
+int countOrAll(const std::string& text) {
+    constexpr int all = std::numeric_limits<int>::max();
+    return text == "all" ? all : number(text, 0, all);
+}
+
 using Setter = void (*)(Scenario&, const std::string& value);
 
 const std::map<std::string_view, Setter>& setters() {
@@ -74,6 +87,10 @@ const std::map<std::string_view, Setter>& setters() {
          }},
         {"--answer", [](S& s, const Text& value) { s.answerFile = notEmpty(value); }},
         {"--broken", [](S& s, const Text& value) { s.broken = oneOf(brokenChoices(), value); }},
+        {"--agent-image", [](S& s, const Text& value) { s.agentImage = notEmpty(value); }},
+        {"--join-image", [](S& s, const Text& value) { s.joinImage = notEmpty(value); }},
+        {"--image-fail", [](S& s, const Text& value) { s.failingImages = countOrAll(value); }},
+        {"--image-fault", [](S& s, const Text& value) { s.imageFault = oneOf(imageFaultChoices(), value); }},
     };
     return table;
 }
@@ -102,6 +119,8 @@ Scenario parseScenario(const std::vector<std::string>& arguments) {
     }
     if (scenario.broken != Broken::none && !scenario.answerFile.empty())
         throw std::invalid_argument("--answer and --broken exclude each other");
+    if (scenario.imageFault && !scenario.failingImages)
+        throw std::invalid_argument("--image-fault needs --image-fail");
     return scenario;
 }
 
@@ -114,17 +133,27 @@ A stand-in of the web service: HTTPS on loopback, until SIGTERM or SIGINT.
   --port-file FILE      write the port's number there, once it listens
   --certificate FILE    write the certificate to trust there (PEM)
   --log FILE            append a line for each request, as on standard output:
-                        time, method, target, status, bytes of the body
+                        time, method, target, status, bytes of the body;
+                        the user agent too when a disk image was asked for
 
 Answers of the checks:
   --update-needed true|false|absent                    (default: false)
   --cdn-link HOST       --aws-server TEXT       --aws-url URL
-                        each is left out when it is not given
+                        each is left out when it is not given; a HOST
+                        "self" is the service's own localhost:PORT
   --valid-key KEY       may be repeated; without it every key is valid
   --status N            200 to 599                     (default: 200)
   --delay MILLISECONDS  before each answer
   --answer FILE         answer with the bytes of that file
   --broken none|html|empty|cut|garbage|reset|endless|huge|deep|types
+
+Disk images, each 404 without its option:
+  --agent-image FILE    at /TavoMac.dmg and /agent/TavoMac.dmg
+  --join-image FILE     at /join-session?key=KEY&role=agent&email=ADDRESS
+  --image-fail N|all    how many of the first requests for one fail
+  --image-fault status|cut|stall|reset|redirect|html   (default: status)
+                        500; half of the body; half of the body, then silence;
+                        no answer; a redirect to plain HTTP; a web page
 )";
 }
 

@@ -22,6 +22,19 @@ enum class Broken {
     types,   ///< members of wrong types
 };
 
+/// How a request for a disk image fails.
+enum class ImageFault {
+    status,   ///< 500
+    cut,      ///< half of the announced body
+    stall,    ///< half of the announced body, then nothing until the client goes
+    reset,    ///< the connection is closed without an answer
+    redirect, ///< to plain HTTP
+    html,     ///< a page for people in place of the image
+};
+
+/// Stands for the service itself where a host is told.
+inline constexpr std::string_view ownHost = "self";
+
 /// What the service does, as its command line says.
 struct Scenario {
     bool help = false;
@@ -33,7 +46,7 @@ struct Scenario {
 
     // Members of the version check's answer; one without a value is left out.
     std::optional<bool> updateNeeded = false;
-    std::optional<std::string> cdnLink;
+    std::optional<std::string> cdnLink; ///< ownHost: the service's own localhost:PORT
     std::optional<std::string> awsServer;
     std::optional<std::string> awsUrl;
 
@@ -43,6 +56,12 @@ struct Scenario {
     std::chrono::milliseconds delay{0};
     std::string answerFile; ///< what the checks answer, byte for byte, when not empty
     Broken broken = Broken::none;
+
+    // Of the disk images; one without a path is not there.
+    std::string agentImage;
+    std::string joinImage;
+    std::optional<int> failingImages; ///< how many of the first requests for one fail
+    std::optional<ImageFault> imageFault;
 };
 
 /// Reads a command line, the program's name left out. Of an option given twice the last one counts. Throws

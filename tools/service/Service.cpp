@@ -1,12 +1,11 @@
 #include "service/Service.h"
 
 #include "service/Connection.h"
+#include "service/Query.h"
 
 #include <sys/socket.h>
 
-#include <algorithm>
 #include <fstream>
-#include <initializer_list>
 #include <iterator>
 #include <stdexcept>
 
@@ -43,6 +42,8 @@ void setSocketOptions(socket_t socket) {
 RequestRecord record(const httplib::Request& request, const httplib::Response& response) {
     const Connection& connection = Connection::current();
     RequestRecord record{.method = request.method, .target = request.target};
+    if (ImageRoutes::have(request.path))
+        record.userAgent = request.get_header_value("User-Agent");
     if (!connection.closed) {
         record.status = response.status;
         record.bytes = request.method == "HEAD" ? 0 : response.body.size() + connection.streamedBytes;
@@ -50,19 +51,11 @@ RequestRecord record(const httplib::Request& request, const httplib::Response& r
     return record;
 }
 
-/// Whether the query gives a name, with one of the values if any are told.
-bool gives(const httplib::Request& request, const char* name,
-           std::initializer_list<const char*> values = {}) {
-    if (!request.has_param(name))
-        return false;
-    return values.size() == 0 ||
-           std::find(values.begin(), values.end(), request.get_param_value(name)) != values.end();
-}
-
 } // namespace
 
 Service::Service(const Scenario& scenario, const Certificate& certificate, RequestLog& log)
-    : scenario_(scenario), givenAnswer_(contents(scenario.answerFile)), server_(setUpTls(certificate)) {
+    : scenario_(scenario), givenAnswer_(contents(scenario.answerFile)), images_(scenario_, stop_),
+      server_(setUpTls(certificate)) {
     if (!server_.is_valid())
         throw std::runtime_error("cannot set up TLS");
     server_.set_socket_options(setSocketOptions);
@@ -70,27 +63,28 @@ Service::Service(const Scenario& scenario, const Certificate& certificate, Reque
     server_.set_logger([&log](const httplib::Request& request, const httplib::Response& response) {
         log.write(record(request, response));
     });
+    bind();
     addRoutes();
     listen();
 }
 
 Service::~Service() {
-    {
-        const std::lock_guard lock(mutex_);
-        isStopping_ = true;
-    }
-    stopping_.notify_all();
+    stop_.stop();
     server_.stop();
 }
 
-void Service::listen() {
+void Service::bind() {
     if (scenario_.port == 0)
         port_ = server_.bind_to_any_port(loopback);
     else
         port_ = server_.bind_to_port(loopback, scenario_.port) ? scenario_.port : -1;
     if (port_ <= 0)
         throw std::runtime_error("cannot listen on port " + std::to_string(scenario_.port));
+    if (scenario_.cdnLink == ownHost)
+        scenario_.cdnLink = "localhost:" + std::to_string(port_);
+}
 
+void Service::listen() {
     listening_ = std::async(std::launch::async, [this] { return server_.listen_after_bind(); });
     while (!server_.is_running()) // stopping it earlier would have no effect
         if (listening_.wait_for(std::chrono::milliseconds(1)) == std::future_status::ready)
@@ -113,10 +107,11 @@ void Service::addRoutes() {
                     else
                         response.status = 400;
                 });
+    images_.addTo(server_);
 }
 
 void Service::answerCheck(httplib::Response& response, const Answer& sound) {
-    waitForDelay();
+    stop_.wait(scenario_.delay);
     response.status = scenario_.status;
     if (!scenario_.answerFile.empty()) {
         response.set_content(givenAnswer_, sound.contentType);
@@ -139,11 +134,6 @@ void Service::answerCheck(httplib::Response& response, const Answer& sound) {
         const Answer answer = spoilt(sound, scenario_.broken);
         response.set_content(answer.body, answer.contentType);
     }
-}
-
-void Service::waitForDelay() {
-    std::unique_lock lock(mutex_);
-    stopping_.wait_for(lock, scenario_.delay, [this] { return isStopping_; });
 }
 
 } // namespace join::tools

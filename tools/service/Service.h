@@ -2,24 +2,24 @@
 
 #include "service/Answers.h"
 #include "service/Certificate.h"
+#include "service/ImageRoutes.h"
 #include "service/RequestLog.h"
 #include "service/Scenario.h"
+#include "service/StopSignal.h"
 
 #include <httplib.h>
 
-#include <condition_variable>
 #include <future>
-#include <mutex>
 #include <string>
 
 namespace join::tools {
 
 /// A stand-in of the web service: HTTPS on 127.0.0.1. It answers from when it is made until it is destroyed,
-/// on threads of its own. A route is added in addRoutes.
+/// on threads of its own. A route is added in addRoutes, one of a disk image in ImageRoutes.
 class Service {
 public:
-    /// The log outlives the service. Throws std::runtime_error when the port is taken or the answer's file
-    /// cannot be read.
+    /// The log outlives the service. Throws std::runtime_error when the port is taken or a file to answer
+    /// with cannot be read.
     Service(const Scenario& scenario, const Certificate& certificate, RequestLog& log);
 
     /// Requests under way end at once.
@@ -31,21 +31,19 @@ public:
     int port() const { return port_; }
 
 private:
+    void bind();
     void addRoutes();
     void listen();
 
     /// Answers a check in the scenario's way.
     void answerCheck(httplib::Response& response, const Answer& sound);
-    void waitForDelay();
 
-    const Scenario scenario_;
+    Scenario scenario_; ///< complete once the port is bound
     const std::string givenAnswer_;
+    StopSignal stop_;
+    ImageRoutes images_;
     httplib::SSLServer server_;
     int port_ = 0;
-
-    std::mutex mutex_;
-    std::condition_variable stopping_;
-    bool isStopping_ = false;
 
     std::future<bool> listening_;
 };

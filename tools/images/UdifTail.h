@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+/// What closes an image in Apple's Universal Disk Image Format (UDIF), as far as Apple's hdiutil(1) and the
+/// public description "Demystifying the DMG File Format" (newosxbook.com/DMG.html) tell: a property list that
+/// holds the table of chunks, and a trailer of 512 bytes.
+namespace join::tools {
+
+inline constexpr std::size_t udifSectorSize = 512;
+inline constexpr std::size_t udifChunkSectors = 512;
+inline constexpr std::size_t udifTrailerSize = 512;
+
+enum class ChunkKind : std::uint32_t {
+    raw = 1,
+    zero = 2,
+    zlib = 0x80000005,
+    bzip2 = 0x80000006,
+    end = 0xffffffff
+};
+
+/// So many sectors of the volume, and where the image holds them. Sizes and offsets in the image are in
+/// bytes.
+struct UdifChunk {
+    ChunkKind kind = ChunkKind::raw;
+    std::uint64_t firstSector = 0;
+    std::uint64_t sectors = 0;
+    std::uint64_t offset = 0;
+    std::uint64_t size = 0;
+};
+
+/// What the trailer and the table say of an image.
+struct UdifContents {
+    std::vector<UdifChunk> chunks;
+    std::uint64_t sectors = 0;
+    std::uint64_t dataSize = 0;  ///< of all chunks as they are stored, from the image's beginning
+    std::uint32_t volumeCrc = 0; ///< CRC-32 of the volume, its zero chunks left out
+    std::uint32_t dataCrc = 0;   ///< CRC-32 of the chunks as they are stored
+};
+
+/// The property list and the trailer, to stand right behind the chunks.
+std::string udifTail(const UdifContents& contents);
+
+} // namespace join::tools

@@ -1,0 +1,118 @@
+#include "service/ImageRoutes.h"
+
+#include "service/Answers.h"
+#include "service/Connection.h"
+#include "service/ImageFile.h"
+#include "service/Query.h"
+
+#include <poll.h>
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+
+namespace join::tools {
+namespace {
+
+constexpr const char* agentOfDeliveryHost = "/TavoMac.dmg";
+constexpr const char* agentOfWebServer = "/agent/TavoMac.dmg";
+constexpr const char* joinProgram = "/join-session";
+
+constexpr const char* imageType = "application/x-apple-diskimage";
+
+void sendWhole(httplib::Response& response, const std::string& path) {
+    const auto file = std::make_shared<ImageFile>(path);
+    if (file->size() == 0) { // without a provider it has an announced length too
+        response.set_content("", imageType);
+        return;
+    }
+    response.set_content_provider(file->size(), imageType,
+                                  [file](std::size_t offset, std::size_t length, httplib::DataSink& sink) {
+                                      return file->send(sink, offset, length);
+                                  });
+}
+
+/// Announces the whole, but does something else after half of it and ends then.
+void sendHalf(httplib::Response& response, const std::string& path, const std::function<void()>& then) {
+    const auto file = std::make_shared<ImageFile>(path);
+    response.set_content_provider(
+        file->size(), imageType,
+        [file, then, half = file->size() / 2](std::size_t offset, std::size_t, httplib::DataSink& sink) {
+            if (offset < half)
+                return file->send(sink, offset, half - offset);
+            then();
+            return false;
+        });
+}
+
+bool hasGone(int socket) {
+    pollfd client{.fd = socket, .events = POLLRDHUP, .revents = 0};
+    return ::poll(&client, 1, 0) != 0;
+}
+
+} // namespace
+
+ImageRoutes::ImageRoutes(const Scenario& scenario, StopSignal& stop) : scenario_(scenario), stop_(stop) {
+    for (const std::string& path : {scenario.agentImage, scenario.joinImage})
+        if (!path.empty())
+            const ImageFile readable(path);
+}
+
+void ImageRoutes::addTo(httplib::Server& server) {
+    const auto answerAgent = [this](const Request& request, Response& response) {
+        answer(request, response, scenario_.agentImage);
+    };
+    server.Get(agentOfDeliveryHost, answerAgent);
+    server.Get(agentOfWebServer, answerAgent);
+    server.Get(joinProgram, [this](const Request& request, Response& response) {
+        if (gives(request, "key") && gives(request, "role", {"agent"}) && gives(request, "email"))
+            answer(request, response, scenario_.joinImage);
+        else
+            response.status = 400;
+    });
+}
+
+bool ImageRoutes::have(const std::string& path) {
+    return path == agentOfDeliveryHost || path == agentOfWebServer || path == joinProgram;
+}
+
+void ImageRoutes::answer(const Request& request, Response& response, const std::string& path) {
+    if (path.empty())
+        response.status = 404;
+    else if (isToFail())
+        fail(request, response, path);
+    else
+        sendWhole(response, path);
+}
+
+void ImageRoutes::fail(const Request& request, Response& response, const std::string& path) {
+    switch (scenario_.imageFault.value_or(ImageFault::status)) {
+    case ImageFault::status:
+        response.status = 500;
+        break;
+    case ImageFault::cut:
+        sendHalf(response, path, [] {});
+        break;
+    case ImageFault::stall:
+        sendHalf(response, path, [this] { waitUntilTheClientGoes(); });
+        break;
+    case ImageFault::reset:
+        Connection::current().close();
+        break;
+    case ImageFault::redirect:
+        response.set_redirect("http://" + request.get_header_value("Host") + request.target);
+        break;
+    case ImageFault::html: {
+        const Answer page = spoilt({}, Broken::html);
+        response.set_content(page.body, page.contentType);
+        break;
+    }
+    }
+}
+
+void ImageRoutes::waitUntilTheClientGoes() {
+    while (!hasGone(Connection::current().socket) && !stop_.wait(std::chrono::milliseconds(50)))
+        ;
+}
+
+} // namespace join::tools
