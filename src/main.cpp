@@ -43,6 +43,7 @@ class Platform {
 public:
     explicit Platform(std::optional<std::string> launchUrl) : launchUrl_(std::move(launchUrl)) {
         paths_.prepare();
+        fileManager_.createFolder(paths_.localApplications());
         makeSystemVersionFile(fileManager_);
         services() = {.application = &application_,
                       .bundles = &bundles_,
@@ -82,8 +83,8 @@ private:
     PlistPropertyLists propertyLists_;
     LinuxBundles bundles_{fileManager_, propertyLists_, root_};
     NotificationCenter notificationCenter_;
-    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so"};
     QtMainQueue mainQueue_;
+    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_};
     QtTimers timers_;
     QtTasks tasks_{root_, bundle_ / "Contents/Helpers"};
     LinuxWorkspace workspace_{root_, bundles_, log_,

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -26,6 +27,30 @@ struct HttpReply {
     std::optional<HttpError> error;
 };
 
+/// A GET request over HTTPS whose body goes into a file.
+struct DownloadRequest {
+    std::string url;                                 ///< absolute, as RFC 3986 writes it
+    std::string userAgent;                           ///< the "User-Agent" header
+    std::string destination;                         ///< absolute path of the file, replaced when it exists
+    std::chrono::milliseconds stallTimeout{240'000}; ///< how long it may go on without a byte
+};
+
+/// Is told of a download, on the main queue: that it has begun, then how it has ended, each once. A download
+/// that could not begin only fails.
+class DownloadDelegate {
+public:
+    virtual ~DownloadDelegate() = default;
+    virtual void downloadDidBegin() = 0;
+    virtual void downloadDidFail(const HttpError& error) = 0;
+    virtual void downloadDidFinish() = 0;
+};
+
+/// A download that is going on or has ended. Destroying it ends it; its delegate is told nothing more.
+class Download {
+public:
+    virtual ~Download() = default;
+};
+
 /// HTTPS with certificates verified, against the system's and those in the file that SSL_CERT_FILE names.
 /// Redirects are followed, never off HTTPS.
 class HttpClient {
@@ -36,6 +61,13 @@ public:
     /// is no URL, one of another scheme, or one that names a user (which hides the host from its reader) is
     /// an error and asks nobody. Never throws. Main thread only.
     virtual HttpReply get(const HttpRequest& request) = 0;
+
+    /// Starts a download and returns at once; nullptr when it could not be started at all. The destination
+    /// appears only when the body is whole and the status is 2xx; otherwise it stays what it was, and nothing
+    /// is left beside it. The delegate outlives the download. The URL is judged as for get(). Never throws.
+    /// Main thread only.
+    virtual std::unique_ptr<Download> download(const DownloadRequest& request,
+                                               DownloadDelegate& delegate) = 0;
 };
 
 } // namespace join::platform

@@ -6,6 +6,7 @@
 #include "support/Journal.h"
 
 #include <map>
+#include <mutex>
 #include <utility>
 
 namespace join::test {
@@ -51,16 +52,25 @@ private:
     int made_ = 0;
 };
 
-/// Keeps the work until the test takes a turn of the loop.
+/// Keeps the work, of any thread, until the test takes a turn of the loop.
 class FakeMainQueue final : public platform::MainQueue {
 public:
-    void enqueue(std::function<void()> work) override { works_.push_back(std::move(work)); }
+    void enqueue(std::function<void()> work) override {
+        const std::scoped_lock lock(mutex_);
+        works_.push_back(std::move(work));
+    }
     void turn() {
-        for (const auto works = std::exchange(works_, {}); const auto& work : works)
+        for (const auto works = takeAll(); const auto& work : works)
             work();
     }
 
 private:
+    std::vector<std::function<void()>> takeAll() {
+        const std::scoped_lock lock(mutex_);
+        return std::exchange(works_, {});
+    }
+
+    std::mutex mutex_;
     std::vector<std::function<void()>> works_;
 };
 

@@ -25,10 +25,13 @@ namespace join::test {
 
 enum class Fault {
     none,
-    cutBody, ///< announces the body and ends the connection half-way
-    reset,   ///< resets the connection instead of answering
-    silence, ///< never answers
-    endless, ///< sends the body again and again, without an announced length
+    cutBody,        ///< announces the body and ends the connection half-way
+    endUnannounced, ///< sends the body without an announced length and ends the connection orderly
+    cutUnannounced, ///< sends half of it, without an announced length; the end of TLS is missing
+    stallBody,      ///< announces the body, sends half of it and then nothing more
+    reset,          ///< resets the connection instead of answering
+    silence,        ///< never answers
+    endless,        ///< sends the body again and again, without an announced length
 };
 
 struct ScriptedAnswer {
@@ -36,6 +39,7 @@ struct ScriptedAnswer {
     std::string body = {};
     std::vector<std::string> headers = {}; ///< "Name: value"
     Fault fault = Fault::none;
+    std::size_t repeat = 1; ///< how often the body comes in one answer; not with a fault
 };
 
 /// An HTTPS server on loopback that answers what it was told to expect, every expectation once. A request
@@ -100,7 +104,8 @@ private:
     /// Waits until there is something to read; false when the server ends first.
     bool awaitInput(int descriptor) const {
         std::array<pollfd, 2> waiting{{{descriptor, POLLIN, 0}, {stop_, POLLIN, 0}}};
-        ::poll(waiting.data(), waiting.size(), -1);
+        while (::poll(waiting.data(), waiting.size(), -1) < 0) {
+        } // a signal; seteuid sends them to every thread
         return waiting[1].revents == 0;
     }
 
@@ -161,15 +166,28 @@ private:
         std::string head = "HTTP/1.1 " + std::to_string(answer.status) + " Scripted\r\n";
         for (const std::string& header : answer.headers)
             head += header + "\r\n";
-        if (answer.fault != Fault::endless)
-            head += "Content-Length: " + std::to_string(answer.body.size()) + "\r\n";
-        if (!send(tls, head + "\r\n"))
-            return false;
-        while (answer.fault == Fault::endless)
-            if (!send(tls, answer.body))
-                return false;
-        const bool cut = answer.fault == Fault::cutBody;
-        return send(tls, std::string_view(answer.body).substr(0, answer.body.size() / (cut ? 2 : 1))) && !cut;
+        if (hasAnnouncedLength(answer.fault))
+            head += "Content-Length: " + std::to_string(answer.body.size() * answer.repeat) + "\r\n";
+        return send(tls, head + "\r\n") && sendBody(tls, socket, answer);
+    }
+
+    static bool hasAnnouncedLength(Fault fault) {
+        return fault != Fault::endless && fault != Fault::endUnannounced && fault != Fault::cutUnannounced;
+    }
+
+    bool sendBody(SSL* tls, int socket, const ScriptedAnswer& answer) const {
+        if (answer.fault == Fault::none || answer.fault == Fault::endless) {
+            for (std::size_t i = 0; answer.fault == Fault::endless || i < answer.repeat; ++i)
+                if (!send(tls, answer.body))
+                    return false;
+            return true;
+        }
+        if (answer.fault == Fault::endUnannounced && send(tls, answer.body))
+            SSL_shutdown(tls);
+        else if (send(tls, std::string_view(answer.body).substr(0, answer.body.size() / 2)) &&
+                 answer.fault == Fault::stallBody)
+            awaitInput(socket); // the client gives up and closes
+        return false;
     }
 
     static bool send(SSL* tls, std::string_view bytes) {

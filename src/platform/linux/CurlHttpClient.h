@@ -6,16 +6,21 @@
 
 namespace join::platform {
 
-/// HTTPS by libcurl. Connections are kept for the next request. Proxies are those that curl finds in the
-/// environment. Needs SIGPIPE to be ignored in its process.
+class MainQueue;
+
+/// HTTPS by libcurl. The connections of get() are kept for the next request. Proxies are those that curl
+/// finds in the environment. Needs SIGPIPE to be ignored in its process. The destination of a download is a
+/// path of the file system itself.
 class CurlHttpClient : public HttpClient {
 public:
-    /// Throws Exception when libcurl cannot be made ready.
-    CurlHttpClient();
+    /// Throws Exception when libcurl cannot be made ready. The queue outlives the client and its downloads.
+    explicit CurlHttpClient(MainQueue& mainQueue);
 
     HttpReply get(const HttpRequest& request) override;
+    std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
 
 private:
+    MainQueue& mainQueue_;
     std::unique_ptr<void, void (*)(void*)> handle_; ///< a CURL
 };
 

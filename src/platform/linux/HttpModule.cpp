@@ -1,5 +1,6 @@
 #include "platform/linux/HttpModule.h"
 
+#include "platform/linux/FailedDownload.h"
 #include "platform/linux/HttpModuleEntry.h"
 
 #include <dlfcn.h>
@@ -16,7 +17,8 @@ std::string loaderError() {
 
 } // namespace
 
-HttpModule::HttpModule(std::string path) : path_(std::move(path)) {}
+HttpModule::HttpModule(std::string path, MainQueue& mainQueue)
+    : path_(std::move(path)), mainQueue_(mainQueue) {}
 
 bool HttpModule::load() {
     if (!std::exchange(tried_, true))
@@ -30,6 +32,12 @@ HttpReply HttpModule::get(const HttpRequest& request) {
     return client_->get(request);
 }
 
+std::unique_ptr<Download> HttpModule::download(const DownloadRequest& request, DownloadDelegate& delegate) {
+    if (!load())
+        return std::make_unique<FailedDownload>(mainQueue_, delegate, HttpError{failure_, request.url});
+    return client_->download(request, delegate);
+}
+
 std::unique_ptr<HttpClient> HttpModule::openModule() {
     void* module =
         ::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL); // never closed: libraries below it may own threads
@@ -38,7 +46,7 @@ std::unique_ptr<HttpClient> HttpModule::openModule() {
         failure_ = "The HTTP module cannot be loaded: " + loaderError();
         return nullptr;
     }
-    std::unique_ptr<HttpClient> client(reinterpret_cast<decltype(&join_make_http_client)>(entry)());
+    std::unique_ptr<HttpClient> client(reinterpret_cast<decltype(&join_make_http_client)>(entry)(mainQueue_));
     if (!client)
         failure_ = "The HTTP module cannot make a client";
     return client;

@@ -7,23 +7,28 @@
 
 namespace join::platform {
 
+class MainQueue;
+
 /// The HTTP client in a module that is loaded when it is needed: its libraries would keep the first window
 /// waiting. Once loaded it stays so, also when its file is deleted.
 class HttpModule : public HttpClient {
 public:
-    /// The absolute path of the module; nothing is loaded yet.
-    explicit HttpModule(std::string path);
+    /// The absolute path of the module; nothing is loaded yet. The queue outlives the downloads.
+    HttpModule(std::string path, MainQueue& mainQueue);
 
     /// Loads the module, the first time that it is called; false when that failed, then or now.
     bool load();
 
-    /// Loads the module when nobody has. Without it every request is answered with an error that says why.
+    /// These load the module when nobody has. Without it every request is answered with an error that says
+    /// why, and every download fails with it.
     HttpReply get(const HttpRequest& request) override;
+    std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
 
 private:
     std::unique_ptr<HttpClient> openModule();
 
     std::string path_;
+    MainQueue& mainQueue_;
     bool tried_ = false;
     std::string failure_;
     std::unique_ptr<HttpClient> client_;

@@ -3,9 +3,9 @@
 
 #include <exception>
 
-join::platform::HttpClient* join_make_http_client() noexcept {
+join::platform::HttpClient* join_make_http_client(join::platform::MainQueue& mainQueue) noexcept {
     try {
-        return new join::platform::CurlHttpClient;
+        return new join::platform::CurlHttpClient(mainQueue);
     } catch (const std::exception&) {
         return nullptr;
     }

@@ -2,8 +2,10 @@
 
 namespace join::platform {
 class HttpClient;
-}
+class MainQueue;
+} // namespace join::platform
 
 /// The one function of the loadable HTTP module. Gives a new client that the caller owns, nullptr when none
-/// can be made.
-extern "C" [[gnu::visibility("default")]] join::platform::HttpClient* join_make_http_client() noexcept;
+/// can be made. The queue is where its downloads report; it outlives them.
+extern "C" [[gnu::visibility("default")]] join::platform::HttpClient*
+join_make_http_client(join::platform::MainQueue& mainQueue) noexcept;

@@ -1,6 +1,7 @@
 #include "platform/linux/CurlHttpClient.h"
 #include "platform/linux/HttpModule.h"
 #include "support/Environment.h"
+#include "support/FakeTime.h"
 #include "support/ScriptedHttpsServer.h"
 #include "support/TemporaryFolder.h"
 
@@ -13,6 +14,7 @@ using join::platform::CurlHttpClient;
 using join::platform::HttpReply;
 using join::platform::HttpRequest;
 using join::test::EnvironmentVariable;
+using join::test::FakeMainQueue;
 using join::test::Fault;
 using join::test::ScriptedHttpsServer;
 using join::test::TemporaryFolder;
@@ -32,7 +34,8 @@ protected:
     ScriptedHttpsServer server;
     EnvironmentVariable trust{"SSL_CERT_FILE",
                               join::test::writeFile(folder / "server.pem", server.certificate()).c_str()};
-    CurlHttpClient client;
+    FakeMainQueue mainQueue;
+    CurlHttpClient client{mainQueue};
 
     HttpReply get(const std::string& path) { return client.get({.url = server.url(path)}); }
 };
@@ -84,7 +87,7 @@ TEST_F(CurlHttpClientTest, AnUnknownCertificateIsRefused) {
     ScriptedHttpsServer stranger;
     expectError(client.get({.url = stranger.url("/")}), stranger.url("/"), "certificate");
     const EnvironmentVariable unset("SSL_CERT_FILE", nullptr);
-    CurlHttpClient other;
+    CurlHttpClient other(mainQueue);
     expectError(other.get({.url = server.url("/")}), server.url("/"), "certificate");
 }
 
@@ -92,7 +95,7 @@ TEST_F(CurlHttpClientTest, AnUnreadableCertificateFileIsNamedWithTheErrorItLeads
     for (const std::string& file :
          {folder / "missing.pem", join::test::writeFile(folder / "broken.pem", "nonsense")}) {
         const EnvironmentVariable broken("SSL_CERT_FILE", file.c_str());
-        CurlHttpClient other;
+        CurlHttpClient other(mainQueue);
         expectError(other.get({.url = server.url("/")}), server.url("/"), file);
     }
 }
@@ -101,7 +104,7 @@ TEST_F(CurlHttpClientTest, ACertificateForAnotherHostIsRefused) {
     ScriptedHttpsServer other("DNS:elsewhere.example");
     const EnvironmentVariable trusted(
         "SSL_CERT_FILE", join::test::writeFile(folder / "other.pem", other.certificate()).c_str());
-    CurlHttpClient trusting;
+    CurlHttpClient trusting(mainQueue);
     expectError(trusting.get({.url = other.url("/")}), other.url("/"), "subject");
 }
 
@@ -143,7 +146,7 @@ TEST_F(CurlHttpClientTest, TextThatIsNoHttpsUrlAsksNobody) {
 TEST_F(CurlHttpClientTest, TheModuleWorksAfterItsFileHasGone) {
     const std::string file = folder / "module.so";
     std::filesystem::copy_file(JOIN_HTTP_MODULE, file);
-    join::platform::HttpModule module(file);
+    join::platform::HttpModule module(file, mainQueue);
     ASSERT_TRUE(module.load());
     std::filesystem::remove(file);
     server.expect("/", {.body = "text"});
@@ -152,7 +155,8 @@ TEST_F(CurlHttpClientTest, TheModuleWorksAfterItsFileHasGone) {
 
 TEST(HttpModule, AnswersWithTheReasonWhenItCannotBeLoaded) {
     const TemporaryFolder folder;
-    join::platform::HttpModule module(join::test::writeFile(folder / "module.so", "no library"));
+    FakeMainQueue mainQueue;
+    join::platform::HttpModule module(join::test::writeFile(folder / "module.so", "no library"), mainQueue);
     expectError(module.get({.url = "https://localhost/"}), "https://localhost/", "module.so");
     EXPECT_FALSE(module.load());
 }

@@ -85,7 +85,7 @@ protected:
         const std::string bundle = root.toReal("/Applications/" + name + ".app");
         writeFile(
             bundle + "/Contents/Info.plist",
-            "<plist><dict><key>CFBundleIdentifier</key><string>com.example." + name +
+            "<plist><dict><key>CFBundleIdentifier</key><string>" + identifier(name) +
                 "</string><key>CFBundleExecutable</key><string>the program of it</string></dict></plist>");
         std::string executable = writeFile(bundle + "/Contents/MacOS/the program of it", script);
         std::filesystem::permissions(executable, std::filesystem::perms::owner_all);
@@ -93,7 +93,12 @@ protected:
     }
 
     std::size_t running(const std::string& name) {
-        return workspace.runningApplications("com.example." + name).size();
+        return workspace.runningApplications(identifier(name)).size();
+    }
+
+    /// No other test's applications, which may run at the same time, have it.
+    static std::string identifier(const std::string& name) {
+        return "com.example." + name + std::to_string(::getpid());
     }
 };
 
