@@ -1,0 +1,77 @@
+#include "platform/linux/hdiutil/SevenZip.h"
+
+#include "platform/Exception.h"
+
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace join::platform::hdiutil {
+
+namespace {
+
+constexpr std::size_t maximumListing = std::size_t{64} << 20;
+
+/// The kind is named, so that nothing else is made of an image than what it was taken for. What is in an
+/// image of Apple's format 7zz finds only by itself.
+const char* optionFor(ImageKind kind) {
+    switch (kind) {
+    case ImageKind::hfsPlus:
+        return "-thfs";
+    case ImageKind::apfs:
+        return "-tapfs";
+    case ImageKind::iso:
+        return "-tiso";
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+std::string pathOf7zz() {
+    const char* packaged = "/usr/bin/7zz";
+    return ::access(packaged, F_OK) == 0 ? packaged : "/usr/local/bin/7zz";
+}
+
+SevenZip::SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption)
+    : program_(std::move(program)), image_(image), kind_(kind), interruption_(interruption) {}
+
+std::unique_ptr<ChildProcess> SevenZip::list() const {
+    return std::make_unique<ChildProcess>(describe({"l", "-slt", "-sns-"}), ChildProcess::Output::read,
+                                          interruption_);
+}
+
+std::unique_ptr<ChildProcess> SevenZip::open() const {
+    return std::make_unique<ChildProcess>(describe({"x", "-so", "-sns-"}), ChildProcess::Output::read,
+                                          interruption_);
+}
+
+std::unique_ptr<ChildProcess> SevenZip::check() const {
+    ChildProgram program{program_, {"t", "-tdmg", "-bd", "--", ChildProgram::fileArgument}, image_};
+    return std::make_unique<ChildProcess>(program, ChildProcess::Output::ignored, interruption_);
+}
+
+ChildProgram SevenZip::describe(std::initializer_list<const char*> command) const {
+    ChildProgram program{program_, {command.begin(), command.end()}, image_};
+    if (const char* option = optionFor(kind_))
+        program.arguments.emplace_back(option);
+    for (const char* argument : {"-bd", "-sccUTF-8", "--", ChildProgram::fileArgument})
+        program.arguments.emplace_back(argument);
+    return program;
+}
+
+std::string textOf(ChildProcess& listing) {
+    std::string text;
+    std::vector<char> buffer(1 << 16);
+    while (const std::size_t count = listing.read(buffer.data(), buffer.size())) {
+        if (count > maximumListing - text.size())
+            throw Exception("the volume holds too many files");
+        text.append(buffer.data(), count);
+    }
+    if (listing.finish() != 0)
+        throw Exception("7zz cannot read the image");
+    return text;
+}
+
+} // namespace join::platform::hdiutil

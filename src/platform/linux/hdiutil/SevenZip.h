@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/linux/hdiutil/ChildProcess.h"
+#include "platform/linux/hdiutil/ImageKind.h"
+
+#include <memory>
+#include <string>
+
+namespace join::platform::hdiutil {
+
+/// Where the system has 7zz; never looked for on the PATH.
+std::string pathOf7zz();
+
+/// What 7zz does with one image that is open. It sees that very file, whatever its path means by then.
+class SevenZip {
+public:
+    /// The descriptor and the interruption must outlive this and what it gives.
+    SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption);
+
+    /// Prints what `7zz l -slt` does about the files in the volume.
+    std::unique_ptr<ChildProcess> list() const;
+
+    /// Puts out the bytes of all files, one after the other, in the order of the listing, and nothing else.
+    /// Nothing is written, so no name or link in the image can lead anywhere.
+    std::unique_ptr<ChildProcess> open() const;
+
+    /// Unpacks the whole image of Apple's format for nothing but to compare its checksums. Ends with status 0
+    /// when they are right.
+    std::unique_ptr<ChildProcess> check() const;
+
+private:
+    ChildProgram describe(std::initializer_list<const char*> command) const;
+
+    std::string program_;
+    int image_;
+    ImageKind kind_;
+    const Interruption& interruption_;
+};
+
+/// All that a listing 7zz prints, to its end. Throws Exception, also when it is longer than any of a sane
+/// volume.
+std::string textOf(ChildProcess& listing);
+
+} // namespace join::platform::hdiutil
