@@ -44,7 +44,7 @@ ensure_display() {
     [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] || return 0
     local number_file
     number_file=$(mktemp)
-    Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp 3>"$number_file" >/dev/null 2>&1 &
+    Xvfb -displayfd 3 -screen 0 1280x800x24 -nolisten tcp -noreset 3>"$number_file" >/dev/null 2>&1 &
     virtual_display_pid=$!
     wait_until test -s "$number_file"
     DISPLAY=":$(cat "$number_file")"

@@ -29,6 +29,8 @@ void emptyProcessSlots() {
     ApiHandler::forgetInstance();
     MonitoringHandler::forgetEntries();
     logFileNameCount = 0;
+    copyCounter = 0;
+    joinDownloadFailures = 0;
 }
 
 } // namespace join

@@ -20,8 +20,8 @@ class TavoJoinWindowHandler;
 struct ProcessSlots {
     ProcessSlots();
     ~ProcessSlots();
-    ProcessSlots(ProcessSlots&&) noexcept;
-    ProcessSlots& operator=(ProcessSlots&&) noexcept;
+    ProcessSlots(ProcessSlots&& other) noexcept;
+    ProcessSlots& operator=(ProcessSlots&& other) noexcept;
 
     bool launchApp = false;                                    ///< a launch URL has been handled in this run
     std::unique_ptr<ErrorWindow> errorWindow;                  ///< only on an unsupported system

@@ -1,12 +1,76 @@
 #include "install/JoinDMGDownloader.h"
 
+#include "core/JoinSessionDetails.h"
+#include "core/Locations.h"
 #include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "platform/FileManager.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Services.h"
 
 namespace join {
 
-void JoinDMGDownloader::startDownLoadingJoinMacDmg() {
-    log("%s : This version installs nothing: JoinMac.dmg is not downloaded",
-        "-[JoinDMGDownloader startDownLoadingJoinMacDmg]");
+namespace {
+
+constexpr DiskImage joinDiskImage = {
+    .fileName = "JoinMac.dmg",
+    .mountPoint = "/Volumes/TavoJoin",
+    .urlLine = "-[JoinDMGDownloader startDownLoadingJoinMacDmg]_block_invoke : Join Dmg Url : %@",
+    .systemNameLine = "system version details %@",
+    .systemVersionLine = "system version : %@",
+    .notCreatedLine = "joinMac.dmg  download failed",
+    .busyLine = "-[JoinDMGDownloader startDownLoadingJoinMacDmg] : JoinMac.dmg is being downloaded already",
+    .beganLine = "-[JoinDMGDownloader downloadDidBegin:] : JoinMac.dmg downloadDidstarted",
+    .failedLine =
+        "-[JoinDMGDownloader download:didFailWithError:] : JoinMac.dmg Download failed! Error - %@ %@ ",
+    .finishedLine = "-[JoinDMGDownloader downloadDidFinish:] : JoinMac.dmg downloadDidFinish",
+    .mountedLine = "-[JoinDMGDownloader mountingJoinMacDmg] : JoinMac.dmg mount task termination status : %d",
+    .detachedLine =
+        "-[JoinDMGDownloader unMountingTavoJoinDmg] : JoinMac.dmg unmount task termination status : %d",
+    .detachExceptionLine = "Exception in -[JoinDMGDownloader unMountingTavoJoinDmg] : %@",
+};
+
+} // namespace
+
+JoinDMGDownloader::JoinDMGDownloader() : DiskImageDownloader(joinDiskImage) {}
+
+void JoinDMGDownloader::startDownLoadingJoinMacDmg() { startDownloading(); }
+
+std::string JoinDMGDownloader::url() const {
+    const JoinSessionDetails& details = session();
+    return formatted("https://%@/join-session?key=%@&role=agent&email=%@", details.webServerName(),
+                     details.key(), details.emailID());
 }
+
+void JoinDMGDownloader::downloadFailed(const platform::HttpError& /*error*/) {
+    if (joinDownloadFailures++ == 0)
+        platform::services().notificationCenter->post("SendJoinLog",
+                                                      "Join App faild to download JoinMac.dmg");
+}
+
+void JoinDMGDownloader::downloadFinished() { mountingJoinMacDmg(); }
+
+void JoinDMGDownloader::mountingJoinMacDmg() {
+    reportingExceptions("-[JoinDMGDownloader mountingJoinMacDmg]", [this] {
+        mount();
+        copyAppFile();
+    });
+}
+
+void JoinDMGDownloader::copyAppFile() {
+    constexpr auto method = "-[JoinDMGDownloader copyAppFile]";
+    platform::FileManager& files = *slots().tavoDirectoryManager;
+    files.createFolder(supportFolder());
+    if (files.copy(onVolume("Join.app"), homeJoinCopy()))
+        log("%s : Join.app file copied to user application folder", method);
+    if (files.copy(onVolume("Join.app"), systemJoinCopy()))
+        log("%s : Join.app file copied to application folder", method);
+    unMountingTavoJoinDmg();
+    if (files.exists(imagePath()))
+        files.remove(imagePath());
+    platform::services().notificationCenter->post("LaunchTavoApp", "JoinDMGDownloader");
+}
+
+void JoinDMGDownloader::unMountingTavoJoinDmg() { detach(); }
 
 } // namespace join

@@ -1,11 +1,29 @@
 #pragma once
 
+#include "install/DiskImageDownloader.h"
+
+#include <cstdint>
+
 namespace join {
 
-/// Fetches the Join app's own disk image and reinstalls the Join app. Main thread.
-class JoinDMGDownloader {
+/// How many downloads of the Join app's image have failed in this run.
+inline std::int32_t joinDownloadFailures = 0;
+
+/// Fetches the Join app's own disk image and reinstalls the Join app. The running one goes on.
+class JoinDMGDownloader final : public DiskImageDownloader {
 public:
+    JoinDMGDownloader();
+
     void startDownLoadingJoinMacDmg();
+
+private:
+    std::string url() const override;
+    void downloadFailed(const platform::HttpError& error) override;
+    void downloadFinished() override;
+
+    void mountingJoinMacDmg();
+    void copyAppFile();
+    void unMountingTavoJoinDmg();
 };
 
 } // namespace join

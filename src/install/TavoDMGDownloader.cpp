@@ -1,17 +1,141 @@
 #include "install/TavoDMGDownloader.h"
 
+#include "core/JoinSessionDetails.h"
+#include "core/JoinUtils.h"
+#include "core/Locations.h"
 #include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "diag/MonitoringHandler.h"
+#include "platform/FileManager.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Services.h"
+#include "ui/TavoJoinWindowHandler.h"
 
 namespace join {
 
-void TavoDMGDownloader::startDownLoadingTavoMacDmg() {
-    log("%s : This version installs nothing: TavoMac.dmg is not downloaded",
-        "-[TavoDMGDownloader startDownLoadingTavoMacDmg]");
+namespace {
+
+constexpr DiskImage agentDiskImage = {
+    .fileName = "TavoMac.dmg",
+    .mountPoint = "/Volumes/Tavo",
+    .urlLine = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke : Tavo Dmg Url : %@",
+    .systemNameLine =
+        "-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke : System version details %@",
+    .systemVersionLine = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke : System version : %@",
+    .notCreatedLine = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke : Download failed",
+    .busyLine = "-[TavoDMGDownloader startDownLoadingTavoMacDmg] : TavoMac.dmg is being downloaded already",
+    .beganLine = "-[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted",
+    .failedLine = "-[TavoDMGDownloader download:didFailWithError:] : Download failed! Error - %@ %@ ",
+    .finishedLine = "-[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
+    .mountedLine = "-[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : %d",
+    .detachedLine = "-[TavoDMGDownloader unMountingTavoMacDmg] : Dmg unmount task termination status : %d",
+    .detachExceptionLine = "-[TavoDMGDownloader unMountingTavoMacDmg] : Exception in "
+                           "TavoDMGDownloader.unmountingTavoMacDmg() : %@",
+};
+
+constexpr int copyAttempts = 3;
+
+platform::FileManager& files() { return *slots().tavoDirectoryManager; }
+
+void post(std::string_view name, const Text& object = std::nullopt) {
+    platform::services().notificationCenter->post(name, object);
+}
+
+} // namespace
+
+TavoDMGDownloader::TavoDMGDownloader() : DiskImageDownloader(agentDiskImage) {}
+
+void TavoDMGDownloader::startDownLoadingTavoMacDmg() { startDownloading(); }
+
+std::string TavoDMGDownloader::url() const {
+    const JoinSessionDetails& details = session();
+    return details.isCdnAvailable() ? formatted("https://%@/TavoMac.dmg", details.cdnUrl())
+                                    : formatted("https://%@/agent/TavoMac.dmg", details.webServerName());
+}
+
+void TavoDMGDownloader::downloadFailed(const platform::HttpError& error) {
+    log("%s : Download failed! Whole Error - %@", "-[TavoDMGDownloader download:didFailWithError:]",
+        formatted("%@ (%@)", error.description, error.failingUrl));
+    post("RetryDMGDownloadig", "TavoDMGDownloader");
+}
+
+void TavoDMGDownloader::downloadFinished() {
+    const Text server = session().isCdnAvailable() ? Text("CDN") : session().webServerName();
+    MonitoringHandler::addkey("M3", formatted("Agent downloaded time : %@ | Server : %@",
+                                              MonitoringHandler::currentTime(), server));
+    mountingTavoMacDmg();
+    session().setRetryCounter(0);
 }
 
 void TavoDMGDownloader::mountingTavoMacDmg() {
-    log("%s : This version installs nothing: TavoMac.dmg is not mounted",
-        "-[TavoDMGDownloader mountingTavoMacDmg]");
+    reportingExceptions("-[TavoDMGDownloader mountingTavoMacDmg]", [this] {
+        mount();
+        installWhatIsMissing();
+    });
+    if (!files().exists(installedAgent()))
+        slots().tavoJoinWindow->showProblem();
+}
+
+void TavoDMGDownloader::installWhatIsMissing() {
+    if (!files().exists(installedAgent())) {
+        copyAppFileAndLaunch();
+        if (files().exists(installedCrashDetector()))
+            detachAndTerminate();
+    }
+    if (!files().exists(installedCrashDetector())) {
+        copyCrashDetectorFile();
+        if (files().exists(installedAgent()))
+            detachAndTerminate();
+    }
+}
+
+void TavoDMGDownloader::detachAndTerminate() {
+    unMountingTavoMacDmg();
+    post("Terminate");
+}
+
+void TavoDMGDownloader::copyAppFileAndLaunch() {
+    for (int attempt = 0; attempt < copyAttempts; ++attempt)
+        if (copyAndLaunchOnce())
+            return;
+    slots().tavoJoinWindow->showProblem();
+}
+
+/// False when the agent is neither started nor in place, and is to be copied again.
+bool TavoDMGDownloader::copyAndLaunchOnce() {
+    constexpr auto method = "-[TavoDMGDownloader copyAppFileAndLaunch]";
+    ++copyCounter;
+    files().createFolder(supportFolder());
+    if (files().copy(onVolume("Tavo.app"), installedAgent()))
+        log("%s : Tavo.app file copied", method);
+    if (JoinUtils::workspaceLaunchApplication(installedAgent())) {
+        log("%s : App Path : %@ tavo app file launched!", method, installedAgent());
+        deleteImageWhenInstalled();
+        return true;
+    }
+    log("%s : TavoDMGDownloader copyAppFileAndLaunch is failed!", method);
+    if (files().exists(installedAgent())) {
+        session().launchApplicationWith(installedAgent(), supportFolder());
+        return true;
+    }
+    if (copyCounter == 1)
+        post("SendJoinLog", "Tavo.app Copy file Failed");
+    return false;
+}
+
+void TavoDMGDownloader::copyCrashDetectorFile() {
+    files().createFolder(supportFolder());
+    if (files().copy(onVolume("TavoCrashDetector"), installedCrashDetector()))
+        log("%s : TavoCrashDetector file copied", "-[TavoDMGDownloader copyCrashDetectorFile]");
+    deleteImageWhenInstalled();
+}
+
+void TavoDMGDownloader::unMountingTavoMacDmg() { detach(); }
+
+void TavoDMGDownloader::deleteImageWhenInstalled() {
+    if (files().exists(imagePath()) && files().exists(installedAgent()) &&
+        files().exists(installedCrashDetector()))
+        files().remove(imagePath());
 }
 
 } // namespace join

@@ -1,13 +1,37 @@
 #pragma once
 
+#include "install/DiskImageDownloader.h"
+
+#include <cstdint>
+
 namespace join {
 
-/// Fetches the disk image of the agent and the Crash Detector, and installs what is missing of the two. Main
-/// thread.
-class TavoDMGDownloader {
+/// How often copyAppFileAndLaunch() has tried in this run.
+inline std::int32_t copyCounter = 0;
+
+/// Fetches the disk image of the agent and the Crash Detector, and installs what is missing of the two.
+class TavoDMGDownloader final : public DiskImageDownloader {
 public:
+    TavoDMGDownloader();
+
     void startDownLoadingTavoMacDmg();
+
+    /// Mounts the image and copies what is missing. With both programs there, detaches it and posts
+    /// "Terminate"; with no agent even so, the progress window says that there is a problem.
     void mountingTavoMacDmg();
+
+private:
+    std::string url() const override;
+    void downloadFailed(const platform::HttpError& error) override;
+    void downloadFinished() override;
+
+    void installWhatIsMissing();
+    void detachAndTerminate();
+    void copyAppFileAndLaunch();
+    bool copyAndLaunchOnce();
+    void copyCrashDetectorFile();
+    void unMountingTavoMacDmg();
+    void deleteImageWhenInstalled();
 };
 
 } // namespace join

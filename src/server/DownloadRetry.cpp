@@ -24,10 +24,7 @@ void AppDelegate::retryDownloading() {
         details.setRetryCounter(details.retryCounter() + 1);
         const DownloadRetry retry = downloadRetryAfter(details.retryCounter());
         if (retry.givesUp) {
-            TavoJoinWindowHandler& window = *slots().tavoJoinWindow;
-            window.infoLabel().setStringValue(services().strings->localized("PROBLEM_OCCURED"));
-            window.progress().stopAnimation();
-            window.progress().setHidden(true);
+            slots().tavoJoinWindow->showProblem();
             services().notificationCenter->post("SendJoinLog", "Join App faild to download TavoMac.dmg");
             return;
         }

@@ -31,6 +31,12 @@ void TavoJoinWindowHandler::windowDidLoad() {
     window.hideStandardButton(platform::StandardButton::minimise);
 }
 
+void TavoJoinWindowHandler::showProblem() {
+    infoLabel().setStringValue(services().strings->localized("PROBLEM_OCCURED"));
+    progress().stopAnimation();
+    progress().setHidden(true);
+}
+
 void TavoJoinWindowHandler::closeWindow() {
     orderOut();
     log("%s : TavoJoinWindowHandler.closeWindow() called!", "-[TavoJoinWindowHandler closeWindow]");

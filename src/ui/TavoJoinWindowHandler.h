@@ -15,6 +15,9 @@ public:
     platform::TextField& infoLabel();
     platform::ProgressIndicator& progress();
 
+    /// Says that the session could not be joined, and that nothing goes on any more.
+    void showProblem();
+
     /// Takes the window off the screen; the program goes on.
     void closeWindow();
 

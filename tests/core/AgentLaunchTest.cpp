@@ -43,7 +43,7 @@ TEST_F(AgentLaunch, AUrlWithCurrentVersionsStartsTheAgentThenTheCrashDetectorAnd
          "log: -[AppDelegate crashDetectorLaunch] : Crash detector has been launched!",
          "log: -[TavoJoinWindowHandler close] : Agent invoked successfully", "terminate"}));
     EXPECT_EQ(countBeginningWith(journal, "start "), 1);
-    EXPECT_EQ(agentDownloads() + joinDownloads(), 0U);
+    EXPECT_EQ(agentDownloads() + joinDownloads(), 0);
 }
 
 TEST_F(AgentLaunch, AnAgentThatIsNotRunningYetKeepsTheJoinAppUp) {
@@ -61,7 +61,7 @@ TEST_F(AgentLaunch, AnAgentThatIsNotRunningYetKeepsTheJoinAppUp) {
 TEST_F(AgentLaunch, AMissingAgentIsDownloadedWithTheProgressWindowOpen) {
     prepared();
     delegate.appLaunch();
-    EXPECT_EQ(agentDownloads(), 1U);
+    EXPECT_EQ(agentDownloads(), 1);
     EXPECT_TRUE(workspace.launches.empty());
     EXPECT_TRUE(progressWindow().isVisible());
     EXPECT_EQ(std::ranges::count(logSink.lines, "tavo dmg not yet installed"), 1);

@@ -200,7 +200,11 @@ TEST(Join, PreparesNothingOnASystemThatIsTooOld) {
               "<plist version=\"1.0\"><dict><key>ProductName</key><string>Old</string>"
               "<key>ProductVersion</key><string>10.8.5</string></dict></plist>");
     Child join(world.launch({}));
-    ASSERT_TRUE(eventually([&] { return world.output().find("ErrorWindow") != std::string::npos; }));
+    ASSERT_TRUE(eventually([&] { return world.output().find("\"M1\"") != std::string::npos; }));
+    // It stays up, and a launch URL, which start-up delivers last, has been ignored.
+    Child another(world.launch({urlOf(world)}));
+    EXPECT_TRUE(eventually([&] { return world.output().find("Launch URL ignored") != std::string::npos; }));
+    EXPECT_TRUE(isAlive(join));
     EXPECT_FALSE(fs::exists(world.home() + "/Library/Logs"));
     EXPECT_FALSE(fs::exists(world.support("")));
 }

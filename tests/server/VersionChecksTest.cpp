@@ -1,3 +1,4 @@
+#include "install/TavoDMGDownloader.h"
 #include "support/LogicTest.h"
 #include "support/MachOImage.h"
 
@@ -28,7 +29,7 @@ TEST_F(VersionChecks, AnyOtherJoinVersionRemovesBothCopiesAndDownloadsTheImage) 
         EXPECT_EQ(said(joinCheck),
                   (Journal{formatted("Local Join App version : %@ Latest Join App version : 2.0.0", local),
                            "Downloading latest Join.app"}));
-        EXPECT_EQ(joinDownloads(), 1U);
+        EXPECT_EQ(joinDownloads(), 1);
         EXPECT_EQ(said(agentCheck), Journal{});
     }
 }
@@ -36,7 +37,7 @@ TEST_F(VersionChecks, AnyOtherJoinVersionRemovesBothCopiesAndDownloadsTheImage) 
 TEST_F(VersionChecks, AMissingJoinAppIsDownloadedWhateverTheHomeCopyIs) {
     files.putFolder(homeJoin);
     delegate.joinAppVersionCheck();
-    EXPECT_EQ(joinDownloads(), 1U);
+    EXPECT_EQ(joinDownloads(), 1);
     EXPECT_TRUE(files.exists(homeJoin));
 }
 
@@ -51,7 +52,7 @@ TEST_F(VersionChecks, ACurrentJoinAppGoesOnOnlyAfterALaunchUrl) {
     EXPECT_TRUE(happenedInOrder(logSink.lines,
                                 {agentCheck + " : Tavo app not found, Setting app version to zero ( default)",
                                  joinCheck + " : This mac has latest join app"}));
-    EXPECT_EQ(agentDownloads(), 1U);
+    EXPECT_EQ(agentDownloads(), 1);
 }
 
 TEST_F(VersionChecks, AFailedSessionCheckFetchesTheAgentAnew) {
@@ -66,7 +67,7 @@ TEST_F(VersionChecks, AFailedSessionCheckFetchesTheAgentAnew) {
     EXPECT_TRUE(happenedInOrder(journal, {"create " + joinDetails,
                                           "log: -[ApiHandler checkSessionApi] : Status code : 503",
                                           "remove " + agent, "remove " + support + "TavoMac.dmg"}));
-    EXPECT_EQ(agentDownloads(), 1U);
+    EXPECT_EQ(agentDownloads(), 1);
     EXPECT_TRUE(workspace.launches.empty());
 }
 
@@ -112,32 +113,38 @@ TEST_F(VersionChecks, TheCrashDetectorIsOutdatedUnlessItsEmbeddedVersionIsTheAnn
 }
 
 TEST_F(VersionChecks, SevenFailuresInARowEndTheDownload) {
+    session().setCdnUrl("cdn");
     session().setIsCdnAvailable(true);
     session().setIsAwsAvailable(true);
-    for (int failure = 1; failure <= 6; ++failure) {
-        journal.clear();
-        notifications.post("RetryDMGDownloadig");
-        EXPECT_TRUE(happenedInOrder(
-            journal,
-            {formatted("log: -[AppDelegate retryDownloading] : Retrying dmg download! COUNT : %d ", failure),
-             "sleep 3000 ms"}));
-        EXPECT_EQ(agentDownloads(), static_cast<std::size_t>(failure));
-        EXPECT_EQ(session().isCdnAvailable(), failure < 4) << failure;
-        EXPECT_EQ(session().isAwsAvailable(), failure < 4) << failure;
-    }
     Journal comments;
     notifications.addObserver("SendJoinLog",
                               [&](const Text& comment) { comments.push_back(comment.value_or("")); });
-    for (const int failure : {7, 8}) {
+    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    for (int failure = 1; failure <= 7; ++failure) {
+        mainQueue.turn();
+        EXPECT_EQ(http.downloads.back().first.url,
+                  failure <= 4 ? "https://cdn/TavoMac.dmg" : "https://host/agent/TavoMac.dmg");
         journal.clear();
-        notifications.post("RetryDMGDownloadig");
-        EXPECT_TRUE(
-            happenedInOrder(journal, {"infoLabel: [PROBLEM_OCCURED]", "progress: stop", "progress: hidden"}));
+        http.downloads.back().second->downloadDidFail({"cut off", "https://x/TavoMac.dmg"});
         EXPECT_EQ(session().retryCounter(), failure);
+        EXPECT_EQ(session().isAwsAvailable(), failure < 4) << failure;
+        if (failure < 7) {
+            EXPECT_TRUE(happenedInOrder(
+                journal,
+                {"log: -[TavoDMGDownloader download:didFailWithError:] : Download failed! Error - cut off "
+                 "https://x/TavoMac.dmg ",
+                 formatted("log: -[AppDelegate retryDownloading] : Retrying dmg download! COUNT : %d ",
+                           failure),
+                 "sleep 3000 ms"}));
+        }
     }
-    EXPECT_EQ(comments, Journal(2, "Join App faild to download TavoMac.dmg"));
-    EXPECT_EQ(agentDownloads(), 6U);
+    EXPECT_TRUE(
+        happenedInOrder(journal, {"infoLabel: [PROBLEM_OCCURED]", "progress: stop", "progress: hidden"}));
+    EXPECT_EQ(agentDownloads(), 0); // no eighth attempt
     EXPECT_TRUE(progressWindow().isVisible());
+    notifications.post("RetryDMGDownloadig"); // the limit is not forgotten in this run
+    EXPECT_EQ(comments, Journal(2, "Join App faild to download TavoMac.dmg"));
+    EXPECT_EQ(agentDownloads(), 0);
 }
 
 } // namespace join::test

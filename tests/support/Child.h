@@ -75,9 +75,9 @@ private:
 
 /// Waits until the condition holds; false when it has not come true for far longer than it should take.
 template <typename Condition>
-bool eventually(Condition condition) {
+bool eventually(Condition condition, std::chrono::seconds patience = std::chrono::seconds(30)) {
     using namespace std::chrono_literals;
-    const auto limit = std::chrono::steady_clock::now() + 30s;
+    const auto limit = std::chrono::steady_clock::now() + patience;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > limit)
             return false;

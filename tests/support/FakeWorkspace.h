@@ -34,10 +34,13 @@ public:
     std::vector<std::vector<std::string>> launches; ///< the arguments of each
     std::vector<std::string> running;               ///< bundle identifiers
     std::map<std::string, platform::FileSystemInfo> volumes;
+    bool throws = false;
 
     bool launchApplication(const std::string& path, const std::vector<std::string>& arguments) override {
         record("launch " + path);
         launches.push_back(arguments);
+        if (throws)
+            throw platform::Exception("no workspace");
         return false; // refused, which nobody looks at
     }
     std::vector<std::string> runningApplications(const std::string& bundleIdentifier) override {
@@ -53,15 +56,16 @@ public:
     platform::FileSystemInfo fileSystemInfo(const std::string& path) override { return volumes[path]; }
 };
 
-/// Starts nothing, and fails when it is told to.
+/// Starts nothing, and fails when it is told to. What a program would do is the test's.
 class RecordingTasks final : public platform::Tasks, Recorder {
 public:
     using Recorder::Recorder;
     bool fails = false;
+    std::function<int(const platform::Program&)> statusOf = [](const auto&) { return 0; };
 
     platform::TaskResult run(const platform::Program& program) override {
         note("run ", program);
-        return {true, 0, ""};
+        return {true, statusOf(program), ""};
     }
     void start(const platform::Program& program) override { note("start ", program); }
 

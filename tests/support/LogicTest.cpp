@@ -34,6 +34,13 @@ Journal LogicTest::said(const std::string& method) const {
     return messages;
 }
 
+long LogicTest::downloadsOf(const std::string& place) {
+    mainQueue.turn();
+    return std::ranges::count_if(journal, [&](const std::string& entry) {
+        return entry.starts_with("download https://") && entry.find(place) != std::string::npos;
+    });
+}
+
 void LogicTest::installJoin(const std::string& version) {
     files.putFolder("/Applications/Join.app");
     bundles.versions["/Applications/Join.app"] = version;

@@ -39,9 +39,9 @@ protected:
     /// What the operation logged, without its name.
     Journal said(const std::string& method) const;
 
-    /// How often a download of the agent image, or of the Join image, was asked for.
-    auto agentDownloads() const { return said("-[TavoDMGDownloader startDownLoadingTavoMacDmg]").size(); }
-    auto joinDownloads() const { return said("-[JoinDMGDownloader startDownLoadingJoinMacDmg]").size(); }
+    /// How often a download of the agent image, or of the Join image, has begun once the loop has turned.
+    auto agentDownloads() { return downloadsOf("/TavoMac.dmg"); }
+    auto joinDownloads() { return downloadsOf("/join-session?"); }
 
     void installJoin(const std::string& version);
     void installAgent(const std::string& version);
@@ -50,6 +50,8 @@ protected:
     /// Expects a session check of this version at "host" for key 123456789, and answers it with a "meeting"
     /// of these members.
     void expectSessionCheck(const std::string& installedVersion, const std::string& members);
+
+    long downloadsOf(const std::string& place);
 
     JoinSessionDetails& session() { return *JoinSessionDetails::getInstance(); }
     RecordingWindow& progressWindow() { return windows.loaded.at("TavoJoinWindow")->window(); }

@@ -6,6 +6,7 @@
 #include <QProcess>
 #include <QStringList>
 
+#include <fcntl.h>
 #include <linux/close_range.h>
 #include <unistd.h>
 
@@ -35,8 +36,12 @@ void describe(QProcess& process, const std::string& path, const Program& program
 
 } // namespace
 
-QtTasks::QtTasks(SystemRoot root, std::filesystem::path helpersFolder)
-    : root_(std::move(root)), helpersFolder_(std::move(helpersFolder)) {}
+QtTasks::QtTasks(SystemRoot root, const std::filesystem::path& helpersFolder) : root_(std::move(root)) {
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(helpersFolder, error))
+        if (Descriptor opened = openForReading(AT_FDCWD, entry.path().c_str()))
+            helpers_.emplace(entry.path().filename(), std::move(opened));
+}
 
 TaskResult QtTasks::run(const Program& program) {
     QProcess process;
@@ -72,11 +77,11 @@ bool QtTasks::startDetached(const Program& program) {
 
 std::string QtTasks::realPath(const std::string& program) const {
     const std::filesystem::path path = root_.toReal(program);
-    if (std::error_code error; std::filesystem::exists(path, error))
-        return path;
-    const std::filesystem::path helper = helpersFolder_ / path.filename();
+    const auto helper = helpers_.find(path.filename());
     std::error_code error;
-    return std::filesystem::exists(helper, error) ? helper : path;
+    if (helper == helpers_.end() || std::filesystem::exists(path, error))
+        return path;
+    return "/proc/self/fd/" + std::to_string(helper->second.get());
 }
 
 } // namespace join::platform

@@ -1,17 +1,21 @@
 #pragma once
 
 #include "platform/Tasks.h"
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/SystemRoot.h"
 
 #include <filesystem>
+#include <map>
+#include <string>
 
 namespace join::platform {
 
 /// Child processes on QProcess.
 class QtTasks final : public Tasks {
 public:
-    /// The helpers' folder is where tools are looked for that the system does not have.
-    QtTasks(SystemRoot root, std::filesystem::path helpersFolder);
+    /// The helpers' folder holds the tools that the system does not have. They are opened now and run from
+    /// there, as the folder may be deleted before they are needed; so they are no scripts.
+    QtTasks(SystemRoot root, const std::filesystem::path& helpersFolder);
 
     TaskResult run(const Program& program) override;
     void start(const Program& program) override;
@@ -25,7 +29,7 @@ private:
     std::string realPath(const std::string& program) const;
 
     SystemRoot root_;
-    std::filesystem::path helpersFolder_;
+    std::map<std::string, Descriptor> helpers_; ///< by name
 };
 
 } // namespace join::platform

@@ -52,9 +52,14 @@ TEST_F(QtTasksTest, AProgramThatCannotBeStartedThrows) {
     EXPECT_THROW(tasks.run(noFolder), Exception);
 }
 
-TEST_F(QtTasksTest, AToolThatTheSystemLacksIsFoundAmongTheHelpers) {
-    script("Helpers/scselect", "echo helper\n");
-    EXPECT_EQ(tasks.run({"/usr/sbin/no/scselect", {}, "/"}).output, "helper\n");
+TEST_F(QtTasksTest, AToolThatTheSystemLacksIsAHelperEvenWhenTheBundleIsGone) {
+    std::filesystem::create_directory(folder / "Helpers");
+    std::filesystem::copy("/bin/echo", folder / "Helpers/scselect");
+    QtTasks withHelpers(SystemRoot(folder / "root"), folder / "Helpers");
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(withHelpers.run({"/usr/sbin/no/scselect", {"helper"}, "/"}).output, "helper\n");
+        std::filesystem::remove_all(folder / "Helpers");
+    }
 }
 
 TEST_F(QtTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {

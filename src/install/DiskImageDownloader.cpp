@@ -1,0 +1,111 @@
+#include "install/DiskImageDownloader.h"
+
+#include "core/Locations.h"
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "platform/FileManager.h"
+#include "platform/MainQueue.h"
+#include "platform/PropertyLists.h"
+#include "platform/Services.h"
+#include "platform/Tasks.h"
+
+namespace join {
+
+using platform::services;
+
+namespace {
+
+struct SystemName {
+    Text name;
+    Text version;
+};
+
+Text textOf(const platform::Value& list, std::string_view key) {
+    const platform::Value* value = list.member(key);
+    return value && value->text() ? Text(*value->text()) : std::nullopt;
+}
+
+/// The system's name and version, each absent when the system does not say it.
+SystemName systemName() {
+    const auto file = services().fileManager->read("/System/Library/CoreServices/SystemVersion.plist");
+    const auto list = file ? services().propertyLists->parse(*file) : std::nullopt;
+    return list ? SystemName{textOf(*list, "ProductName"), textOf(*list, "ProductVersion")} : SystemName();
+}
+
+int runDiskImageTool(const std::string& verb, const std::string& subject) {
+    return services().tasks->run({"/usr/bin/hdiutil", {verb, subject}, "/"}).status;
+}
+
+} // namespace
+
+DiskImageDownloader::DiskImageDownloader(const DiskImage& image) : image_(image) {}
+
+DiskImageDownloader::~DiskImageDownloader() = default;
+
+void DiskImageDownloader::startDownloading() {
+    if (isBusy_) {
+        writeLog(image_.busyLine);
+        return;
+    }
+    isBusy_ = true;
+    services().mainQueue->enqueue([this] { start(); });
+}
+
+void DiskImageDownloader::start() {
+    download_.reset();
+    reportingExceptions("-[DiskImageDownloader start]", [this] { requestImage(); });
+    isBusy_ = download_ != nullptr;
+}
+
+void DiskImageDownloader::requestImage() {
+    platform::DownloadRequest request;
+    request.url = url();
+    request.destination = imagePath();
+    log(image_.urlLine, request.url);
+    const SystemName system = systemName();
+    log(image_.systemNameLine, system.name);
+    log(image_.systemVersionLine, system.version);
+    request.userAgent = formatted("%@ %@", system.name, system.version);
+    download_ = services().httpClient->download(request, *this);
+    if (download_)
+        log("destination path : %@", request.destination);
+    else
+        writeLog(image_.notCreatedLine);
+}
+
+void DiskImageDownloader::downloadDidBegin() { writeLog(image_.beganLine); }
+
+void DiskImageDownloader::downloadDidFail(const platform::HttpError& error) {
+    isBusy_ = false;
+    log(image_.failedLine, error.description, error.failingUrl);
+    downloadFailed(error);
+}
+
+void DiskImageDownloader::downloadDidFinish() {
+    isBusy_ = false;
+    writeLog(image_.finishedLine);
+    downloadFinished();
+}
+
+void DiskImageDownloader::mount() {
+    const std::string mountPoint(image_.mountPoint);
+    if (slots().tavoDirectoryManager->exists(mountPoint))
+        runDiskImageTool("detach", mountPoint);
+    log(image_.mountedLine, runDiskImageTool("mount", imagePath()));
+}
+
+void DiskImageDownloader::detach() {
+    try {
+        log(image_.detachedLine, runDiskImageTool("detach", std::string(image_.mountPoint)));
+    } catch (const std::exception& exception) {
+        log(image_.detachExceptionLine, exception.what());
+    }
+}
+
+std::string DiskImageDownloader::imagePath() const { return supportFolder().append(image_.fileName); }
+
+std::string DiskImageDownloader::onVolume(std::string_view name) const {
+    return appendingPathComponent(image_.mountPoint, name);
+}
+
+} // namespace join

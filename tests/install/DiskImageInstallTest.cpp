@@ -1,0 +1,191 @@
+#include "support/LogicTest.h"
+
+#include "install/JoinDMGDownloader.h"
+#include "install/TavoDMGDownloader.h"
+
+namespace join::test {
+
+class DiskImageInstall : public LogicTest {
+protected:
+    void SetUp() override {
+        prepared();
+        session().setWebServerName("host");
+        session().setKey("123456789");
+        session().setEmailID("ann@example.org");
+        tasks.statusOf = [this](const platform::Program& tool) { return runDiskImageTool(tool.arguments); };
+    }
+
+    /// What the image tool does with the volume that the test has laid out.
+    int runDiskImageTool(const std::vector<std::string>& arguments) {
+        const bool mounts = arguments.at(0) == "mount";
+        if (!mounts)
+            files.remove(arguments.at(1));
+        else if (mountStatus == 0)
+            for (const std::string& path : volume)
+                files.put(path, "new");
+        return mounts ? mountStatus : 0;
+    }
+
+    /// Lets the image that is being downloaded arrive.
+    void finishDownload() {
+        mainQueue.turn();
+        auto& [request, delegate] = http.downloads.back();
+        files.put(request.destination, "image");
+        journal.clear();
+        delegate->downloadDidBegin();
+        delegate->downloadDidFinish();
+    }
+
+    void downloadAgentImage() {
+        slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+        finishDownload();
+    }
+
+    const std::string agentImage = support + "TavoMac.dmg";
+    const std::string mount = "run /usr/bin/hdiutil in / mount " + agentImage;
+    const std::string detach = "run /usr/bin/hdiutil in / detach /Volumes/Tavo";
+    const std::string launched =
+        "log: -[TavoDMGDownloader copyAppFileAndLaunch] : App Path : " + agent + " tavo app file launched!";
+    std::vector<std::string> volume = {"/Volumes/Tavo/Tavo.app/main", "/Volumes/Tavo/TavoCrashDetector"};
+    int mountStatus = 0;
+};
+
+TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnds) {
+    session().setRetryCounter(3);
+    EXPECT_THROW(downloadAgentImage(), Terminated);
+    EXPECT_TRUE(happenedInOrder(
+        journal,
+        {"log: -[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted",
+         "log: -[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
+         "log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
+         "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}",
+         mount, "log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 0",
+         "copy /Volumes/Tavo/Tavo.app -> " + agent,
+         "log: -[TavoDMGDownloader copyAppFileAndLaunch] : Tavo.app file copied", "launch " + agent, launched,
+         "copy /Volumes/Tavo/TavoCrashDetector -> " + crashDetector,
+         "log: -[TavoDMGDownloader copyCrashDetectorFile] : TavoCrashDetector file copied",
+         "remove " + agentImage, detach,
+         "log: -[TavoDMGDownloader unMountingTavoMacDmg] : Dmg unmount task termination status : 0",
+         "log: -[TavoJoinWindowHandler close] : Agent invoked successfully"}));
+    EXPECT_EQ(workspace.launches.size(), 1U);
+}
+
+TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
+    installAgent("1");
+    EXPECT_THROW(downloadAgentImage(), Terminated);
+    EXPECT_EQ(countBeginningWith(journal, "copy "), 1);
+    EXPECT_TRUE(workspace.launches.empty());
+    EXPECT_FALSE(files.exists(agentImage));
+
+    downloadAgentImage(); // both are there now
+    EXPECT_EQ(countBeginningWith(journal, "copy "), 0);
+    EXPECT_EQ(countBeginningWith(journal, detach), 0);
+    EXPECT_EQ(session().retryCounter(), 0);
+}
+
+TEST_F(DiskImageInstall, AVolumeThatAnEarlierRunLeftBehindIsTakenAwayFirst) {
+    files.put("/Volumes/Tavo/Tavo.app/stale", "stale");
+    EXPECT_THROW(downloadAgentImage(), Terminated);
+    EXPECT_TRUE(happenedInOrder(journal, {detach, mount, "copy /Volumes/Tavo/Tavo.app -> " + agent, detach}));
+    EXPECT_FALSE(files.exists(agent + "/stale"));
+}
+
+TEST_F(DiskImageInstall, AnImageThatCannotBeMountedStartsNothingAndTheUserIsTold) {
+    mountStatus = 1;
+    session().setRetryCounter(2);
+    downloadAgentImage();
+    EXPECT_TRUE(happenedInOrder(
+        journal, {"log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 1",
+                  launched, "infoLabel: [PROBLEM_OCCURED]", "progress: stop", "progress: hidden"}));
+    EXPECT_FALSE(files.exists(agent));
+    EXPECT_TRUE(files.exists(agentImage));
+    EXPECT_TRUE(progressWindow().isVisible());
+    EXPECT_EQ(session().retryCounter(), 0);
+}
+
+TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) {
+    workspace.throws = true;
+    mountStatus = 1;
+    Journal comments;
+    notifications.addObserver("SendJoinLog",
+                              [&](const Text& comment) { comments.push_back(comment.value_or("")); });
+    for (const int calls : {3, 6}) {
+        downloadAgentImage();
+        EXPECT_EQ(copyCounter, calls);
+        EXPECT_EQ(countBeginningWith(journal, "infoLabel: [PROBLEM_OCCURED]"), 2);
+    }
+    EXPECT_EQ(comments, Journal{"Tavo.app Copy file Failed"});
+
+    mountStatus = 0; // the copy succeeds, and the agent is started as a child process instead
+    bundles.versions[agent] = "1";
+    EXPECT_THROW(downloadAgentImage(), Terminated);
+    EXPECT_EQ(copyCounter, 7);
+    EXPECT_TRUE(happenedInOrder(journal, {"start " + agent + "/main in " + support}));
+}
+
+TEST_F(DiskImageInstall, TheStartWaitsForATurnOfTheLoopAndReadsTheSourceThen) {
+    files.put("/System/Library/CoreServices/SystemVersion.plist",
+              "<plist version=\"1.0\"><dict><key>ProductName</key><string>Debian GNU/Linux</string>"
+              "<key>ProductVersion</key><string>12</string></dict></plist>");
+    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    session().setCdnUrl("cdn");
+    session().setIsCdnAvailable(true);
+    EXPECT_TRUE(http.downloads.empty());
+    EXPECT_EQ(agentDownloads(), 1);
+    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    EXPECT_EQ(agentDownloads(), 1);
+    const std::string busy = "TavoMac.dmg is being downloaded already";
+    EXPECT_EQ(said("-[TavoDMGDownloader startDownLoadingTavoMacDmg]"), Journal(2, busy));
+    EXPECT_EQ(said("-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke"),
+              (Journal{"Tavo Dmg Url : https://cdn/TavoMac.dmg", "System version details Debian GNU/Linux",
+                       "System version : 12"}));
+    EXPECT_EQ(logSink.lines.end()[-2], "destination path : " + agentImage);
+    const platform::DownloadRequest& request = http.downloads.back().first;
+    EXPECT_EQ(request.userAgent, "Debian GNU/Linux 12");
+    EXPECT_EQ(request.destination, agentImage);
+    EXPECT_EQ(request.stallTimeout, std::chrono::seconds(240));
+}
+
+TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
+    volume = {"/Volumes/TavoJoin/Join.app/main"};
+    files.putFolder("/Applications");
+    files.put(homeJoin + "/old", "old"); // a copy that is in the way is left alone
+    installAgent("1");
+    slots().joinDmgDownloader->startDownLoadingJoinMacDmg();
+    finishDownload();
+    EXPECT_EQ(http.downloads.back().first.url,
+              "https://host/join-session?key=123456789&role=agent&email=ann@example.org");
+    EXPECT_EQ(http.downloads.back().first.userAgent, "(null) (null)");
+    EXPECT_TRUE(happenedInOrder(
+        journal,
+        {"log: -[JoinDMGDownloader downloadDidBegin:] : JoinMac.dmg downloadDidstarted",
+         "log: -[JoinDMGDownloader downloadDidFinish:] : JoinMac.dmg downloadDidFinish",
+         "run /usr/bin/hdiutil in / mount " + support + "JoinMac.dmg",
+         "log: -[JoinDMGDownloader mountingJoinMacDmg] : JoinMac.dmg mount task termination status : 0",
+         "copy /Volumes/TavoJoin/Join.app -> /Applications/Join.app",
+         "log: -[JoinDMGDownloader copyAppFile] : Join.app file copied to application folder",
+         "run /usr/bin/hdiutil in / detach /Volumes/TavoJoin",
+         "log: -[JoinDMGDownloader unMountingTavoJoinDmg] : JoinMac.dmg unmount task termination status : 0",
+         "remove " + support + "JoinMac.dmg", "launch " + agent}));
+    EXPECT_TRUE(files.exists(homeJoin + "/old"));
+    EXPECT_EQ(said("-[JoinDMGDownloader copyAppFile]").size(), 1U);
+}
+
+TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {
+    Journal comments;
+    notifications.addObserver("SendJoinLog",
+                              [&](const Text& comment) { comments.push_back(comment.value_or("")); });
+    for (int time = 0; time < 2; ++time) {
+        slots().joinDmgDownloader->startDownLoadingJoinMacDmg();
+        mainQueue.turn();
+        http.downloads.back().second->downloadDidFail({"refused", "https://host/"});
+    }
+    EXPECT_EQ(joinDownloads(), 2);
+    EXPECT_EQ(comments, Journal{"Join App faild to download JoinMac.dmg"});
+    EXPECT_EQ(said("-[JoinDMGDownloader download:didFailWithError:]"),
+              Journal(2, "JoinMac.dmg Download failed! Error - refused https://host/ "));
+    EXPECT_TRUE(progressWindow().isVisible());
+}
+
+} // namespace join::test
