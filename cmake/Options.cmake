@@ -1,5 +1,7 @@
 # Settings of the service that a distributor fills in; reserved example names until then.
 set(JOIN_WEB_SERVER_HOST "join.example.com" CACHE STRING "Default web server host")
+set(JOIN_SYSTEM_REQUIREMENTS_URL "https://www.example.com/system-requirements" CACHE STRING
+    "Web page with the system requirements")
 
 set(JOIN_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 if(JOIN_SANITIZE)

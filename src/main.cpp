@@ -16,6 +16,7 @@
 #include "platform/linux/StderrLog.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/SystemVersionFile.h"
+#include "platform/qt/FontWarmUp.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtStrings.h"
@@ -31,6 +32,7 @@
 #include <iostream>
 #include <optional>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -114,6 +116,7 @@ int main(int argc, char* argv[]) {
         return refuse("the only argument there is, is a launch URL, tavojoin://…");
     Exception::setCallStackSource(callStack);
 
+    const std::jthread fonts = warmUpFonts();
     int toolkitArguments = 1; // the launch URL is none of the toolkit's business
     QApplication toolkit(toolkitArguments, argv);
     try {

@@ -15,7 +15,7 @@ namespace join {
 namespace detail {
 
 constexpr std::string_view textConversions[] = {"s", "@"};
-constexpr std::string_view numberConversions[] = {"d", "i", "ld", "lu", "hhd"};
+constexpr std::string_view numberConversions[] = {"d", "i", "ld", "li", "lu", "hhd"};
 
 /// What stands between a percent sign at the text's start and the end of its conversion.
 struct Conversion {
@@ -60,8 +60,8 @@ std::string formatPieces(std::string_view format, std::initializer_list<FormatAr
 } // namespace detail
 
 /// A message format, checked against its arguments when it is compiled: "%s" and "%@" take a text, "%d",
-/// "%i", "%ld",
-/// "%lu" and "%hhd" take a whole number or a flag, which is written as 1 or 0.
+/// "%i", "%ld", "%li",
+///, "%lu" and "%hhd" take a whole number or a flag, which is written as 1 or 0.
 template <class... Arguments>
 class Format {
 public:

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace join::platform {
@@ -23,6 +25,29 @@ struct Color {
     unsigned char blue = 0;
 };
 inline constexpr Color white{255, 255, 255};
+inline constexpr Color black{0, 0, 0};
+inline constexpr Color red{255, 0, 0};
+inline constexpr Color blue{0, 0, 255};
+
+/// How a text is drawn: in the system's font at that size.
+struct TextAttributes {
+    Color color;
+    int pointSize = 0;
+};
+
+/// A message in which a part may be a link. The link is given in bytes of the UTF-8 text.
+struct MessageText {
+    struct Link {
+        std::size_t offset = 0;
+        std::size_t length = 0;
+        std::string address; ///< opened in the user's browser
+        Color color;
+    };
+    std::string text;
+    std::string fontFamily;
+    int pointSize = 0;
+    std::optional<Link> link;
+};
 
 /// Levels that keep a window above those of lower ones, as far as the desktop allows it.
 inline constexpr int normalWindowLevel = 0;
@@ -57,12 +82,39 @@ public:
     virtual bool isVisible() const = 0;
 };
 
+/// A line of text, to be read or to be typed into. Whatever text it is given it shows as the characters it
+/// is.
 class TextField {
 public:
     virtual ~TextField() = default;
 
-    /// Shows the characters of the text, none of which has a meaning.
     virtual void setStringValue(const std::string& text) = 0;
+
+    /// The text that stands in it, line breaks as blanks.
+    virtual std::string stringValue() const = 0;
+
+    /// The prompt that is shown while it is empty.
+    virtual void setPlaceholder(const std::string& text) = 0;
+    virtual void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) = 0;
+
+    virtual void setTextColor(Color color) = 0;
+
+    /// Shows a message, whose link works by mouse and by keyboard.
+    virtual void setMessage(const MessageText& message) = 0;
+
+    /// Takes the keyboard.
+    virtual void becomeFirstResponder() = 0;
+};
+
+class Button {
+public:
+    virtual ~Button() = default;
+
+    virtual void setTitle(const std::string& title) = 0;
+    virtual void setEnabled(bool enabled) = 0;
+
+    /// What a click, or the key that stands for it, does. One that comes while it is being done is lost.
+    virtual void setAction(std::function<void()> action) = 0;
 };
 
 class ProgressIndicator {
@@ -82,6 +134,7 @@ public:
 
     virtual Window& window() = 0;
     virtual TextField& textField(const std::string& outlet) = 0;
+    virtual Button& button(const std::string& outlet) = 0;
     virtual ProgressIndicator& progressIndicator(const std::string& outlet) = 0;
 };
 

@@ -9,6 +9,10 @@
 
 namespace join::test {
 
+inline std::string described(platform::Color color) {
+    return std::to_string(color.red) + "," + std::to_string(color.green) + "," + std::to_string(color.blue);
+}
+
 /// A window or any control, recorded as "NAME: action".
 class NamedRecorder : protected Recorder {
 public:
@@ -31,10 +35,11 @@ public:
         act("origin " + std::to_string(at.x) + "," + std::to_string(at.y));
     }
     void setLevel(int level) override { act("level " + std::to_string(level)); }
-    void setBackgroundColor(platform::Color color) override { act("red " + std::to_string(color.red)); }
+    void setBackgroundColor(platform::Color color) override { act("background " + described(color)); }
     void setTitle(const std::string& title) override { act("title " + title); }
     void hideStandardButton(platform::StandardButton button) override {
-        act(button == platform::StandardButton::zoom ? "no zoom" : "no other button");
+        constexpr const char* names[] = {"close", "minimise", "zoom"};
+        act(std::string("no ") + names[static_cast<int>(button)]);
     }
     void setShouldClose(std::function<bool()> asked) override { shouldClose = std::move(asked); }
     void display() override { act("display"); }
@@ -51,9 +56,37 @@ private:
     bool isVisible_ = false;
 };
 
-struct RecordingControl final : platform::TextField, platform::ProgressIndicator, NamedRecorder {
+/// Any kind of control, so that a test need not know which.
+struct RecordingControl final : platform::TextField,
+                                platform::Button,
+                                platform::ProgressIndicator,
+                                NamedRecorder {
     using NamedRecorder::NamedRecorder;
-    void setStringValue(const std::string& text) override { act(text); }
+
+    std::string typed; ///< what stands in it
+    platform::MessageText message;
+    std::function<void()> click; ///< the user's
+
+    void setStringValue(const std::string& text) override {
+        typed = text;
+        act(text);
+    }
+    std::string stringValue() const override { return typed; }
+    void setPlaceholder(const std::string& text) override { act("prompt " + text); }
+    void setAttributedPlaceholder(const std::string& text, const platform::TextAttributes& how) override {
+        act("prompt " + text + " in " + described(how.color) + " at " + std::to_string(how.pointSize));
+    }
+    void setTextColor(platform::Color color) override { act("text " + described(color)); }
+    void setMessage(const platform::MessageText& text) override {
+        message = text;
+        act("message");
+    }
+    void becomeFirstResponder() override { act("focus"); }
+
+    void setTitle(const std::string& title) override { act("title " + title); }
+    void setEnabled(bool enabled) override { act(enabled ? "enabled" : "disabled"); }
+    void setAction(std::function<void()> action) override { click = std::move(action); }
+
     void startAnimation() override { act("start"); }
     void stopAnimation() override { act("stop"); }
     void setHidden(bool hidden) override { act(hidden ? "hidden" : "shown"); }
@@ -66,15 +99,16 @@ public:
 
     RecordingWindow& window() override { return window_; }
     platform::TextField& textField(const std::string& outlet) override { return control(outlet); }
+    platform::Button& button(const std::string& outlet) override { return control(outlet); }
     platform::ProgressIndicator& progressIndicator(const std::string& outlet) override {
         return control(outlet);
     }
 
-private:
     RecordingControl& control(const std::string& outlet) {
         return controls_.try_emplace(outlet, journal_, outlet).first->second;
     }
 
+private:
     Journal& journal_;
     RecordingWindow window_;
     std::map<std::string, RecordingControl> controls_;

@@ -11,11 +11,11 @@ const std::string sessionEnd = "log: \n" + std::string(133, '-') + "\n";
 TEST_F(ProgressWindow, IsSetUpOnceInOrderBeforeItIsShown) {
     TavoJoinWindowHandler window;
     window.showWindow();
-    EXPECT_EQ(journal, (Journal{"load TavoJoinWindow", "TavoJoinWindow: origin 760,465",
-                                "TavoJoinWindow: display", "TavoJoinWindow: level 3",
-                                "TavoJoinWindow: red 255", "progress: start", "infoLabel: [JOIN_PROGRESS]",
-                                "TavoJoinWindow: title [JOIN]", "TavoJoinWindow: no zoom",
-                                "TavoJoinWindow: no other button", "TavoJoinWindow: front"}));
+    EXPECT_EQ(journal,
+              (Journal{"load TavoJoinWindow", "TavoJoinWindow: origin 760,465", "TavoJoinWindow: display",
+                       "TavoJoinWindow: level 3", "TavoJoinWindow: background 255,255,255", "progress: start",
+                       "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: title [JOIN]",
+                       "TavoJoinWindow: no zoom", "TavoJoinWindow: no minimise", "TavoJoinWindow: front"}));
     window.showWindow();
     EXPECT_EQ(journal.size(), 12U);
 }

@@ -104,7 +104,7 @@ TEST_F(LaunchUrlHandler, AKeyIsTrimmedButItsKindToldFromTheLengthReceived) {
         EXPECT_EQ(session().key(), key) << pair;
         EXPECT_EQ(session().sessionType(), sessionType) << pair;
         EXPECT_EQ(files.exists(joinDetails), key.has_value()) << pair;
-        EXPECT_EQ(joinDownloads(), key ? 1U : 0U) << pair;
+        EXPECT_EQ(joinDownloads(), key ? 1 : 0) << pair;
         EXPECT_EQ(progressWindow().isVisible(), key.has_value()) << pair;
         files.remove(joinDetails);
     }

@@ -19,6 +19,9 @@ namespace {
 // A desktop that shows nothing within this time, as one with a locked screen, shall not hold up the join.
 constexpr std::chrono::milliseconds longestWaitForPainting{500};
 
+/// On Wayland the compositor decides, and the toolkit warns of the attempt.
+bool mayRaise() { return !QGuiApplication::platformName().startsWith("wayland"); }
+
 Qt::WindowFlags flagOf(StandardButton button) {
     switch (button) {
     case StandardButton::close:
@@ -87,8 +90,10 @@ void QtWindow::display() {
 void QtWindow::makeKeyAndOrderFront() {
     const bool comesOnScreen = !widget_.isVisible();
     widget_.show();
-    widget_.raise();
-    widget_.activateWindow();
+    if (mayRaise()) {
+        widget_.raise();
+        widget_.activateWindow();
+    }
     if (comesOnScreen)
         waitUntilPainted();
 }

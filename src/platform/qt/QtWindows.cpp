@@ -1,13 +1,15 @@
 #include "platform/qt/QtWindows.h"
 
 #include "platform/Exception.h"
+#include "platform/qt/QtControls.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtWindow.h"
 #include "platform/qt/SpinningIndicator.h"
+#include "ui_ErrorWindow.h"
+#include "ui_TavoJoinMainWindow.h"
 #include "ui_TavoJoinWindow.h"
 
 #include <QGuiApplication>
-#include <QLabel>
 #include <QScreen>
 
 #include <algorithm>
@@ -19,56 +21,57 @@ namespace join::platform {
 
 namespace {
 
-class QtTextField final : public TextField {
-public:
-    explicit QtTextField(QLabel& label) : label_(label) { label_.setTextFormat(Qt::PlainText); }
-    void setStringValue(const std::string& text) override { label_.setText(QString::fromStdString(text)); }
-
-private:
-    QLabel& label_;
-};
-
-class QtProgressIndicator final : public ProgressIndicator {
-public:
-    explicit QtProgressIndicator(SpinningIndicator& indicator) : indicator_(indicator) {}
-    void startAnimation() override { indicator_.setAnimated(true); }
-    void stopAnimation() override { indicator_.setAnimated(false); }
-    void setHidden(bool hidden) override { indicator_.setHidden(hidden); }
-
-private:
-    SpinningIndicator& indicator_;
-};
-
 class QtInterface final : public Interface {
 public:
     QtInterface(std::unique_ptr<TopWidget> widget, QtMainQueue& mainQueue)
-        : widget_(std::move(widget)), window_(*widget_, mainQueue) {}
+        : widget_(std::move(widget)), mainQueue_(mainQueue), window_(*widget_, mainQueue) {}
 
     Window& window() override { return window_; }
+
     TextField& textField(const std::string& outlet) override {
-        return wrapped<QtTextField, QLabel>(textFields_, outlet);
+        if (auto* const edit = find<QLineEdit>(outlet))
+            return made(textFields_, outlet, [&] { return std::make_unique<QtLineEdit>(*edit); });
+        return made(textFields_, outlet, [&] { return std::make_unique<QtLabel>(get<QLabel>(outlet)); });
     }
+
+    Button& button(const std::string& outlet) override {
+        return made(buttons_, outlet,
+                    [&] { return std::make_unique<QtButton>(get<QPushButton>(outlet), mainQueue_); });
+    }
+
     ProgressIndicator& progressIndicator(const std::string& outlet) override {
-        return wrapped<QtProgressIndicator, SpinningIndicator>(indicators_, outlet);
+        return made(indicators_, outlet,
+                    [&] { return std::make_unique<QtProgressIndicator>(get<SpinningIndicator>(outlet)); });
     }
 
 private:
-    template <class Wrapper, class Widget>
-    Wrapper& wrapped(std::map<std::string, Wrapper>& wrappers, const std::string& outlet) {
-        if (const auto found = wrappers.find(outlet); found != wrappers.end())
-            return found->second;
-        auto* const widget =
-            dynamic_cast<Widget*>(widget_->findChild<QWidget*>(QString::fromStdString(outlet)));
-        if (!widget)
-            throw Exception("The interface file " + widget_->objectName().toStdString() + " has no outlet " +
-                            outlet + " of that kind");
-        return wrappers.try_emplace(outlet, *widget).first->second;
+    template <class Widget>
+    Widget* find(const std::string& outlet) const {
+        return dynamic_cast<Widget*>(widget_->findChild<QWidget*>(QString::fromStdString(outlet)));
+    }
+
+    template <class Widget>
+    Widget& get(const std::string& outlet) const {
+        if (auto* const widget = find<Widget>(outlet))
+            return *widget;
+        throw Exception("The interface file " + widget_->objectName().toStdString() + " has no outlet " +
+                        outlet + " of that kind");
+    }
+
+    /// The control of that outlet, made when it is asked for first.
+    template <class Control, class Maker>
+    static Control& made(std::map<std::string, std::unique_ptr<Control>>& controls, const std::string& outlet,
+                         Maker make) {
+        const auto found = controls.find(outlet);
+        return found != controls.end() ? *found->second : *controls.emplace(outlet, make()).first->second;
     }
 
     std::unique_ptr<TopWidget> widget_;
+    QtMainQueue& mainQueue_;
     QtWindow window_;
-    std::map<std::string, QtTextField> textFields_;
-    std::map<std::string, QtProgressIndicator> indicators_;
+    std::map<std::string, std::unique_ptr<TextField>> textFields_;
+    std::map<std::string, std::unique_ptr<Button>> buttons_;
+    std::map<std::string, std::unique_ptr<ProgressIndicator>> indicators_;
 };
 
 template <class Form>
@@ -80,7 +83,11 @@ struct InterfaceFile {
     std::string_view name;
     void (*setUp)(QWidget&);
 };
-constexpr std::array interfaceFiles = {InterfaceFile{"TavoJoinWindow", setUp<Ui::TavoJoinWindow>}};
+constexpr std::array interfaceFiles = {
+    InterfaceFile{"TavoJoinMainWindow", setUp<Ui::TavoJoinMainWindow>},
+    InterfaceFile{"TavoJoinWindow", setUp<Ui::TavoJoinWindow>},
+    InterfaceFile{"ErrorWindow", setUp<Ui::ErrorWindow>},
+};
 
 } // namespace
 

@@ -158,7 +158,6 @@ TEST(QtTimers, ATimerFiresAgainAndAgainUntilItIsDestroyed) {
 
 TEST(QtStrings, AKeyWithoutTextShowsItself) {
     QtStrings strings;
-    EXPECT_EQ(strings.localized("JOIN"), "Join");
     EXPECT_EQ(strings.localized("NO_SUCH_KEY"), "NO_SUCH_KEY");
 }
 

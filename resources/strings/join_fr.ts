@@ -1,0 +1,17 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="fr">
+<context>
+    <name></name>
+    <message id="JOIN"><source></source><translation>Rejoindre</translation></message>
+    <message id="CANCEL"><source></source><translation>Annuler</translation></message>
+    <message id="ENTER_KEY"><source></source><translation>Saisissez votre clé de session</translation></message>
+    <message id="ENTER_EMAIL"><source></source><translation>Saisissez votre adresse e-mail</translation></message>
+    <message id="ENTER_VALID_KEY"><source></source><translation>Veuillez saisir une clé valide</translation></message>
+    <message id="JOIN_PROGRESS"><source></source><translation>Connexion à votre session en cours…</translation></message>
+    <message id="PROBLEM_OCCURED"><source></source><translation>Un problème est survenu et la session n’a pas pu être rejointe. Veuillez fermer cette fenêtre et réessayer.</translation></message>
+    <message id="OK"><source></source><translation>OK</translation></message>
+    <message id="ERROR_MESSAGE"><source></source><translation>Le système d’exploitation de cet ordinateur ne répond pas aux exigences de la session. Cliquez ici pour consulter la configuration requise.</translation></message>
+    <message id="CLICK_HERE"><source></source><translation>Cliquez ici</translation></message>
+</context>
+</TS>

@@ -1,0 +1,213 @@
+#include "platform/qt/QtControls.h"
+
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/SpinningIndicator.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QRegularExpression>
+#include <QScopedValueRollback>
+#include <QShortcut>
+
+#include <algorithm>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+constexpr int longestInput = 1 << 20; // characters; nobody types more, and a paste by mistake does no harm
+constexpr int longestToolTip = 1000;
+constexpr int textMargin = 6;        // pixels
+constexpr int roomBesidePrompt = 24; // pixels, for margins, frame and cursor
+constexpr int promptAlpha = 160;
+
+QString toQString(const std::string& text) { return QString::fromStdString(text); }
+
+QColor toQColor(Color color) { return {color.red, color.green, color.blue}; }
+
+QString part(const std::string& text, std::size_t offset, std::size_t length = std::string::npos) {
+    return toQString(text.substr(offset, length)).toHtmlEscaped().replace('\n', "<br>");
+}
+
+/// The message as rich text in which nothing but its link has a meaning.
+QString richText(const MessageText& message) {
+    const std::string& text = message.text;
+    if (!message.link)
+        return part(text, 0);
+    const MessageText::Link& link = *message.link;
+    return part(text, 0, link.offset) +
+           QString("<a href=\"%1\" style=\"color: %2\">%3</a>")
+               .arg(toQString(link.address).toHtmlEscaped(), toQColor(link.color).name(),
+                    part(text, link.offset, link.length)) +
+           part(text, link.offset + link.length);
+}
+
+/// Brings a label's link to the keyboard: Tab selects it, and Return then opens it instead of clicking the
+/// window's default button.
+class LinkKeys final : public QObject {
+public:
+    LinkKeys(QLabel& label, qsizetype start, qsizetype length)
+        : QObject(&label), label_(label), start_(static_cast<int>(start)), length_(static_cast<int>(length)) {
+        label.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::ShortcutOverride && label_.hasSelectedText()) {
+            const int key = static_cast<QKeyEvent*>(event)->key();
+            event->setAccepted(key == Qt::Key_Return || key == Qt::Key_Enter);
+            return event->isAccepted();
+        }
+        if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) &&
+            isByTab(*static_cast<QFocusEvent*>(event)))
+            label_.setSelection(start_, event->type() == QEvent::FocusIn ? length_ : 0);
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    static bool isByTab(const QFocusEvent& event) {
+        return event.reason() == Qt::TabFocusReason || event.reason() == Qt::BacktabFocusReason;
+    }
+
+    QLabel& label_;
+    int start_;
+    int length_;
+};
+
+} // namespace
+
+QtLabel::QtLabel(QLabel& label) : label_(label) { label_.setTextFormat(Qt::PlainText); }
+
+void QtLabel::setStringValue(const std::string& text) {
+    label_.setTextFormat(Qt::PlainText);
+    label_.setText(toQString(text));
+}
+
+std::string QtLabel::stringValue() const { return label_.text().toStdString(); }
+
+void QtLabel::setPlaceholder(const std::string& text) { setStringValue(text); }
+
+void QtLabel::setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) {
+    setTextColor(attributes.color);
+    setStringValue(text);
+}
+
+void QtLabel::setTextColor(Color color) {
+    QPalette palette = label_.palette();
+    palette.setColor(QPalette::WindowText, toQColor(color));
+    label_.setPalette(palette);
+}
+
+void QtLabel::setMessage(const MessageText& message) {
+    label_.setFont(QFont(toQString(message.fontFamily), message.pointSize));
+    label_.setTextFormat(Qt::RichText);
+    label_.setTextInteractionFlags(Qt::TextBrowserInteraction);
+    label_.setOpenExternalLinks(true);
+    label_.setText(richText(message));
+    if (message.link) {
+        const auto characters = [&](std::size_t from, std::size_t length) {
+            return toQString(message.text.substr(from, length)).size();
+        };
+        new LinkKeys(label_, characters(0, message.link->offset), // owned by the label
+                     characters(message.link->offset, message.link->length));
+    }
+}
+
+void QtLabel::becomeFirstResponder() { label_.setFocus(); }
+
+QtLineEdit::QtLineEdit(QLineEdit& edit) : edit_(edit), leastWidth_(edit.minimumWidth()) {
+    edit_.setMaxLength(longestInput);
+    edit_.setTextMargins(textMargin, 0, textMargin, 0);
+}
+
+void QtLineEdit::setStringValue(const std::string& text) { edit_.setText(toQString(text)); }
+
+std::string QtLineEdit::stringValue() const {
+    static const QRegularExpression lineBreaks("[\\n\\v\\f\\r\\x{85}\\x{2028}\\x{2029}]");
+    return edit_.text().replace(lineBreaks, " ").toStdString();
+}
+
+void QtLineEdit::setPlaceholder(const std::string& text) {
+    // Not every desktop's theme has a colour for prompts that can be read on its background.
+    QColor color = QApplication::palette(&edit_).color(QPalette::Text);
+    color.setAlpha(promptAlpha);
+    setPrompt(text, color);
+}
+
+void QtLineEdit::setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) {
+    QFont font = edit_.font();
+    font.setPointSize(attributes.pointSize);
+    edit_.setFont(font);
+    setPrompt(text, toQColor(attributes.color));
+}
+
+void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color) {
+    QPalette palette;
+    palette.setColor(QPalette::PlaceholderText, color);
+    const QString text = toQString(prompt);
+    edit_.setPalette(palette);
+    edit_.setPlaceholderText(text);
+    if (edit_.accessibleName().isEmpty())
+        edit_.setAccessibleName(text);
+    edit_.setAccessibleDescription(text);
+    // For a text that is longer than the field. The mark-up around it has it shown as the characters it is.
+    edit_.setToolTip("<p>" + text.left(longestToolTip).toHtmlEscaped() + "</p>");
+    if (edit_.text().isEmpty()) // it can be seen
+        edit_.setMinimumWidth(
+            std::max(leastWidth_, edit_.fontMetrics().horizontalAdvance(text) + roomBesidePrompt));
+}
+
+void QtLineEdit::setTextColor(Color color) {
+    QPalette palette = edit_.palette();
+    palette.setColor(QPalette::Text, toQColor(color));
+    edit_.setPalette(palette);
+}
+
+void QtLineEdit::setMessage(const MessageText& message) { setStringValue(message.text); }
+
+void QtLineEdit::becomeFirstResponder() { edit_.setFocus(); }
+
+QtButton::QtButton(QPushButton& button, QtMainQueue& mainQueue) : button_(button), mainQueue_(mainQueue) {
+    const auto clickedBy = [&](int key) {
+        auto* const shortcut = new QShortcut(QKeySequence(key), button_.window()); // owned by the window
+        QObject::connect(shortcut, &QShortcut::activated, &button_, &QPushButton::click);
+    };
+    if (button_.isDefault()) {
+        clickedBy(Qt::Key_Return);
+        clickedBy(Qt::Key_Enter);
+        button_.setFocus(); // unless another control takes it
+    }
+    if (button_.property("cancels").toBool())
+        clickedBy(Qt::Key_Escape);
+    QObject::connect(&button_, &QPushButton::clicked, &button_, [this] { act(); });
+}
+
+void QtButton::setTitle(const std::string& title) {
+    button_.setText(toQString(title).replace('&', "&&")); // no character of it is a shortcut
+}
+
+void QtButton::setEnabled(bool enabled) { button_.setEnabled(enabled); }
+
+void QtButton::setAction(std::function<void()> action) { action_ = std::move(action); }
+
+void QtButton::act() {
+    if (!action_ || isActing_)
+        return;
+    const QScopedValueRollback acting(isActing_, true);
+    action_();
+    // Clicks that were made while the action blocked the loop arrive now, and are lost.
+    const QtMainQueue::Hold hold(mainQueue_);
+    QCoreApplication::processEvents();
+}
+
+QtProgressIndicator::QtProgressIndicator(SpinningIndicator& indicator) : indicator_(indicator) {
+    indicator_.setAccessibleName(qtTrId("JOIN_PROGRESS"));
+}
+
+void QtProgressIndicator::startAnimation() { indicator_.setAnimated(true); }
+
+void QtProgressIndicator::stopAnimation() { indicator_.setAnimated(false); }
+
+void QtProgressIndicator::setHidden(bool hidden) { indicator_.setHidden(hidden); }
+
+} // namespace join::platform

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "platform/Windows.h"
+
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace join::platform {
+
+class QtMainQueue;
+class SpinningIndicator;
+
+/// A line of text to be read. It does not own its widget, as no control here does.
+class QtLabel final : public TextField {
+public:
+    explicit QtLabel(QLabel& label);
+
+    void setStringValue(const std::string& text) override;
+    std::string stringValue() const override;
+    void setPlaceholder(const std::string& text) override;
+    void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) override;
+    void setTextColor(Color color) override;
+    void setMessage(const MessageText& message) override;
+    void becomeFirstResponder() override;
+
+private:
+    QLabel& label_;
+};
+
+/// A line of text to be typed into. Its prompt is its name for a screen reader.
+class QtLineEdit final : public TextField {
+public:
+    explicit QtLineEdit(QLineEdit& edit);
+
+    void setStringValue(const std::string& text) override;
+    std::string stringValue() const override;
+    void setPlaceholder(const std::string& text) override;
+    void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) override;
+    void setTextColor(Color color) override;
+    void setMessage(const MessageText& message) override;
+    void becomeFirstResponder() override;
+
+private:
+    void setPrompt(const std::string& prompt, const QColor& color);
+
+    QLineEdit& edit_;
+    int leastWidth_;
+};
+
+/// A button. The default one of its window is also clicked by Return, one with the property "cancels" by
+/// Escape.
+class QtButton final : public Button {
+public:
+    QtButton(QPushButton& button, QtMainQueue& mainQueue);
+
+    void setTitle(const std::string& title) override;
+    void setEnabled(bool enabled) override;
+    void setAction(std::function<void()> action) override;
+
+private:
+    void act();
+
+    QPushButton& button_;
+    QtMainQueue& mainQueue_;
+    std::function<void()> action_;
+    bool isActing_ = false;
+};
+
+class QtProgressIndicator final : public ProgressIndicator {
+public:
+    explicit QtProgressIndicator(SpinningIndicator& indicator);
+
+    void startAnimation() override;
+    void stopAnimation() override;
+    void setHidden(bool hidden) override;
+
+private:
+    SpinningIndicator& indicator_;
+};
+
+} // namespace join::platform

@@ -1,0 +1,339 @@
+#include "platform/Services.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtStrings.h"
+#include "platform/qt/QtWindows.h"
+#include "support/LogicTest.h"
+#include "ui/ErrorWindow.h"
+#include "ui/TavoJoinMainWindowHandler.h"
+#include "ui/TavoJoinWindowHandler.h"
+
+#include <QAccessible>
+#include <QApplication>
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTest>
+#include <QTextBlock>
+#include <QTextDocument>
+
+namespace join::platform {
+namespace {
+
+/// Whose end can be asked for without ending the test.
+struct PatientApplication final : Application {
+    int ends = 0;
+    void run(ApplicationDelegate& /*delegate*/) override {}
+    void terminate() override { ++ends; }
+    void exitImmediately() override { ++ends; }
+    std::string bundlePath() override { return {}; }
+    std::string bundleIdentifier() override { return {}; }
+    SystemVersion systemVersion() override { return {}; }
+};
+
+/// The logic on doubles, but for its windows.
+class RealWindows : public test::LogicTest {
+protected:
+    RealWindows() {
+        services().windows = &qtWindows;
+        services().application = &patientApplication;
+        JoinSessionDetails::setDefaultValues();
+        session().setWebServerName("host");
+        session().setSessionType(SessionType::meeting);
+    }
+
+    static QWidget& window(const QString& name) {
+        for (QWidget* candidate : QApplication::topLevelWidgets())
+            if (candidate->objectName() == name)
+                return *candidate;
+        throw std::runtime_error("no window " + name.toStdString());
+    }
+
+    /// The user hits a key, wherever the keyboard is.
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(QApplication::activeWindow()->windowHandle(), key, modifiers);
+    }
+
+    static void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+
+    static void paste(const QString& text) {
+        QApplication::clipboard()->setText(text);
+        press(Qt::Key_V, Qt::ControlModifier);
+    }
+
+    static QString focused() {
+        return QApplication::focusWidget() ? QApplication::focusWidget()->objectName() : QString();
+    }
+
+    PatientApplication patientApplication;
+    QtMainQueue queue;
+    QtWindows qtWindows{queue};
+    TavoJoinWindowHandler progress;
+};
+
+class QtEntryWindow : public RealWindows {
+protected:
+    QtEntryWindow() {
+        entry.showWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&shown()));
+        notifications.addObserver("ReadJoinParameters", [this](const Text&) { ++joins; });
+    }
+
+    static QWidget& shown() { return window("TavoJoinMainWindow"); }
+    static QLineEdit& field(const char* name) { return *shown().findChild<QLineEdit*>(name); }
+    static QLineEdit& keyField() { return field("keyInputTextfield"); }
+    static QLineEdit& emailField() { return field("emailInputTextfield"); }
+    static QPushButton& joinButton() { return *shown().findChild<QPushButton*>("joinButton"); }
+
+    void expectQuestion(const std::string& key, const std::string& answer) {
+        http.expect("https://host/api/public/xml/meetings/checkSessionID?key=" + key +
+                        "&role=agent&sessionType=Meeting",
+                    {200, answer, {}});
+    }
+
+    TavoJoinMainWindowHandler entry{progress};
+    int joins = 0;
+};
+
+bool isRed(const QLineEdit& edit) {
+    return edit.palette().color(QPalette::PlaceholderText) == QColor(255, 0, 0);
+}
+
+TEST_F(QtEntryWindow, IsUsedWithTheKeyboardAlone) {
+    EXPECT_EQ(focused(), "keyInputTextfield");
+    type("123");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "emailInputTextfield");
+    type("ann@example.org");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "joinButton");
+    press(Qt::Key_Tab);
+    EXPECT_EQ(focused(), "cancelButton");
+    expectQuestion("123", "<is-valid>false");
+    press(Qt::Key_Return);
+    EXPECT_EQ(focused(), "keyInputTextfield");
+    EXPECT_EQ(keyField().text(), "");
+    EXPECT_EQ(emailField().text(), "ann@example.org");
+    EXPECT_EQ(keyField().placeholderText(), "[ENTER_VALID_KEY]");
+    EXPECT_TRUE(isRed(keyField()));
+
+    expectQuestion("456", "<is-valid>true");
+    type("456");
+    press(Qt::Key_Enter);
+    EXPECT_FALSE(shown().isVisible());
+    EXPECT_TRUE(progress.isVisible());
+    EXPECT_EQ(patientApplication.ends, 0);
+}
+
+TEST_F(QtEntryWindow, TheKeyboardStaysWhereTheUserLeftIt) {
+    joinButton().setFocus();
+    press(Qt::Key_Space);
+    EXPECT_EQ(joins, 1);
+    EXPECT_EQ(focused(), "joinButton");
+}
+
+TEST_F(QtEntryWindow, EscapeAndTheDesktopsCloseCancel) {
+    press(Qt::Key_Escape);
+    EXPECT_EQ(patientApplication.ends, 1);
+    EXPECT_FALSE(shown().isVisible());
+    entry.showWindow();
+    shown().close();
+    EXPECT_EQ(patientApplication.ends, 2);
+}
+
+TEST_F(QtEntryWindow, PromptsAreRedOnlyWhereSomethingIsMissing) {
+    EXPECT_FALSE(isRed(keyField()) || isRed(emailField()));
+    press(Qt::Key_Return);
+    for (const QLineEdit* edit : {&keyField(), &emailField()}) {
+        EXPECT_TRUE(isRed(*edit));
+        EXPECT_EQ(edit->font().pointSize(), 13);
+        EXPECT_NE(edit->palette().color(QPalette::Text), QColor(255, 0, 0));
+    }
+    emailField().setText("ann");
+    press(Qt::Key_Return);
+    emailField().clear();
+    EXPECT_TRUE(isRed(keyField()));
+    EXPECT_FALSE(isRed(emailField()));
+    EXPECT_EQ(emailField().placeholderText(), "ann");
+}
+
+/// What a tool tip shows, which takes its text for rich text when it looks so.
+QString shownByToolTip(const QString& text) {
+    QTextDocument document;
+    Qt::mightBeRichText(text) ? document.setHtml(text) : document.setPlainText(text);
+    return document.toPlainText();
+}
+
+TEST_F(QtEntryWindow, TypedTextIsShownAsTheCharactersItIs) {
+    for (const char* email : {"<img src=x>", "a & b", "&lt;b&gt;", "\"q\" <b>", "שלום"}) {
+        emailField().setText(email);
+        press(Qt::Key_Return);
+        EXPECT_EQ(emailField().placeholderText(), email);
+        EXPECT_EQ(shownByToolTip(emailField().toolTip()), email);
+    }
+}
+
+TEST_F(QtEntryWindow, APasteWithLineBreaksIsOneLine) {
+    emailField().setText("ann");
+    expectQuestion("12  34 5", "<is-valid>false");
+    paste("\n12\r\n34\u2028"
+          "5\n");
+    press(Qt::Key_Return);
+    EXPECT_EQ(session().key(), "12  34 5");
+}
+
+TEST_F(QtEntryWindow, TextOfAnyLengthAndScriptIsTaken) {
+    const std::string key(100'000, '7');
+    const QWidget& entryWindow = shown();
+    const QSize size = entryWindow.size();
+    paste(QString::fromStdString(key));
+    press(Qt::Key_Return); // the key becomes a prompt
+    EXPECT_EQ(keyField().placeholderText().size(), 100'000);
+    EXPECT_LT(keyField().toolTip().size(), 10'000);
+    QApplication::processEvents();
+    EXPECT_EQ(entryWindow.height(), size.height());
+    EXPECT_LT(entryWindow.width(), 1000);
+    press(Qt::Key_Tab);
+    paste("שלום ‏مرحبا 日本 😀");
+    expectQuestion(key, "<is-valid>false");
+    press(Qt::Key_Return);
+    EXPECT_EQ(session().key(), key);
+    EXPECT_EQ(session().emailID(), "שלום ‏مرحبا 日本 😀");
+}
+
+TEST_F(QtEntryWindow, ClicksWhileItJoinsAreLost) {
+    const QPointF middle = joinButton().rect().center();
+    notifications.addObserver("ReadJoinParameters", [&](const Text&) {
+        QTest::mouseClick(&joinButton(), Qt::LeftButton);
+        press(Qt::Key_Return);
+        for (const auto kind : {QEvent::MouseButtonPress, QEvent::MouseButtonRelease})
+            QCoreApplication::postEvent(&joinButton(),
+                                        new QMouseEvent(kind, middle, joinButton().mapToGlobal(middle),
+                                                        Qt::LeftButton, Qt::LeftButton, Qt::NoModifier));
+    });
+    QTest::mouseClick(&joinButton(), Qt::LeftButton);
+    QApplication::processEvents();
+    EXPECT_EQ(joins, 1);
+    QTest::mouseClick(&joinButton(), Qt::LeftButton);
+    EXPECT_EQ(joins, 2);
+}
+
+TEST_F(QtEntryWindow, StaysOnTopWithoutTitleButtons) {
+    EXPECT_TRUE(shown().windowFlags() & Qt::WindowStaysOnTopHint);
+    EXPECT_FALSE(shown().windowFlags() & (Qt::WindowMinMaxButtonsHint | Qt::WindowCloseButtonHint));
+}
+
+class QtErrorWindow : public RealWindows {
+protected:
+    QtErrorWindow() {
+        services().strings = &messages;
+        error.showWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window("ErrorWindow")));
+    }
+
+    struct Messages final : Strings {
+        std::string localized(const std::string& key) override {
+            if (key == "ERROR_MESSAGE")
+                return "<img src=x> & <b>ü</b>\n<a href='file:///'>here</a> or here: 5%%";
+            return key == "CLICK_HERE" ? "here" : key;
+        }
+    } messages;
+    ErrorWindow error;
+};
+
+TEST_F(QtErrorWindow, NothingOfItsMessageButTheLinkHasAMeaning) {
+    const QLabel& label = *window("ErrorWindow").findChild<QLabel*>("errorText");
+    QTextDocument document;
+    document.setHtml(label.text());
+    EXPECT_EQ(document.toPlainText(), "<img src=x> & <b>ü</b>\n<a href='file:///'>here</a> or here: 5%");
+    QString linked;
+    for (auto piece = document.begin().begin(); !piece.atEnd(); ++piece)
+        if (piece.fragment().charFormat().isAnchor()) {
+            linked += piece.fragment().text();
+            EXPECT_EQ(piece.fragment().position(), document.toPlainText().indexOf("here"));
+            EXPECT_TRUE(piece.fragment().charFormat().anchorHref().startsWith("https://"));
+            EXPECT_EQ(piece.fragment().charFormat().foreground().color(), QColor(Qt::blue));
+        }
+    EXPECT_EQ(linked, "here");
+}
+
+class Browser : public QObject {
+    Q_OBJECT
+public:
+    Browser() { QDesktopServices::setUrlHandler("https", this, "open"); }
+    ~Browser() override { QDesktopServices::unsetUrlHandler("https"); }
+    QList<QUrl> opened;
+public Q_SLOTS:
+    void open(const QUrl& url) { opened.append(url); }
+};
+
+TEST_F(QtErrorWindow, TheKeyboardOpensItsLinkAndEndsIt) {
+    const Browser browser;
+    EXPECT_EQ(focused(), "ok");
+    for (int time = 1; time <= 2; ++time) {
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focused(), "errorText");
+        press(Qt::Key_Return);
+        EXPECT_EQ(browser.opened.size(), time);
+        EXPECT_EQ(patientApplication.ends, 0);
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focused(), "ok");
+    }
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space})
+        press(key);
+    EXPECT_EQ(patientApplication.ends, 3);
+}
+
+/// Texts that are twice as long as those of the table.
+struct DoubledStrings final : Strings {
+    std::string localized(const std::string& key) override {
+        const std::string text = table.localized(key);
+        return text + " " + text;
+    }
+    QtStrings table;
+};
+
+bool isWhole(const QWidget& widget) {
+    if (const auto* edit = dynamic_cast<const QLineEdit*>(&widget)) {
+        constexpr int frame = 8;
+        return edit->fontMetrics().horizontalAdvance(edit->placeholderText()) + frame <= edit->width();
+    }
+    if (widget.hasHeightForWidth())
+        return widget.heightForWidth(widget.width()) <= widget.height();
+    return widget.sizeHint().width() <= widget.width() && widget.sizeHint().height() <= widget.height();
+}
+
+TEST_F(RealWindows, NothingIsCutOffOrNamelessInAnyLanguageAndAtTwiceTheLength) {
+    for (const char* language : {"en", "de", "fr", "es", "ja", "ar"}) {
+        QLocale::setDefault(QLocale(language));
+        DoubledStrings doubled;
+        services().strings = &doubled;
+        ErrorWindow error;
+        TavoJoinWindowHandler information;
+        TavoJoinMainWindowHandler entry(information);
+        error.showWindow();
+        information.showWindow();
+        information.showProblem();
+        entry.showWindow();
+        entry.joinButtonAction();
+        entry.showWindowAskingForValidKey();
+        QApplication::processEvents();
+        for (const char* name : {"ErrorWindow", "TavoJoinWindow", "TavoJoinMainWindow"})
+            for (QWidget* widget : window(name).findChildren<QWidget*>()) {
+                if (!dynamic_cast<QLineEdit*>(widget) && !dynamic_cast<QPushButton*>(widget) &&
+                    !dynamic_cast<QLabel*>(widget))
+                    continue;
+                const std::string who = widget->objectName().toStdString() + " in " + language;
+                EXPECT_TRUE(isWhole(*widget)) << who;
+                EXPECT_NE(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name), "") << who;
+            }
+    }
+    QLocale::setDefault(QLocale::c());
+    QApplication::setLayoutDirection(Qt::LeftToRight);
+}
+
+} // namespace
+} // namespace join::platform
+
+#include "QtEntryWindowTest.moc"
