@@ -2,6 +2,7 @@
 
 #include "core/Text.h"
 #include "platform/Application.h"
+#include "platform/HttpClient.h"
 #include "platform/Value.h"
 
 #include <optional>
@@ -12,7 +13,7 @@ namespace join {
 
 /// Owns the run of the program: its operations carry the join from the start to the running agent. Each
 /// catches what its steps raise, logs it and returns; nothing is told to the caller. Main thread only.
-class AppDelegate final : public platform::ApplicationDelegate {
+class AppDelegate final : public platform::ApplicationDelegate, private platform::ConnectionDelegate {
 public:
     // core: start-up and dispatch
     void awakeFromNib() override;
@@ -77,17 +78,34 @@ public:
     void loggingFile();
     void startLoggingTimer();
 
-    /// A step of the join has failed: sends the logs with a comment.
+    /// A step of the join has failed: sends the logs with a comment, and puts the network locations into the
+    /// log.
     void sendJoinLogTask(const Text& comment);
 
-    /// A milestone of the join has been reached.
+    /// A milestone of the join has been reached: puts the network locations into the log.
     void joinFeatureTrackTask(std::string_view milestone);
+
+    /// Starts the upload of the product's log folder. Gives the upload flag: "true" when an earlier upload of
+    /// this run has been opened.
+    std::string sendLogFiles(const Text& comment);
+
+    /// Zips a folder into the archive in the temporary folder, whose path it gives, whatever came of it.
+    std::string zipDirectoryWithPath(const std::string& folder);
+
+    /// The attachment part of the log-mail form for a file; without content when the file cannot be read.
+    std::string getFileDataWith(const std::string& path);
 
     /// The information property list of a bundle, or the one embedded in an executable file; nothing when it
     /// has none.
     std::optional<platform::Value> embeddedPlistV2(const std::string& path);
 
 private:
+    void connectionDidReceiveResponse() override;
+    void connectionDidReceiveData(std::string_view data) override;
+    void connectionDidFinishLoading() override;
+    void connectionDidFail(const platform::HttpError& error) override;
+    void openUpload(platform::PostRequest request);
+
     void registerForLaunchUrls();
     void registerNotificationHandlers();
     void prepareFolders();

@@ -2,6 +2,7 @@
 
 #include "core/JoinSessionDetails.h"
 #include "diag/LogFile.h"
+#include "diag/LogUpload.h"
 #include "diag/MonitoringHandler.h"
 #include "install/JoinDMGDownloader.h"
 #include "install/TavoDMGDownloader.h"
@@ -29,6 +30,7 @@ void emptyProcessSlots() {
     ApiHandler::forgetInstance();
     MonitoringHandler::forgetEntries();
     logFileNameCount = 0;
+    logUpload() = LogUploadSlots();
     copyCounter = 0;
     joinDownloadFailures = 0;
 }

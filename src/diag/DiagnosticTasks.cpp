@@ -1,14 +1,44 @@
 #include "core/AppDelegate.h"
 #include "core/Logging.h"
+#include "platform/Services.h"
+#include "platform/Tasks.h"
+#include "platform/Utf8.h"
+
+#include <vector>
 
 namespace join {
 
-void AppDelegate::sendJoinLogTask(const Text& comment) {
-    log("%s : This version sends no logs : %@", "-[AppDelegate sendJoinLogTask:]", comment);
+namespace {
+
+constexpr const char* defaultComment = "Join App failed to start agent - ";
+
+/// What the network-location tool prints; absent when that is no text.
+Text networkLocations(std::vector<std::string> arguments) {
+    const platform::TaskResult result =
+        platform::services().tasks->run({"/usr/sbin/scselect", std::move(arguments), "/"});
+    return platform::isUtf8(result.output) ? Text(result.output) : std::nullopt;
 }
 
-void AppDelegate::joinFeatureTrackTask(std::string_view milestone) {
-    log("%s : This version runs no diagnostics : %@", "-[AppDelegate joinFeatureTrackTask:]", milestone);
+} // namespace
+
+void AppDelegate::sendJoinLogTask(const Text& comment) {
+    constexpr auto method = "-[AppDelegate sendJoinLogTask:]";
+    reportingExceptions(method, [&] {
+        const bool saysSomething = isFilled(comment) && *comment != absentText;
+        const std::string flag = sendLogFiles(saysSomething ? *comment : defaultComment);
+        log("%s : SendlogTask output \n%@", "-[AppDelegate sendJoinLogTask:]_block_invoke",
+            networkLocations({flag}));
+        log("%s : Log file has been sent succesfully !!! ", method);
+    });
+}
+
+void AppDelegate::joinFeatureTrackTask(std::string_view /*milestone*/) {
+    constexpr auto method = "-[AppDelegate joinFeatureTrackTask:]";
+    reportingExceptions(method, [&] {
+        log("%s : joinFeaturelogTask output \n%@", "-[AppDelegate joinFeatureTrackTask:]_block_invoke",
+            networkLocations({}));
+        log("%s : joinFeaturelogTask called succesfully !!! ", method);
+    });
 }
 
 } // namespace join

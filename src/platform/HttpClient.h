@@ -5,6 +5,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
 
 namespace join::platform {
 
@@ -51,6 +54,32 @@ public:
     virtual ~Download() = default;
 };
 
+/// A POST request over HTTPS.
+struct PostRequest {
+    std::string url;                                          ///< absolute, as RFC 3986 writes it
+    std::vector<std::pair<std::string, std::string>> headers; ///< in their order
+    std::string body;
+    std::chrono::milliseconds stallTimeout{60'000};       ///< how long it may go on without a byte
+    std::size_t maximumAnswerSize = std::size_t{1} << 16; ///< bytes; a longer answer is a failure
+};
+
+/// Is told of a connection, on the main queue: of the response and its data as they arrive, then, once, how
+/// it has ended. The status is not judged.
+class ConnectionDelegate {
+public:
+    virtual ~ConnectionDelegate() = default;
+    virtual void connectionDidReceiveResponse() = 0;
+    virtual void connectionDidReceiveData(std::string_view data) = 0;
+    virtual void connectionDidFinishLoading() = 0;
+    virtual void connectionDidFail(const HttpError& error) = 0;
+};
+
+/// A connection that is going on or has ended. Destroying it ends it; its delegate is told nothing more.
+class Connection {
+public:
+    virtual ~Connection() = default;
+};
+
 /// HTTPS with certificates verified, against the system's and those in the file that SSL_CERT_FILE names.
 /// Redirects are followed, never off HTTPS.
 class HttpClient {
@@ -68,6 +97,11 @@ public:
     /// Main thread only.
     virtual std::unique_ptr<Download> download(const DownloadRequest& request,
                                                DownloadDelegate& delegate) = 0;
+
+    /// Sends a request and returns at once; nullptr when it could not be started at all. Redirects are not
+    /// followed. The delegate outlives the connection. The URL is judged as for get(). Never throws. Main
+    /// thread only.
+    virtual std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) = 0;
 };
 
 } // namespace join::platform

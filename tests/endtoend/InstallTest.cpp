@@ -147,7 +147,7 @@ TEST(Install, AFailedDownloadOfJoinLeavesTheWindowOpen) {
     const JoinWorld world(delivering({"--image-fail", "all"}));
     const Child join(world.launch({urlOf(world)}));
     EXPECT_TRUE(eventually([&] { return world.logHolds("JoinMac.dmg Download failed! Error - "); }));
-    EXPECT_TRUE(eventually([&] { return world.logHolds("Join App faild to download JoinMac.dmg"); }));
+    EXPECT_TRUE(eventually([&] { return world.logHolds("Log File sent succesfully!"); }));
     EXPECT_EQ(world.agentStarts(), "");
     expectTidy(world);
 }
@@ -160,23 +160,36 @@ struct FailingDownloads {
     long fromWebServer;
 };
 
+/// The upload that the service has stored holds the log with the failure in it.
+void expectLogs(const std::string& folder, const std::string& comment) {
+    const std::string form = contentsOf(folder + "/1.txt");
+    EXPECT_NE(form.find("key=123456789\n"), std::string::npos) << form;
+    EXPECT_NE(form.find("comment=" + comment + "\n"), std::string::npos) << form;
+    Child unzip(
+        {.command = {"7zz", "x", "-so", folder + "/1.zip", "Join/join.log"}, .output = folder + "/log"});
+    EXPECT_EQ(unzip.wait(), 0);
+    EXPECT_EQ(count(contentsOf(folder + "/log"), "Download failed! Error - "), 7);
+}
+
 class AgentDownload : public testing::TestWithParam<FailingDownloads> {};
 
 TEST_P(AgentDownload, IsTriedSevenTimesInAll) {
     const auto& [name, failures, fault, fromDeliveryHost, fromWebServer] = GetParam();
-    const JoinWorld world(delivering(
-        {"--update-needed", "true", "--cdn-link", "self", "--image-fail", failures, "--image-fault", fault}));
+    const TemporaryFolder mail;
+    const JoinWorld world(delivering({"--update-needed", "true", "--cdn-link", "self", "--image-fail",
+                                      failures, "--image-fault", fault, "--log-mail-folder", mail.path()}));
     JoinWorld::copyJoinTo(world.systemRoot() + "/Applications");
     Child join(world.launch({urlOf(world)}));
     const bool succeeds = failures != "7";
-    const std::string end =
-        succeeds ? "Agent invoked successfully" : "Join App faild to download TavoMac.dmg";
+    const std::string end = succeeds ? "Agent invoked successfully" : "Log File sent succesfully!";
     EXPECT_TRUE(eventually([&] { return world.logHolds(end); }, 60s)) << world.log();
     EXPECT_EQ(count(world.requests(), "GET /TavoMac.dmg "), fromDeliveryHost) << world.requests();
     EXPECT_EQ(count(world.requests(), "GET /agent/TavoMac.dmg "), fromWebServer) << world.requests();
     EXPECT_EQ(count(world.log(), "Retrying dmg download! COUNT : "), fromDeliveryHost + fromWebServer - 1);
     if (succeeds) {
         EXPECT_EQ(join.wait(), 0);
+    } else {
+        expectLogs(mail.path(), "Join App faild to download TavoMac.dmg");
     }
     expectTidy(world);
 }

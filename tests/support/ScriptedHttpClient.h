@@ -43,6 +43,19 @@ public:
         return std::make_unique<platform::Download>();
     }
 
+    /// The connections that were started, for the test to carry on with.
+    std::vector<std::pair<platform::PostRequest, platform::ConnectionDelegate*>> connections;
+    bool refusesConnections = false; ///< none can be started at all
+
+    std::unique_ptr<platform::Connection> connect(platform::PostRequest request,
+                                                  platform::ConnectionDelegate& delegate) override {
+        record("post " + request.url);
+        if (refusesConnections)
+            return nullptr;
+        connections.emplace_back(std::move(request), &delegate);
+        return std::make_unique<platform::Connection>();
+    }
+
     /// What happens to the download that was started last.
     void begin() { downloads.at(downloads.size() - 1).second->downloadDidBegin(); }
     void fail(const std::string& description) {

@@ -68,8 +68,8 @@ public:
         ::eventfd_write(stop_, 1);
         acceptor_.join();
         connections_.clear(); // waits for them
-        for (const auto& [path, answer] : expected_)
-            ADD_FAILURE() << "never asked for: " << path;
+        for (const auto& [request, answer] : expected_)
+            ADD_FAILURE() << "never asked for: " << request;
         ::close(listener_);
         ::close(stop_);
     }
@@ -82,13 +82,13 @@ public:
     }
     std::string certificate() const { return certificate_.pem(); }
 
-    /// Answers the next GET of that path, which may have a query.
-    void expect(const std::string& path, ScriptedAnswer answer) {
+    /// Answers the next request of that path, which may have a query.
+    void expect(const std::string& path, ScriptedAnswer answer, const std::string& method = "GET") {
         const std::scoped_lock lock(mutex_);
-        expected_.emplace(path, std::move(answer));
+        expected_.emplace(method + " " + path, std::move(answer));
     }
 
-    /// The head lines of the requests that came, in order.
+    /// The requests that came, in order: each its head lines, an empty one and the body.
     std::vector<std::string> requests() const {
         const std::scoped_lock lock(mutex_);
         return requests_;
@@ -125,30 +125,43 @@ private:
         SSL_set_fd(tls.get(), socket);
         if (!awaitInput(socket) || SSL_accept(tls.get()) != 1)
             return;
-        for (std::string head = readHead(tls.get()); !head.empty(); head = readHead(tls.get()))
-            if (!answer(tls.get(), socket, take(head)))
+        for (std::string request = read(tls.get()); !request.empty(); request = read(tls.get()))
+            if (!answer(tls.get(), socket, take(std::move(request))))
                 return;
     }
 
-    std::string readHead(SSL* tls) const {
-        std::string head;
+    /// Of the request that begins so: its length, the largest number as long as its head is not whole.
+    static std::size_t lengthOf(const std::string& request) {
+        constexpr std::string_view length = "\r\nContent-Length: ";
+        const auto end = request.find("\r\n\r\n");
+        const auto at = request.find(length);
+        if (end == std::string::npos)
+            return end;
+        return end + 4 + (at < end ? std::stoul(request.substr(at + length.size(), 12)) : 0);
+    }
+
+    /// Gives one request, empty when there is none.
+    std::string read(SSL* tls) const {
+        std::string request;
         std::array<char, 4096> buffer{};
-        while (head.find("\r\n\r\n") == std::string::npos) {
+        for (auto length = lengthOf(request); request.size() < length;) {
             if (SSL_pending(tls) == 0 && !awaitInput(SSL_get_fd(tls)))
                 return {};
             const int count = SSL_read(tls, buffer.data(), static_cast<int>(buffer.size()));
             if (count <= 0)
                 return {};
-            head.append(buffer.data(), static_cast<std::size_t>(count));
+            request.append(buffer.data(), static_cast<std::size_t>(count));
+            if (length == std::string::npos)
+                length = lengthOf(request);
         }
-        return head;
+        return request;
     }
 
-    ScriptedAnswer take(const std::string& head) {
+    ScriptedAnswer take(std::string request) {
         const std::scoped_lock lock(mutex_);
-        requests_.push_back(head);
+        const std::string& head = requests_.emplace_back(std::move(request));
         for (auto next = expected_.begin(); next != expected_.end(); ++next)
-            if (head.starts_with("GET " + next->first + " HTTP/1.1\r\n"))
+            if (head.starts_with(next->first + " HTTP/1.1\r\n"))
                 return std::move(expected_.extract(next).mapped());
         ADD_FAILURE() << "unexpected request: " << head;
         return {.status = 500};

@@ -9,6 +9,7 @@ namespace {
 
 using join::tools::Broken;
 using join::tools::ImageFault;
+using join::tools::LogMailAnswer;
 using join::tools::parseScenario;
 using join::tools::Scenario;
 using Texts = std::vector<std::string>;
@@ -38,6 +39,8 @@ TEST(Scenario, TakesItsOptions) {
         {{"--image-fault", "stall", "--image-fail", "2"},
          [](auto& s) { return s.imageFault == ImageFault::stall && s.failingImages == 2; }},
         {{"--image-fail", "all"}, [](auto& s) { return s.failingImages > 1'000'000; }},
+        {{"--log-mail", "line-feed", "--log-mail-folder", "f"},
+         [](auto& s) { return s.logMail == LogMailAnswer::lineFeed && s.logMailFolder == "f"; }},
     };
     for (const Accepted& accepted : cases)
         EXPECT_TRUE(accepted.holds(parseScenario(accepted.arguments)))
@@ -71,6 +74,8 @@ TEST(Scenario, RefusesAWrongCommandLineInOneLine) {
         {"--image-fail", "ALL"},
         {"--image-fail", "1", "--image-fault", "none"},
         {"--image-fault", "cut"},
+        {"--log-mail", "SUCCESS"},
+        {"--log-mail-folder", ""},
         {"--answer", "file", "--broken", "html"},
     };
     for (const Texts& arguments : cases) {

@@ -60,6 +60,15 @@ const std::map<std::string_view, ImageFault>& imageFaultChoices() {
     return choices;
 }
 
+const std::map<std::string_view, LogMailAnswer>& logMailChoices() {
+    using Answer = LogMailAnswer;
+    static const std::map<std::string_view, Answer> choices{
+        {"success", Answer::success}, {"line-feed", Answer::lineFeed}, {"error", Answer::error},
+        {"empty", Answer::empty},     {"reset", Answer::reset},        {"slow", Answer::slow},
+        {"endless", Answer::endless}};
+    return choices;
+}
+
 int countOrAll(const std::string& text) {
     constexpr int all = std::numeric_limits<int>::max();
     return text == "all" ? all : number(text, 0, all);
@@ -91,6 +100,8 @@ const std::map<std::string_view, Setter>& setters() {
         {"--join-image", [](S& s, const Text& value) { s.joinImage = notEmpty(value); }},
         {"--image-fail", [](S& s, const Text& value) { s.failingImages = countOrAll(value); }},
         {"--image-fault", [](S& s, const Text& value) { s.imageFault = oneOf(imageFaultChoices(), value); }},
+        {"--log-mail", [](S& s, const Text& value) { s.logMail = oneOf(logMailChoices(), value); }},
+        {"--log-mail-folder", [](S& s, const Text& value) { s.logMailFolder = notEmpty(value); }},
     };
     return table;
 }
@@ -154,6 +165,15 @@ Disk images, each 404 without its option:
   --image-fault status|cut|stall|reset|redirect|html   (default: status)
                         500; half of the body; half of the body, then silence;
                         no answer; a redirect to plain HTTP; a web page
+
+Log archives, at /api/v1/send_log_mail:
+  --log-mail success|line-feed|error|empty|reset|slow|endless
+                        (default: success) the word SUCCESS; with a line feed;
+                        500 and a web page; no bytes; no answer; success after
+                        three seconds; chunks until the client goes
+  --log-mail-folder FOLDER
+                        store the n-th there: n.zip, its attachment, if it has
+                        one; n.txt, a line NAME=VALUE for each of its values
 )";
 }
 

@@ -32,6 +32,17 @@ enum class ImageFault {
     html,     ///< a page for people in place of the image
 };
 
+/// How a log archive is answered.
+enum class LogMailAnswer {
+    success,  ///< the word that says so
+    lineFeed, ///< that word and a line feed
+    error,    ///< 500, with a page for people
+    empty,    ///< no bytes
+    reset,    ///< the connection is closed without an answer
+    slow,     ///< success after three seconds
+    endless,  ///< chunks until the client goes
+};
+
 /// Stands for the service itself where a host is told.
 inline constexpr std::string_view ownHost = "self";
 
@@ -62,6 +73,10 @@ struct Scenario {
     std::string joinImage;
     std::optional<int> failingImages; ///< how many of the first requests for one fail
     std::optional<ImageFault> imageFault;
+
+    // Of the log archives.
+    LogMailAnswer logMail = LogMailAnswer::success;
+    std::string logMailFolder; ///< where what came is stored, when not empty
 };
 
 /// Reads a command line, the program's name left out. Of an option given twice the last one counts. Throws

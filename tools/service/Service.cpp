@@ -55,7 +55,7 @@ RequestRecord record(const httplib::Request& request, const httplib::Response& r
 
 Service::Service(const Scenario& scenario, const Certificate& certificate, RequestLog& log)
     : scenario_(scenario), givenAnswer_(contents(scenario.answerFile)), images_(scenario_, stop_),
-      server_(setUpTls(certificate)) {
+      logMail_(scenario_, stop_), server_(setUpTls(certificate)) {
     if (!server_.is_valid())
         throw std::runtime_error("cannot set up TLS");
     server_.set_socket_options(setSocketOptions);
@@ -108,6 +108,7 @@ void Service::addRoutes() {
                         response.status = 400;
                 });
     images_.addTo(server_);
+    logMail_.addTo(server_);
 }
 
 void Service::answerCheck(httplib::Response& response, const Answer& sound) {

@@ -3,6 +3,7 @@
 #include "service/Answers.h"
 #include "service/Certificate.h"
 #include "service/ImageRoutes.h"
+#include "service/LogMailRoute.h"
 #include "service/RequestLog.h"
 #include "service/Scenario.h"
 #include "service/StopSignal.h"
@@ -15,7 +16,8 @@
 namespace join::tools {
 
 /// A stand-in of the web service: HTTPS on 127.0.0.1. It answers from when it is made until it is destroyed,
-/// on threads of its own. A route is added in addRoutes, one of a disk image in ImageRoutes.
+/// on threads of its own. A route is added in addRoutes, one of a disk image in ImageRoutes, that of
+/// the log archives in LogMailRoute.
 class Service {
 public:
     /// The log outlives the service. Throws std::runtime_error when the port is taken or a file to answer
@@ -42,6 +44,7 @@ private:
     const std::string givenAnswer_;
     StopSignal stop_;
     ImageRoutes images_;
+    LogMailRoute logMail_;
     httplib::SSLServer server_;
     int port_ = 0;
 

@@ -2,10 +2,9 @@
 #include "service/RequestLog.h"
 #include "service/Scenario.h"
 #include "service/Service.h"
+#include "service/WholeFile.h"
 
 #include <csignal>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 #include <string_view>
@@ -27,26 +26,19 @@ sigset_t blockedEndSignals() {
     return signals;
 }
 
-/// A reader of the path finds all of the text or nothing.
-void writeWhole(const std::string& path, std::string_view text) {
-    if (path.empty())
-        return;
-    const std::string beside = path + ".part";
-    std::ofstream file(beside, std::ios::binary | std::ios::trunc);
-    file << text << std::flush;
-    if (!file)
-        throw std::runtime_error("cannot write " + beside);
-    std::filesystem::rename(beside, path);
+void writeIfWanted(const std::string& path, std::string_view text) {
+    if (!path.empty())
+        join::tools::writeWholeFile(path, text);
 }
 
 void serve(const Scenario& scenario) {
     const sigset_t endSignals = blockedEndSignals();
     const Certificate certificate;
-    writeWhole(scenario.certificateFile, certificate.pem());
+    writeIfWanted(scenario.certificateFile, certificate.pem());
 
     RequestLog log(scenario.logFile);
     const Service service(scenario, certificate, log);
-    writeWhole(scenario.portFile, std::to_string(service.port()) + '\n');
+    writeIfWanted(scenario.portFile, std::to_string(service.port()) + '\n');
     std::cout << "listening on https://localhost:" << service.port() << std::endl;
 
     int signal = 0;

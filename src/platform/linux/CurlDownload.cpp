@@ -1,11 +1,9 @@
 #include "platform/linux/CurlDownload.h"
 
-#include "platform/linux/CurlOptions.h"
 #include "platform/linux/StagedFile.h"
 
 #include <openssl/ssl.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <string_view>
 #include <system_error>
@@ -78,15 +76,9 @@ Failure Transfer::prepare() {
 }
 
 bool Transfer::setOptions() {
-    std::string userAgent = request_.userAgent; // a line break in it would begin another header
-    std::erase_if(userAgent, [](unsigned char c) { return c < ' ' || c == '\x7F'; });
-    const auto stall = std::chrono::ceil<std::chrono::seconds>(request_.stallTimeout);
-
     CurlOptions options(handle_, exchange_);
-    options.set(CURLOPT_USERAGENT, userAgent.c_str());
-    options.setTimeout(CURLOPT_CONNECTTIMEOUT_MS, request_.stallTimeout);
-    options.set(CURLOPT_LOW_SPEED_LIMIT, 1L); // bytes per second
-    options.set(CURLOPT_LOW_SPEED_TIME, std::max(1L, static_cast<long>(stall.count())));
+    options.set(CURLOPT_USERAGENT, withoutControls(request_.userAgent).c_str());
+    options.setStallTimeout(request_.stallTimeout);
     options.set(CURLOPT_BUFFERSIZE, bufferSize);
     options.set(CURLOPT_WRITEFUNCTION, &receive);
     options.set(CURLOPT_WRITEDATA, this);
@@ -152,44 +144,26 @@ Failure Transfer::conclude(CURLcode code) {
     return std::nullopt;
 }
 
-/// Like curl_easy_perform, but can be stopped at any time.
-CURLcode perform(CURL* handle, const std::stop_token& stop) {
-    const std::unique_ptr<CURLM, CURLMcode (*)(CURLM*)> multi(curl_multi_init(), curl_multi_cleanup);
-    if (!multi || curl_multi_add_handle(multi.get(), handle) != CURLM_OK)
-        return CURLE_OUT_OF_MEMORY;
-    constexpr int longestWait = 1000; // milliseconds
-    const std::stop_callback wake(stop, [&] { curl_multi_wakeup(multi.get()); });
-    int running = 1;
-    while (!stop.stop_requested() && curl_multi_perform(multi.get(), &running) == CURLM_OK && running > 0)
-        if (curl_multi_poll(multi.get(), nullptr, 0, longestWait, nullptr) != CURLM_OK)
-            break;
-    int left = 0;
-    const CURLMsg* end = curl_multi_info_read(multi.get(), &left);
-    const CURLcode code = end ? end->data.result : CURLE_ABORTED_BY_CALLBACK;
-    curl_multi_remove_handle(multi.get(), handle);
-    return code;
-}
-
 } // namespace
 
 CurlDownload::CurlDownload(DownloadRequest request, MainQueue& mainQueue, DownloadDelegate& delegate)
-    : request_(std::move(request)), report_(mainQueue, delegate), handle_(makeCurlHandle()),
-      worker_([this](const std::stop_token& stop) { run(stop); }) {}
+    : request_(std::move(request)), report_(mainQueue, delegate),
+      worker_([this](CURL* handle, const std::stop_token& stop) { run(handle, stop); }) {}
 
-void CurlDownload::run(const std::stop_token& stop) {
-    auto failure = fetch(stop);
+void CurlDownload::run(CURL* handle, const std::stop_token& stop) {
+    auto failure = fetch(handle, stop);
     if (failure)
-        report_.failed({std::move(*failure), request_.url});
+        report_.tell(&DownloadDelegate::downloadDidFail, HttpError{std::move(*failure), request_.url});
     else
-        report_.finished();
+        report_.tell(&DownloadDelegate::downloadDidFinish);
 }
 
-Failure CurlDownload::fetch(const std::stop_token& stop) {
-    Transfer transfer(request_, handle_.get());
+Failure CurlDownload::fetch(CURL* handle, const std::stop_token& stop) {
+    Transfer transfer(request_, handle);
     if (auto failure = transfer.prepare())
         return failure;
-    report_.begun();
-    return transfer.conclude(perform(handle_.get(), stop));
+    report_.tell(&DownloadDelegate::downloadDidBegin);
+    return transfer.conclude(CurlWorker::perform(handle, stop));
 }
 
 } // namespace join::platform

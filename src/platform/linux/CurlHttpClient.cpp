@@ -1,8 +1,9 @@
 #include "platform/linux/CurlHttpClient.h"
 
+#include "platform/linux/CurlConnection.h"
 #include "platform/linux/CurlDownload.h"
 #include "platform/linux/CurlOptions.h"
-#include "platform/linux/FailedDownload.h"
+#include "platform/linux/FailedTransfer.h"
 #include "platform/linux/HttpUrl.h"
 
 #include <exception>
@@ -64,9 +65,16 @@ HttpReply CurlHttpClient::get(const HttpRequest& request) {
 std::unique_ptr<Download> CurlHttpClient::download(const DownloadRequest& request,
                                                    DownloadDelegate& delegate) try {
     if (auto reason = reasonToRefuseUrl(request.url))
-        return std::make_unique<FailedDownload>(mainQueue_, delegate,
-                                                HttpError{std::move(*reason), request.url});
+        return failedDownload(mainQueue_, delegate, {std::move(*reason), request.url});
     return std::make_unique<CurlDownload>(request, mainQueue_, delegate);
+} catch (const std::exception&) {
+    return nullptr;
+}
+
+std::unique_ptr<Connection> CurlHttpClient::connect(PostRequest request, ConnectionDelegate& delegate) try {
+    if (auto reason = reasonToRefuseUrl(request.url))
+        return failedConnection(mainQueue_, delegate, {std::move(*reason), std::move(request.url)});
+    return std::make_unique<CurlConnection>(std::move(request), mainQueue_, delegate);
 } catch (const std::exception&) {
     return nullptr;
 }

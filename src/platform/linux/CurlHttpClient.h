@@ -13,11 +13,13 @@ class MainQueue;
 /// path of the file system itself.
 class CurlHttpClient : public HttpClient {
 public:
-    /// Throws Exception when libcurl cannot be made ready. The queue outlives the client and its downloads.
+    /// Throws Exception when libcurl cannot be made ready. The queue outlives the client, its downloads and
+    /// its connections.
     explicit CurlHttpClient(MainQueue& mainQueue);
 
     HttpReply get(const HttpRequest& request) override;
     std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
+    std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
     MainQueue& mainQueue_;

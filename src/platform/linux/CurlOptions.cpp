@@ -85,4 +85,16 @@ void CurlOptions::setTimeout(CURLoption option, std::chrono::milliseconds timeou
         static_cast<long>(std::clamp<std::int64_t>(timeout.count(), 1, std::numeric_limits<int>::max())));
 }
 
+void CurlOptions::setStallTimeout(std::chrono::milliseconds timeout) {
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(timeout);
+    setTimeout(CURLOPT_CONNECTTIMEOUT_MS, timeout);
+    set(CURLOPT_LOW_SPEED_LIMIT, 1L); // bytes per second
+    set(CURLOPT_LOW_SPEED_TIME, std::max(1L, static_cast<long>(seconds.count())));
+}
+
+std::string withoutControls(std::string text) {
+    std::erase_if(text, [](unsigned char c) { return c < ' ' || c == '\x7F'; });
+    return text;
+}
+
 } // namespace join::platform

@@ -54,6 +54,9 @@ public:
     /// In milliseconds; at least one, since libcurl takes 0 for no limit or its own.
     void setTimeout(CURLoption option, std::chrono::milliseconds timeout);
 
+    /// How long the request may go on without a byte, to the whole second above.
+    void setStallTimeout(std::chrono::milliseconds timeout);
+
     /// False when libcurl does not know one of the options, or has no memory left.
     bool accepted() const { return accepted_; }
 
@@ -61,6 +64,9 @@ private:
     CURL* handle_;
     bool accepted_ = true;
 };
+
+/// The text of a header without what could begin another one.
+std::string withoutControls(std::string text);
 
 inline constexpr const char* optionsRefused = "libcurl refuses its settings";
 

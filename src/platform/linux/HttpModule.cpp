@@ -1,6 +1,6 @@
 #include "platform/linux/HttpModule.h"
 
-#include "platform/linux/FailedDownload.h"
+#include "platform/linux/FailedTransfer.h"
 #include "platform/linux/HttpModuleEntry.h"
 
 #include <dlfcn.h>
@@ -34,8 +34,14 @@ HttpReply HttpModule::get(const HttpRequest& request) {
 
 std::unique_ptr<Download> HttpModule::download(const DownloadRequest& request, DownloadDelegate& delegate) {
     if (!load())
-        return std::make_unique<FailedDownload>(mainQueue_, delegate, HttpError{failure_, request.url});
+        return failedDownload(mainQueue_, delegate, {failure_, request.url});
     return client_->download(request, delegate);
+}
+
+std::unique_ptr<Connection> HttpModule::connect(PostRequest request, ConnectionDelegate& delegate) {
+    if (!load())
+        return failedConnection(mainQueue_, delegate, {failure_, std::move(request.url)});
+    return client_->connect(std::move(request), delegate);
 }
 
 std::unique_ptr<HttpClient> HttpModule::openModule() {

@@ -13,16 +13,18 @@ class MainQueue;
 /// waiting. Once loaded it stays so, also when its file is deleted.
 class HttpModule : public HttpClient {
 public:
-    /// The absolute path of the module; nothing is loaded yet. The queue outlives the downloads.
+    /// The absolute path of the module; nothing is loaded yet. The queue outlives the downloads and the
+    /// connections.
     HttpModule(std::string path, MainQueue& mainQueue);
 
     /// Loads the module, the first time that it is called; false when that failed, then or now.
     bool load();
 
     /// These load the module when nobody has. Without it every request is answered with an error that says
-    /// why, and every download fails with it.
+    /// why, and every download and every connection fails with it.
     HttpReply get(const HttpRequest& request) override;
     std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
+    std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
     std::unique_ptr<HttpClient> openModule();

@@ -45,6 +45,12 @@ void ensurePrivate(const std::string& path) {
         refuse(path, std::strerror(errno));
 }
 
+bool isPrivate(const std::string& path) {
+    struct stat found {};
+    return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
+           (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+}
+
 } // namespace
 
 LinuxPaths::LinuxPaths() {
@@ -61,14 +67,14 @@ void LinuxPaths::prepare() {
 }
 
 std::string LinuxPaths::temporary() {
-    const auto given = absoluteFromEnvironment("TMPDIR");
+    if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivate(*given))
+        return normalised(*given) + "/";
     const std::string cache = absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache");
-    const std::string path = normalised(given ? *given : cache + "/tavojoin/tmp");
+    const std::string path = normalised(cache + "/tavojoin/tmp");
     if (!makeFolders(path, privateMode))
         refuse(path, std::strerror(errno));
-    if (!given)
-        ensurePrivate(path);
-    return path == "/" ? path : path + "/";
+    ensurePrivate(path);
+    return path + "/";
 }
 
 } // namespace join::platform

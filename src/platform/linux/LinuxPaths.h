@@ -19,7 +19,7 @@ public:
     std::string userLibrary() override;
     std::string localApplications() override { return "/Applications"; }
 
-    /// $TMPDIR as it is, when it is an absolute path; else a folder in the user's cache.
+    /// $TMPDIR when it is private to the user, else a folder in the user's cache.
     std::string temporary() override;
 
 private:

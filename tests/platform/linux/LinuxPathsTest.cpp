@@ -55,8 +55,12 @@ TEST_F(LinuxPathsOfAUser, TheTemporaryFolderGivenByTheEnvironmentEndsWithOneSepa
         const EnvironmentVariable given("TMPDIR", (folder_.path() + ending).c_str());
         EXPECT_EQ(paths_.temporary(), folder_.path() + "/");
     }
-    const EnvironmentVariable relative("TMPDIR", "tmp");
-    EXPECT_EQ(paths_.temporary(), folder_ / ".cache/tavojoin/tmp/");
+    ::chmod(folder_.path().c_str(),
+            0755); // nothing of ours lies where others may look, or put something first
+    for (const std::string& unfit : {folder_.path(), std::string("tmp"), folder_ / "missing"}) {
+        const EnvironmentVariable given("TMPDIR", unfit.c_str());
+        EXPECT_EQ(paths_.temporary(), folder_ / ".cache/tavojoin/tmp/") << unfit;
+    }
 }
 
 TEST_F(LinuxPathsOfAUser, TheTemporaryFolderIsMadePrivateAgain) {

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "core/Text.h"
+
+#include <string>
+#include <string_view>
+
+namespace join {
+
+/// The log-mail form, a multipart/form-data body (RFC 7578) in the exact bytes that the service takes:
+///
+///   form       = [ attachment ] 6text closing
+///   attachment = delimiter 'Content-Disposition: form-data; name="attachment"; filename="' path '"' CRLF
+///                "Content-Type: application/octet-stream" CRLF CRLF bytes
+///   text       = delimiter 'Content-Disposition: form-data; name="' name '";' CRLF CRLF value
+///   delimiter  = CRLF "--" boundary CRLF
+///   closing    = CRLF "--" boundary "--" CRLF
+///
+/// The texts are logSeverity, key, logEventName, subStr, comment and module, in this order. Values stand in
+/// it as they are; an absent one as "(null)".
+inline constexpr std::string_view logMailBoundary = "unique-consistent-string";
+
+/// The attachment part for a file of that path with these bytes.
+std::string logMailAttachment(std::string_view path, std::string_view bytes);
+
+/// The text parts and the closing delimiter.
+std::string logMailTexts(const Text& key, const Text& comment);
+
+} // namespace join

@@ -1,0 +1,122 @@
+#include "diag/LogUpload.h"
+
+#include "core/AppDelegate.h"
+#include "core/JoinSessionDetails.h"
+#include "core/Locations.h"
+#include "core/Logging.h"
+#include "core/ProcessSlots.h"
+#include "diag/LogMailForm.h"
+#include "platform/FileManager.h"
+#include "platform/MainQueue.h"
+#include "platform/Paths.h"
+#include "platform/Services.h"
+#include "platform/Tasks.h"
+#include "platform/Utf8.h"
+
+#include <utility>
+
+namespace join {
+
+using platform::services;
+
+LogUploadSlots& logUpload() {
+    static LogUploadSlots instance;
+    return instance;
+}
+
+std::string AppDelegate::sendLogFiles(const Text& comment) {
+    constexpr auto method = "-[AppDelegate sendLogFiles:]";
+    try {
+        const std::string folder = productLogFolder();
+        platform::PostRequest request;
+        request.url = formatted("%@://%@/api/v1/send_log_mail", "https", session().webServerName());
+        log("%s : Logger URL : %@", method, request.url);
+        logUpload().receivedData.emplace();
+        if (services().fileManager->exists(folder))
+            request.body = getFileDataWith(zipDirectoryWithPath(folder));
+        request.body += logMailTexts(session().key(), comment);
+        request.headers = {
+            {"Content-Type", formatted("multipart/form-data; boundary=%@", logMailBoundary)},
+            {"Content-Length", formatted("%lu", request.body.size())},
+        };
+        // Shared, as work that is queued must be copyable.
+        const auto queued = std::make_shared<platform::PostRequest>(std::move(request));
+        services().mainQueue->enqueue([this, queued] { openUpload(std::move(*queued)); });
+    } catch (const std::exception& exception) {
+        logExceptionBanner(method, exception);
+    }
+    return logUpload().response;
+}
+
+void AppDelegate::openUpload(platform::PostRequest request) {
+    constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
+    reportingExceptions(method, [&] {
+        auto connection = services().httpClient->connect(std::move(request), *this);
+        logUpload().theConnection = connection.get();
+        if (!connection)
+            return;
+        logUpload().connections.push_back(std::move(connection));
+        log("%s : Log sending url connection established!! ", method);
+        logUpload().response = "true";
+    });
+}
+
+std::string AppDelegate::zipDirectoryWithPath(const std::string& folder) {
+    constexpr auto method = "-[AppDelegate zipDirectoryWithPath:]";
+    std::string archive;
+    try {
+        const std::string temporary = services().paths->temporary();
+        log("%s : Temporary Directory : %@", method, temporary);
+        archive = temporary + "/User.zip";
+        platform::FileManager& files = *services().fileManager;
+        if (files.exists(archive) && !files.remove(archive))
+            log("%s : Existing Log file in Temp cannot be deleted : %@", method, archive);
+        const platform::TaskResult result =
+            services().tasks->run({"/usr/bin/zip", {"-r", "-q", archive, ".", "-i", "*"}, folder});
+        if (result.exited && result.status == 0)
+            log("%s : Task succeeded.", method);
+        else
+            log("%s : Task failed.", method);
+    } catch (const std::exception& exception) {
+        log("%s : **************** EXCEPTION ***************** : %@ ", method, exception.what());
+    }
+    return archive;
+}
+
+std::string AppDelegate::getFileDataWith(const std::string& path) {
+    try {
+        return logMailAttachment(path, services().fileManager->read(path).value_or(std::string()));
+    } catch (const std::exception& exception) {
+        log("%s : Exception occured in LogHandler.getFileDataWith() : %@ ", "-[AppDelegate getFileDataWith:]",
+            exception.what());
+        return {};
+    }
+}
+
+void AppDelegate::connectionDidReceiveResponse() { logUpload().receivedData.emplace(); }
+
+void AppDelegate::connectionDidReceiveData(std::string_view data) {
+    if (logUpload().receivedData)
+        logUpload().receivedData->append(data);
+}
+
+void AppDelegate::connectionDidFinishLoading() {
+    constexpr auto method = "-[AppDelegate connectionDidFinishLoading:]";
+    const std::string data = logUpload().receivedData.value_or(std::string());
+    const Text text = platform::isUtf8(data) ? Text(data) : std::nullopt;
+    log("%s : Succeeded! Received %lu bytes of data", method, data.size());
+    log("%s : Received data %@", method, text);
+    if (text == "SUCCESS")
+        log("%s : Log File sent succesfully!", method);
+    else
+        log("%s : Join send log NSURLConnection failure Response : %@", method, text);
+}
+
+void AppDelegate::connectionDidFail(const platform::HttpError& error) {
+    logUpload().theConnection = nullptr;
+    logUpload().receivedData.reset();
+    log("%s : Join Log send NSURLConnection failed! Error - %@ %@",
+        "-[AppDelegate connection:didFailWithError:]", error.description, error.failingUrl);
+}
+
+} // namespace join

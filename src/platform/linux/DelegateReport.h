@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/MainQueue.h"
+
+#include <memory>
+#include <utility>
+
+namespace join::platform {
+
+/// Tells a delegate its news on the main queue. Made and destroyed on the main thread; what has not been told
+/// by then never is.
+template <typename Delegate>
+class DelegateReport {
+public:
+    DelegateReport(MainQueue& mainQueue, Delegate& delegate)
+        : mainQueue_(mainQueue), delegate_(std::make_shared<Delegate*>(&delegate)) {}
+    DelegateReport(const DelegateReport&) = delete;
+    DelegateReport& operator=(const DelegateReport&) = delete;
+    ~DelegateReport() = default;
+
+    /// Has the delegate's function called with what it is given here, which is kept until then. Any thread.
+    template <typename... Parameters, typename... Arguments>
+    void tell(void (Delegate::*news)(Parameters...), Arguments... arguments) const {
+        mainQueue_.enqueue([to = std::weak_ptr(delegate_), news, ... kept = std::move(arguments)] {
+            if (const auto delegate = to.lock())
+                ((*delegate)->*news)(kept...);
+        });
+    }
+
+private:
+    MainQueue& mainQueue_;
+    std::shared_ptr<Delegate*> delegate_; ///< the one owner: it is gone when this is
+};
+
+} // namespace join::platform

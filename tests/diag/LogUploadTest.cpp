@@ -1,0 +1,158 @@
+#include "diag/LogUpload.h"
+#include "platform/Services.h"
+#include "support/LogicTest.h"
+
+namespace join::test {
+
+class LogUpload : public LogicTest {
+protected:
+    void SetUp() override {
+        prepared();
+        session().setWebServerName("host");
+        session().setKey("123456789");
+        tasks.statusOf = [this](const platform::Program& tool) {
+            if (tool.path == "/usr/bin/zip" && zipStatus == 0)
+                files.put(archive, "PK\r\n--");
+            return tool.path == "/usr/bin/zip" ? zipStatus : 0;
+        };
+    }
+
+    /// Sends the logs and lets the connection be opened.
+    const platform::PostRequest& upload(const Text& comment = "it failed") {
+        notifications.post("SendJoinLog", comment);
+        mainQueue.turn();
+        return http.connections.back().first;
+    }
+
+    static std::string textPart(const std::string& name, const std::string& value) {
+        return "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"" + name +
+               "\";\r\n\r\n" + value;
+    }
+    static std::string texts(const std::string& key, const std::string& comment) {
+        return textPart("logSeverity", "CRITICAL") + textPart("key", key) +
+               textPart("logEventName", "JoinLogs") + textPart("subStr", "Mac Join.app!") +
+               textPart("comment", comment) + textPart("module", "MAC") +
+               "\r\n--unique-consistent-string--\r\n";
+    }
+    std::string attachment(const std::string& bytes) const {
+        return "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"attachment\"; "
+               "filename=\"" +
+               archive + "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + bytes;
+    }
+    Journal dumps() const {
+        Journal found;
+        std::ranges::copy_if(journal, std::back_inserter(found),
+                             [](const auto& entry) { return entry.starts_with("run /usr/sbin/scselect"); });
+        return found;
+    }
+
+    const std::string archive = platform::services().paths->temporary() + "/User.zip";
+    const std::string logs = "/home/ann/Library/Logs//TavoFendel/";
+    const std::string zip = "run /usr/bin/zip in " + logs + " -r -q " + archive + " . -i *";
+    int zipStatus = 0;
+};
+
+TEST_F(LogUpload, PostsTheArchiveAndTheTextsAsOneForm) {
+    files.put(archive, "stale");
+    const platform::PostRequest& request = upload();
+    EXPECT_EQ(request.url, "https://host/api/v1/send_log_mail");
+    EXPECT_EQ(request.body, attachment("PK\r\n--") + texts("123456789", "it failed"));
+    const std::vector<std::pair<std::string, std::string>> headers = {
+        {"Content-Type", "multipart/form-data; boundary=unique-consistent-string"},
+        {"Content-Length", std::to_string(request.body.size())}};
+    EXPECT_EQ(request.headers, headers);
+    EXPECT_TRUE(happenedInOrder(
+        journal,
+        {"log: -[AppDelegate sendLogFiles:] : Logger URL : https://host/api/v1/send_log_mail",
+         "log: -[AppDelegate zipDirectoryWithPath:] : Temporary Directory : " +
+             platform::services().paths->temporary(),
+         "remove " + archive, zip, "log: -[AppDelegate zipDirectoryWithPath:] : Task succeeded.",
+         "run /usr/sbin/scselect in / false",
+         "log: -[AppDelegate sendJoinLogTask:]_block_invoke : SendlogTask output \n",
+         "log: -[AppDelegate sendJoinLogTask:] : Log file has been sent succesfully !!! ",
+         "post https://host/api/v1/send_log_mail",
+         "log: -[AppDelegate sendLogFiles:]_block_invoke : Log sending url connection established!! "}));
+}
+
+TEST_F(LogUpload, ItsFlagSaysWhetherAnEarlierUploadWasOpened) {
+    http.refusesConnections = true;
+    notifications.post("SendJoinLog");
+    mainQueue.turn();
+    http.refusesConnections = false;
+    upload();
+    EXPECT_EQ(logUpload().response, "true");
+    upload();
+    EXPECT_EQ(dumps(), (Journal{"run /usr/sbin/scselect in / false", "run /usr/sbin/scselect in / false",
+                                "run /usr/sbin/scselect in / true"}));
+    EXPECT_EQ(logUpload().connections.size(), 2U); // the one that was replaced goes on
+}
+
+TEST_F(LogUpload, ACommentThatSaysNothingIsReplaced) {
+    session().setKey(std::nullopt);
+    zipStatus = 12;
+    for (const Text& comment : {Text(), Text(""), Text("(null)")})
+        EXPECT_EQ(upload(comment).body,
+                  attachment("") + texts("(null)", "Join App failed to start agent - "));
+    EXPECT_EQ(said("-[AppDelegate zipDirectoryWithPath:]").back(), "Task failed.");
+}
+
+TEST_F(LogUpload, GoesOnWithoutLogFolderAndWithoutZip) {
+    tasks.fails = true;
+    EXPECT_EQ(upload().body, attachment("") + texts("123456789", "it failed"));
+    EXPECT_EQ(said("-[AppDelegate zipDirectoryWithPath:]").back(),
+              "**************** EXCEPTION ***************** : cannot start /usr/bin/zip ");
+    EXPECT_EQ(logSink.lines.end()[-2],
+              "Exception in -[AppDelegate sendJoinLogTask:] : cannot start /usr/sbin/scselect");
+    files.remove("/home/ann/Library/Logs/TavoFendel");
+    EXPECT_EQ(upload().body, texts("123456789", "it failed"));
+}
+
+TEST_F(LogUpload, OnlyTheWholeBodySaysSuccess) {
+    const std::string method = "-[AppDelegate connectionDidFinishLoading:]";
+    const struct {
+        std::vector<std::string> data;
+        std::string read;
+        std::string outcome;
+    } cases[] = {
+        {{"SUC", "CESS"}, "SUCCESS", "Log File sent succesfully!"},
+        {{"SUCCESS\n"}, "SUCCESS\n", "Join send log NSURLConnection failure Response : SUCCESS\n"},
+        {{}, "", "Join send log NSURLConnection failure Response : "},
+        {{"\xFF"}, "(null)", "Join send log NSURLConnection failure Response : (null)"},
+    };
+    for (const auto& [data, read, outcome] : cases) {
+        upload();
+        logSink.lines.clear();
+        platform::ConnectionDelegate& connection = *http.connections.back().second;
+        connection.connectionDidReceiveData("of a redirect");
+        connection.connectionDidReceiveResponse();
+        std::size_t size = 0;
+        for (const std::string& piece : data) {
+            connection.connectionDidReceiveData(piece);
+            size += piece.size();
+        }
+        connection.connectionDidFinishLoading();
+        EXPECT_EQ(said(method), (Journal{formatted("Succeeded! Received %lu bytes of data", size),
+                                         "Received data " + read, outcome}));
+    }
+}
+
+TEST_F(LogUpload, AFailureIsLoggedAndForgetsTheConnection) {
+    upload();
+    http.connections.back().second->connectionDidFail({"reset", "https://host/api/v1/send_log_mail"});
+    EXPECT_EQ(
+        said("-[AppDelegate connection:didFailWithError:]"),
+        Journal{"Join Log send NSURLConnection failed! Error - reset https://host/api/v1/send_log_mail"});
+    EXPECT_EQ(logUpload().theConnection, nullptr);
+    EXPECT_EQ(logUpload().receivedData, std::nullopt);
+}
+
+TEST_F(LogUpload, AMilestoneOnlyDumpsTheNetworkLocations) {
+    delegate.joinFeatureTrackTask("Tavo app launched");
+    EXPECT_EQ(
+        journal,
+        (Journal{"run /usr/sbin/scselect in /",
+                 "log: -[AppDelegate joinFeatureTrackTask:]_block_invoke : joinFeaturelogTask output \n",
+                 "log: -[AppDelegate joinFeatureTrackTask:] : joinFeaturelogTask called succesfully !!! "}));
+}
+
+} // namespace join::test
