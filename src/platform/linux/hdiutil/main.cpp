@@ -1,5 +1,6 @@
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/LinuxPaths.h"
+#include "platform/linux/StandardStreams.h"
 #include "platform/linux/SystemRoot.h"
 #include "platform/linux/hdiutil/Detach.h"
 #include "platform/linux/hdiutil/Mount.h"
@@ -7,7 +8,6 @@
 
 #include <csignal>
 #include <exception>
-#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/prctl.h>
@@ -18,14 +18,6 @@ namespace {
 using namespace join::platform;
 
 enum ExitStatus : int { succeeded = 0, failed = 1, usage = 2 };
-
-/// A missing standard stream's number would be given to the next file that is opened.
-void fillStandardStreams() {
-    Descriptor filler;
-    do
-        filler.release();
-    while ((filler = Descriptor(::open("/dev/null", O_RDWR | O_CLOEXEC))) && filler.get() <= STDERR_FILENO);
-}
 
 void say(int stream, const std::string& line) { writeAll(stream, line + "\n"); }
 
@@ -40,7 +32,7 @@ void run(std::string_view command, const std::string& argument) {
 } // namespace
 
 int main(int argc, char** argv) {
-    fillStandardStreams();
+    openMissingStandardStreams();
     ::signal(SIGPIPE, SIG_IGN);
     // Who asked for the volume is gone: nobody will use it, nor take it away.
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
