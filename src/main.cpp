@@ -16,7 +16,6 @@
 #include "platform/linux/StderrLog.h"
 #include "platform/linux/SystemClock.h"
 #include "platform/linux/SystemVersionFile.h"
-#include "platform/qt/FontWarmUp.h"
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtStrings.h"
@@ -32,7 +31,6 @@
 #include <iostream>
 #include <optional>
 #include <string>
-#include <thread>
 
 namespace {
 
@@ -116,7 +114,6 @@ int main(int argc, char* argv[]) {
         return refuse("the only argument there is, is a launch URL, tavojoin://…");
     Exception::setCallStackSource(callStack);
 
-    const std::jthread fonts = warmUpFonts();
     int toolkitArguments = 1; // the launch URL is none of the toolkit's business
     QApplication toolkit(toolkitArguments, argv);
     try {
