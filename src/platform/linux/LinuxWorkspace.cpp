@@ -34,7 +34,7 @@ std::vector<Mount> localMounts() {
 
 bool isRemovable(const Mount& mount) {
     constexpr int loopDevices = 7; // in the kernel's list of devices
-    if (mount.major == loopDevices || mount.type == "fuseblk")
+    if (mount.major == loopDevices || isServedByProgram(mount))
         return true;
     // A partition has no such flag; the device that it is part of has, one folder above.
     const std::string device =

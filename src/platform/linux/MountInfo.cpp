@@ -82,10 +82,18 @@ std::vector<Mount> parseMountInfo(std::string_view text) {
     return mounts;
 }
 
+bool isServedByProgram(const Mount& mount) {
+    constexpr std::array<std::string_view, 10> remote{
+        "fuse.ceph",   "fuse.curlftpfs", "fuse.davfs",  "fuse.glusterfs", "fuse.gvfsd-fuse",
+        "fuse.jmtpfs", "fuse.portal",    "fuse.rclone", "fuse.s3fs",      "fuse.sshfs"};
+    return mount.type == "fuse" || mount.type == "fuseblk" ||
+           (mount.type.starts_with("fuse.") && std::ranges::find(remote, mount.type) == remote.end());
+}
+
 bool isLocalVolume(const Mount& mount) {
     // These manage their devices themselves and are mounted under a number that is none of a device.
     constexpr std::array<std::string_view, 4> ownDevices{"bcachefs", "btrfs", "overlay", "zfs"};
-    return mount.major != 0 ||
+    return mount.major != 0 || isServedByProgram(mount) ||
            std::find(ownDevices.begin(), ownDevices.end(), mount.type) != ownDevices.end();
 }
 

@@ -20,6 +20,10 @@ struct Mount {
 /// none are left out.
 std::vector<Mount> parseMountInfo(std::string_view text);
 
+/// Whether a program of this machine serves it through FUSE, as those do that open disk images or the file
+/// systems of other systems. Those that fetch the files from elsewhere are not meant.
+bool isServedByProgram(const Mount& mount);
+
 /// Whether the files are on a device of this machine: neither on the network nor made up by the kernel.
 bool isLocalVolume(const Mount& mount);
 

@@ -33,6 +33,9 @@ TEST(MountInfo, TellsLocalVolumesFromOthers) {
                                              {0, "tmpfs", false},
                                              {0, "nfs4", false},
                                              {0, "fuse.sshfs", false},
+                                             {0, "fuse.gvfsd-fuse", false},
+                                             {0, "fuse.fuseiso", true},
+                                             {0, "fusectl", false},
                                              {8, "fuseblk", true}})
         EXPECT_EQ(isLocalVolume({major, 0, "/x", type, "source", true}), local) << type;
 }
