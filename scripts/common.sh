@@ -51,3 +51,12 @@ ensure_display() {
     export DISPLAY
     rm -f "$number_file"
 }
+
+# use_home FOLDER: what is started from here on has its home there, and touches nothing of the user's own.
+use_home() {
+    if [[ ${WAYLAND_DISPLAY:-/} != /* ]]; then export WAYLAND_DISPLAY=$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY; fi
+    unset XDG_DATA_HOME XDG_CACHE_HOME XDG_CONFIG_HOME TMPDIR
+    export HOME=$1 XDG_RUNTIME_DIR=$1/.run
+    mkdir -p "$HOME"
+    mkdir -p -m 0700 "$XDG_RUNTIME_DIR"
+}

@@ -1,33 +1,16 @@
-#include "core/AppDelegate.h"
-#include "platform/Exception.h"
-#include "platform/NotificationCenter.h"
-#include "platform/Services.h"
-#include "platform/linux/CallStack.h"
-#include "platform/linux/HttpModule.h"
-#include "platform/linux/LaunchUrlEvents.h"
-#include "platform/linux/LinuxBundles.h"
-#include "platform/linux/LinuxFileManager.h"
-#include "platform/linux/LinuxPaths.h"
-#include "platform/linux/LinuxWorkspace.h"
-#include "platform/linux/NlohmannJson.h"
-#include "platform/linux/PlistPropertyLists.h"
-#include "platform/linux/RunningBundle.h"
-#include "platform/linux/StandardStreams.h"
-#include "platform/linux/StderrLog.h"
-#include "platform/linux/SystemClock.h"
-#include "platform/linux/SystemVersionFile.h"
-#include "platform/qt/QtApplication.h"
-#include "platform/qt/QtMainQueue.h"
-#include "platform/qt/QtStrings.h"
-#include "platform/qt/QtTasks.h"
-#include "platform/qt/QtTimers.h"
-#include "platform/qt/QtWindows.h"
+#include "JoinApp.h"
 
-#include <QApplication>
+#include "platform/linux/InstanceFolder.h"
+#include "platform/linux/LaunchUrlScheme.h"
+#include "platform/linux/RunningBundle.h"
+#include "platform/linux/SingleInstance.h"
+#include "platform/linux/StandardStreams.h"
+
+#include <dlfcn.h>
+#include <sysexits.h>
 
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -38,71 +21,28 @@ using namespace join::platform;
 
 constexpr int usageError = 2;
 
-/// Every service, each made from those before it.
-class Platform {
-public:
-    explicit Platform(std::optional<std::string> launchUrl) : launchUrl_(std::move(launchUrl)) {
-        paths_.prepare();
-        fileManager_.createFolder(paths_.localApplications());
-        makeSystemVersionFile(fileManager_);
-        services() = {.application = &application_,
-                      .bundles = &bundles_,
-                      .clock = &clock_,
-                      .fileManager = &fileManager_,
-                      .httpClient = &httpClient_,
-                      .json = &json_,
-                      .log = &log_,
-                      .mainQueue = &mainQueue_,
-                      .notificationCenter = &notificationCenter_,
-                      .paths = &paths_,
-                      .propertyLists = &propertyLists_,
-                      .strings = &strings_,
-                      .tasks = &tasks_,
-                      .timers = &timers_,
-                      .urlEvents = &urlEvents_,
-                      .windows = &windows_,
-                      .workspace = &workspace_};
-    }
-
-    [[noreturn]] void run(ApplicationDelegate& delegate) { application_.run(delegate); }
-
-private:
-    void deliverLaunchUrl() {
-        if (launchUrl_)
-            urlEvents_.deliver(*launchUrl_);
-    }
-
-    std::optional<std::string> launchUrl_;
-    std::filesystem::path bundle_ = bundleOf(runningExecutable());
-    SystemClock clock_;
-    StderrLog log_{"Join", clock_};
-    LinuxPaths paths_;
-    SystemRoot root_{defaultSystemRoot(paths_.home())};
-    LinuxFileManager fileManager_{root_};
-    NlohmannJson json_;
-    PlistPropertyLists propertyLists_;
-    LinuxBundles bundles_{fileManager_, propertyLists_, root_};
-    NotificationCenter notificationCenter_;
-    QtMainQueue mainQueue_;
-    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_};
-    QtTimers timers_;
-    QtTasks tasks_{root_, bundle_ / "Contents/Helpers"};
-    LinuxWorkspace workspace_{root_, bundles_, log_,
-                              [this](const Program& program) { return tasks_.startDetached(program); }};
-    LaunchUrlEvents urlEvents_;
-    QtStrings strings_;
-    QtWindows windows_{mainQueue_};
-    QtApplication application_{
-        root_.toSystem(bundle_),
-        {bundles_, fileManager_, propertyLists_},
-        // The HTTP client is loaded now, while the bundle is still there: an update deletes it.
-        {.afterFirstWindow = [this] { httpClient_.load(); },
-         .deliverLaunchUrl = [this] { deliverLaunchUrl(); }}};
-};
-
-int refuse(const std::string& reason) {
+int refuse(const std::string& reason, int status) {
     std::cerr << "Join: " << reason << '\n';
-    return usageError;
+    return status;
+}
+
+/// The desktop's leave to come to the front: on Wayland, or else on X11.
+std::string activationToken() {
+    constexpr std::size_t maximumSize = 1024;
+    for (const char* name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
+        if (const char* value = std::getenv(name); value && *value)
+            return std::string(value).substr(0, maximumSize);
+    return {};
+}
+
+/// Loads the rest of the program, toolkit and all, and runs it.
+int runApp(const JoinAppStart& start) {
+    const std::string module = bundleOf(runningExecutable()) / joinAppModule;
+    void* loaded = ::dlopen(module.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    void* entry = loaded ? ::dlsym(loaded, "join_run_app") : nullptr;
+    if (!entry)
+        return refuse(std::string("cannot start: ") + ::dlerror(), EXIT_FAILURE);
+    return reinterpret_cast<decltype(&join_run_app)>(entry)(start);
 }
 
 } // namespace
@@ -111,17 +51,25 @@ int main(int argc, char* argv[]) {
     openMissingStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     if (argc > 2 || (argc == 2 && !isLaunchUrl(argv[1])))
-        return refuse("the only argument there is, is a launch URL, tavojoin://…");
-    Exception::setCallStackSource(callStack);
+        return refuse("the only argument there is, is a launch URL, tavojoin://…", usageError);
 
-    int toolkitArguments = 1; // the launch URL is none of the toolkit's business
-    QApplication toolkit(toolkitArguments, argv);
+    InstanceMessage message{.url = {}, .activationToken = activationToken()};
+    if (argc == 2)
+        message.url = argv[1];
+    std::optional<SingleInstance> starts;
     try {
-        Platform platform(argc == 2 ? std::optional<std::string>(argv[1]) : std::nullopt);
-        join::AppDelegate delegate;
-        platform.run(delegate);
+        starts.emplace(openInstanceFolder());
+        switch (starts->start(message)) {
+        case SingleInstance::Start::handedOver:
+            return EXIT_SUCCESS;
+        case SingleInstance::Start::unanswered:
+            return refuse("a Join is running already and does not answer", EX_TEMPFAIL);
+        case SingleInstance::Start::first:
+            break;
+        }
     } catch (const std::exception& exception) {
-        std::cerr << "Join: cannot start: " << exception.what() << '\n';
-        return EXIT_FAILURE;
+        starts.reset();
+        std::cerr << "Join: later starts will not find this one: " << exception.what() << '\n';
     }
+    return runApp({.arguments = argv, .launchUrl = message.url, .starts = starts ? &*starts : nullptr});
 }

@@ -31,7 +31,8 @@ const std::string standardHeaders =
     "unordered_set utility valarray variant vector version ";
 
 bool seesLibraries(const std::string& file) {
-    return file == "main.cpp" || file.starts_with("platform/qt/") || file.starts_with("platform/linux/");
+    return file == "main.cpp" || file == "JoinApp.cpp" || file.starts_with("platform/qt/") ||
+           file.starts_with("platform/linux/");
 }
 
 /// Whether the logic may include it; the kind is '<' or '"'.

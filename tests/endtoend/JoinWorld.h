@@ -4,12 +4,19 @@
 #include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace join::test {
+
+/// A process that may have ended but has not been waited for counts as gone.
+inline bool isAlive(pid_t process) {
+    const std::string status = contentsOf("/proc/" + std::to_string(process) + "/stat");
+    return !status.empty() && status.substr(status.rfind(')') + 2, 1) != "Z";
+}
 
 /// A home folder, a web service on loopback and the built program: everything that a join needs, for one
 /// test.
@@ -26,9 +33,26 @@ public:
             throw std::runtime_error("the service has not started: " +
                                      contentsOf(folder_ / "service-output"));
         std::filesystem::create_directories(home());
+        std::filesystem::create_directory(runtime());
+        std::filesystem::permissions(runtime(), std::filesystem::perms::owner_all);
+    }
+
+    ~JoinWorld() { endAll(); }
+    JoinWorld(const JoinWorld&) = delete;
+    JoinWorld& operator=(const JoinWorld&) = delete;
+
+    /// Kills everything that was started in this world and has outlived the process that started it.
+    void endAll() const {
+        for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+            const std::string number = process.path().filename();
+            if (number.find_first_not_of("0123456789") == std::string::npos &&
+                contentsOf(process.path() / "environ").find("HOME=" + home() + '\0') != std::string::npos)
+                ::kill(std::stoi(number), SIGKILL);
+        }
     }
 
     std::string home() const { return folder_ / "home"; }
+    std::string runtime() const { return folder_ / "runtime"; }
     std::string support(const std::string& name) const {
         return home() + "/Library/Application Support/TavoMeetingNative/" + name;
     }
@@ -70,6 +94,8 @@ public:
                 .environment = {{"HOME", home()},
                                 {"XDG_DATA_HOME", home() + "/.local/share"},
                                 {"XDG_CACHE_HOME", home() + "/.cache"},
+                                {"XDG_CONFIG_HOME", home() + "/.config"},
+                                {"XDG_RUNTIME_DIR", runtime()},
                                 {"SSL_CERT_FILE", certificate()},
                                 {"QT_QPA_PLATFORM", "offscreen"},
                                 {"LC_ALL", "C.UTF-8"}},

@@ -6,7 +6,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
-#include <sys/stat.h>
+#include <unistd.h>
 
 namespace join::platform {
 
@@ -39,6 +39,11 @@ bool makeFolders(const std::string& path, mode_t mode) {
         return true;
     struct stat found {};
     return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
+
+bool isPrivate(const struct stat& found) {
+    return S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
+           (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;
 }
 
 std::optional<std::vector<std::string>> namesIn(int folder) {

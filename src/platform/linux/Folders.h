@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <sys/stat.h>
 #include <sys/types.h>
 #include <vector>
 
@@ -19,6 +20,9 @@ std::string nameOf(const std::string& path);
 /// Makes a folder and its missing parents with that mode, less the umask. True when a folder is there
 /// afterwards.
 bool makeFolders(const std::string& path, mode_t mode);
+
+/// Whether this is a folder of the user that nobody else can reach.
+bool isPrivate(const struct stat& found);
 
 /// The names in an open folder, without "." and ".."; nothing on an error.
 std::optional<std::vector<std::string>> namesIn(int folder);

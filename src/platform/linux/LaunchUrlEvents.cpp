@@ -1,14 +1,14 @@
 #include "platform/linux/LaunchUrlEvents.h"
 
-#include <strings.h>
-
-#include <string_view>
 #include <utility>
 
 namespace join::platform {
 
-void LaunchUrlEvents::setDefaultHandler(const std::string& /*scheme*/,
-                                        const std::string& /*bundleIdentifier*/) {}
+LaunchUrlEvents::LaunchUrlEvents(Registration registration) : registration_(std::move(registration)) {}
+
+void LaunchUrlEvents::setDefaultHandler(const std::string& scheme, const std::string& bundleIdentifier) {
+    registration_(scheme, bundleIdentifier);
+}
 
 void LaunchUrlEvents::setEventHandler(std::function<void(const std::string& url)> handler) {
     handler_ = std::move(handler);
@@ -17,11 +17,6 @@ void LaunchUrlEvents::setEventHandler(std::function<void(const std::string& url)
 void LaunchUrlEvents::deliver(const std::string& url) {
     if (handler_)
         handler_(url);
-}
-
-bool isLaunchUrl(const std::string& argument) {
-    constexpr std::string_view scheme = "tavojoin:";
-    return ::strncasecmp(argument.c_str(), scheme.data(), scheme.size()) == 0;
 }
 
 } // namespace join::platform

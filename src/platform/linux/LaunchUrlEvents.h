@@ -1,15 +1,22 @@
 #pragma once
 
 #include "platform/UrlEvents.h"
+#include "platform/linux/LaunchUrlScheme.h"
 
 #include <functional>
 #include <string>
 
 namespace join::platform {
 
-/// Hands the launch URL of the command line to its handler. The desktop is not told of the scheme yet.
+/// Hands launch URLs, that of the command line and those of later starts, to their handler.
 class LaunchUrlEvents final : public UrlEvents {
 public:
+    /// Tells the desktop of a scheme. Called on a later turn of the loop, when windows that are to be shown
+    /// have been.
+    using Registration = std::function<void(const std::string& scheme, const std::string& bundleIdentifier)>;
+
+    explicit LaunchUrlEvents(Registration registration);
+
     void setDefaultHandler(const std::string& scheme, const std::string& bundleIdentifier) override;
     void setEventHandler(std::function<void(const std::string& url)> handler) override;
 
@@ -17,11 +24,8 @@ public:
     void deliver(const std::string& url);
 
 private:
+    Registration registration_;
     std::function<void(const std::string& url)> handler_;
 };
-
-/// Whether an argument of the command line is a launch URL: its scheme, in any case of letters (RFC 3986,
-/// section 3.1).
-bool isLaunchUrl(const std::string& argument);
 
 } // namespace join::platform

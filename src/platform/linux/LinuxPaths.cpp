@@ -45,10 +45,9 @@ void ensurePrivate(const std::string& path) {
         refuse(path, std::strerror(errno));
 }
 
-bool isPrivate(const std::string& path) {
+bool isPrivateFolder(const std::string& path) {
     struct stat found {};
-    return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
-           (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+    return ::stat(path.c_str(), &found) == 0 && isPrivate(found);
 }
 
 } // namespace
@@ -67,7 +66,7 @@ void LinuxPaths::prepare() {
 }
 
 std::string LinuxPaths::temporary() {
-    if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivate(*given))
+    if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivateFolder(*given))
         return normalised(*given) + "/";
     const std::string cache = absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache");
     const std::string path = normalised(cache + "/tavojoin/tmp");

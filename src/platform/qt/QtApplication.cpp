@@ -24,7 +24,7 @@ void QtApplication::run(ApplicationDelegate& delegate) {
     steps_.afterFirstWindow();
     QTimer::singleShot(0, [this] {
         delegate_->applicationWillFinishLaunching();
-        steps_.deliverLaunchUrl();
+        steps_.deliverLaunchUrls();
         delegate_->applicationDidFinishLaunching();
     });
     QApplication::exec();
@@ -34,6 +34,7 @@ void QtApplication::run(ApplicationDelegate& delegate) {
 void QtApplication::terminate() {
     if (delegate_)
         delegate_->applicationWillTerminate();
+    steps_.beforeEnd();
     // Threads of the toolkit still run: destroying static objects now would pull the ground from under them.
     std::quick_exit(EXIT_SUCCESS);
 }

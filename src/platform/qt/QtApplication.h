@@ -23,8 +23,9 @@ public:
 
     /// What happens between the delegate's calls.
     struct Steps {
-        std::function<void()> afterFirstWindow; ///< once awakeFromNib has put the first window on the screen
-        std::function<void()> deliverLaunchUrl; ///< before launching is finished
+        std::function<void()> afterFirstWindow;  ///< once awakeFromNib has put the first window on the screen
+        std::function<void()> deliverLaunchUrls; ///< before launching is finished
+        std::function<void()> beforeEnd; ///< when the application terminates, after the delegate's last call
     };
 
     QtApplication(std::string bundlePath, Readers readers, Steps steps);

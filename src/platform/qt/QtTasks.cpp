@@ -36,9 +36,10 @@ void describe(QProcess& process, const std::string& path, const Program& program
 
 } // namespace
 
-QtTasks::QtTasks(SystemRoot root, const std::filesystem::path& helpersFolder) : root_(std::move(root)) {
+QtTasks::QtTasks(SystemRoot root, std::filesystem::path helpersFolder)
+    : root_(std::move(root)), helpersFolder_(std::move(helpersFolder)) {
     std::error_code error;
-    for (const auto& entry : std::filesystem::directory_iterator(helpersFolder, error))
+    for (const auto& entry : std::filesystem::directory_iterator(helpersFolder_, error))
         if (Descriptor opened = openForReading(AT_FDCWD, entry.path().c_str()))
             helpers_.emplace(entry.path().filename(), std::move(opened));
 }
@@ -76,12 +77,14 @@ bool QtTasks::startDetached(const Program& program) {
 }
 
 std::string QtTasks::realPath(const std::string& program) const {
-    const std::filesystem::path path = root_.toReal(program);
-    const auto helper = helpers_.find(path.filename());
+    std::filesystem::path path = root_.toReal(program);
     std::error_code error;
-    if (helper == helpers_.end() || std::filesystem::exists(path, error))
+    if (path.is_relative())
+        path = helpersFolder_ / path; // never looked for on the PATH, nor where we happen to be
+    else if (std::filesystem::exists(path, error))
         return path;
-    return "/proc/self/fd/" + std::to_string(helper->second.get());
+    const auto helper = helpers_.find(path.filename());
+    return helper == helpers_.end() ? path.string() : "/proc/self/fd/" + std::to_string(helper->second.get());
 }
 
 } // namespace join::platform

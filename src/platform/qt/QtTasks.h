@@ -15,13 +15,13 @@ class QtTasks final : public Tasks {
 public:
     /// The helpers' folder holds the tools that the system does not have. They are opened now and run from
     /// there, as the folder may be deleted before they are needed; so they are no scripts.
-    QtTasks(SystemRoot root, const std::filesystem::path& helpersFolder);
+    QtTasks(SystemRoot root, std::filesystem::path helpersFolder);
 
     TaskResult run(const Program& program) override;
     void start(const Program& program) override;
 
     /// Starts the program in a session of its own, its standard streams on the null device, no descriptor
-    /// inherited. True when it runs.
+    /// inherited. True when it runs. A path without a folder is one of the helpers.
     bool startDetached(const Program& program);
 
 private:
@@ -29,6 +29,7 @@ private:
     std::string realPath(const std::string& program) const;
 
     SystemRoot root_;
+    std::filesystem::path helpersFolder_;
     std::map<std::string, Descriptor> helpers_; ///< by name
 };
 

@@ -9,7 +9,7 @@
 #include "ui_TavoJoinMainWindow.h"
 #include "ui_TavoJoinWindow.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QScreen>
 
 #include <algorithm>
@@ -105,6 +105,18 @@ std::unique_ptr<Interface> QtWindows::load(const std::string& name) {
 Size QtWindows::mainScreenSize() {
     const QSize size = QGuiApplication::primaryScreen()->size();
     return {size.width(), size.height()};
+}
+
+void QtWindows::bringToFront(const std::string& activationToken) {
+    // Where the toolkit looks for it. X11 takes no token.
+    if (!activationToken.empty() && QGuiApplication::platformName().startsWith("wayland"))
+        qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (window->isVisible()) {
+            window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+            window->raise();
+            window->activateWindow();
+        }
 }
 
 } // namespace join::platform

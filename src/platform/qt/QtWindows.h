@@ -2,6 +2,8 @@
 
 #include "platform/Windows.h"
 
+#include <string>
+
 namespace join::platform {
 
 class QtMainQueue;
@@ -13,6 +15,11 @@ public:
 
     std::unique_ptr<Interface> load(const std::string& name) override;
     Size mainScreenSize() override;
+
+    /// Brings the windows that are shown to the front, as far as the desktop lets them: on Wayland with the
+    /// activation token that it gave to the start that asks for it; empty when it gave none. Main thread
+    /// only.
+    static void bringToFront(const std::string& activationToken);
 
 private:
     QtMainQueue& mainQueue_;

@@ -1,0 +1,164 @@
+#include "JoinApp.h"
+
+#include "core/AppDelegate.h"
+#include "platform/Exception.h"
+#include "platform/NotificationCenter.h"
+#include "platform/Services.h"
+#include "platform/linux/CallStack.h"
+#include "platform/linux/HttpModule.h"
+#include "platform/linux/LaunchUrlEvents.h"
+#include "platform/linux/LinuxBundles.h"
+#include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/LinuxPaths.h"
+#include "platform/linux/LinuxWorkspace.h"
+#include "platform/linux/NlohmannJson.h"
+#include "platform/linux/PlistPropertyLists.h"
+#include "platform/linux/RunningBundle.h"
+#include "platform/linux/SchemeRegistration.h"
+#include "platform/linux/SingleInstance.h"
+#include "platform/linux/StderrLog.h"
+#include "platform/linux/SystemClock.h"
+#include "platform/linux/SystemVersionFile.h"
+#include "platform/qt/QtApplication.h"
+#include "platform/qt/QtMainQueue.h"
+#include "platform/qt/QtStrings.h"
+#include "platform/qt/QtTasks.h"
+#include "platform/qt/QtTimers.h"
+#include "platform/qt/QtWindows.h"
+
+#include <QApplication>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace join::platform;
+
+/// Every service, each made from those before it.
+class Platform {
+public:
+    explicit Platform(const JoinAppStart& start) : start_(start) {
+        paths_.prepare();
+        fileManager_.createFolder(paths_.localApplications());
+        makeSystemVersionFile(fileManager_);
+        services() = {.application = &application_,
+                      .bundles = &bundles_,
+                      .clock = &clock_,
+                      .fileManager = &fileManager_,
+                      .httpClient = &httpClient_,
+                      .json = &json_,
+                      .log = &log_,
+                      .mainQueue = &mainQueue_,
+                      .notificationCenter = &notificationCenter_,
+                      .paths = &paths_,
+                      .propertyLists = &propertyLists_,
+                      .strings = &strings_,
+                      .tasks = &tasks_,
+                      .timers = &timers_,
+                      .urlEvents = &urlEvents_,
+                      .windows = &windows_,
+                      .workspace = &workspace_};
+    }
+
+    [[noreturn]] void run(ApplicationDelegate& delegate) { application_.run(delegate); }
+
+private:
+    /// From here on the URLs of later starts follow on the one of this start.
+    void deliverLaunchUrls() {
+        if (start_.starts)
+            start_.starts->messages().setNotification(
+                [this] { mainQueue_.enqueue([this] { actOnLaterStart(); }); });
+        if (start_.launchUrl)
+            urlEvents_.deliver(*start_.launchUrl);
+    }
+
+    void actOnLaterStart() {
+        const auto message = start_.starts->messages().next();
+        if (!message)
+            return;
+        windows_.bringToFront(message->activationToken);
+        if (message->url)
+            urlEvents_.deliver(*message->url);
+    }
+
+    /// Whoever handed over what this process has not come to was told that it is taken: a new process gets
+    /// it, in the same order.
+    void passOnLaterStarts() {
+        if (!start_.starts)
+            return;
+        bool isNextStarted = false;
+        for (const InstanceMessage& message : start_.starts->resign()) {
+            const bool isPassedOn = isNextStarted ? start_.starts->handOver(message) : startNext(message);
+            isNextStarted = true;
+            if (!isPassedOn)
+                log_.write("A later start is lost : " + message.url.value_or("(no URL)"));
+        }
+    }
+
+    bool startNext(const InstanceMessage& message) {
+        Program next{.path = bundle_ / "Contents/MacOS/Join", .arguments = {}, .workingDirectory = "/"};
+        if (message.url)
+            next.arguments.push_back(*message.url);
+        return tasks_.startDetached(next);
+    }
+
+    /// Leaves it to the helper to tell the desktop: it takes long, and goes on when this process ends.
+    void startRegistration(const std::vector<std::string>& arguments) {
+        tasks_.start({.path = "register-scheme", .arguments = arguments, .workingDirectory = "/"});
+    }
+
+    JoinAppStart start_;
+    std::filesystem::path bundle_ = bundleOf(runningExecutable());
+    SystemClock clock_;
+    StderrLog log_{"Join", clock_};
+    LinuxPaths paths_;
+    SystemRoot root_{defaultSystemRoot(paths_.home())};
+    LinuxFileManager fileManager_{root_};
+    NlohmannJson json_;
+    PlistPropertyLists propertyLists_;
+    LinuxBundles bundles_{fileManager_, propertyLists_, root_};
+    NotificationCenter notificationCenter_;
+    QtMainQueue mainQueue_;
+    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_};
+    QtTimers timers_;
+    QtTasks tasks_{root_, bundle_ / "Contents/Helpers"};
+    LinuxWorkspace workspace_{root_, bundles_, log_,
+                              [this](const Program& program) { return tasks_.startDetached(program); }};
+    SchemeRegistration registration_{root_, bundle_, log_,
+                                     [this](const auto& arguments) { startRegistration(arguments); }};
+    LaunchUrlEvents urlEvents_{[this](const std::string& scheme, const std::string& bundleIdentifier) {
+        mainQueue_.enqueue([=, this] { registration_.ensure(scheme, bundleIdentifier); });
+    }};
+    QtStrings strings_;
+    QtWindows windows_{mainQueue_};
+    QtApplication application_{
+        root_.toSystem(bundle_),
+        {bundles_, fileManager_, propertyLists_},
+        // The HTTP client is loaded now, while the bundle is still there: an update deletes it.
+        {.afterFirstWindow = [this] { httpClient_.load(); },
+         .deliverLaunchUrls = [this] { deliverLaunchUrls(); },
+         .beforeEnd = [this] { passOnLaterStarts(); }}};
+};
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) int join_run_app(const JoinAppStart& start) {
+    Exception::setCallStackSource(callStack);
+    // Not before the libraries are loaded: with a second thread each of the mappings that takes is slower.
+    if (start.starts)
+        start.starts->messages().begin();
+    int toolkitArguments = 1; // the launch URL is none of the toolkit's business
+    QApplication toolkit(toolkitArguments, start.arguments);
+    try {
+        Platform platform(start);
+        join::AppDelegate delegate;
+        platform.run(delegate);
+    } catch (const std::exception& exception) {
+        std::cerr << "Join: cannot start: " << exception.what() << '\n';
+        return EXIT_FAILURE;
+    }
+}

@@ -1,0 +1,60 @@
+#include "platform/linux/InstanceFolder.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/Environment.h"
+#include "platform/linux/Folders.h"
+
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+Descriptor openPrivateFolder(int parent, const char* name) {
+    Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
+    struct stat found {};
+    if (!folder || ::fstat(folder.get(), &found) != 0 || !isPrivate(found))
+        return Descriptor();
+    return folder;
+}
+
+Descriptor openOrMakePrivateFolder(int parent, const char* name) {
+    ::mkdirat(parent, name, S_IRWXU); // it may be there; what is there is checked
+    return openPrivateFolder(parent, name);
+}
+
+Descriptor inRuntimeFolder(const std::string& path) {
+    const Descriptor runtime = openPrivateFolder(AT_FDCWD, path.c_str());
+    return runtime ? openOrMakePrivateFolder(runtime.get(), "tavojoin") : Descriptor();
+}
+
+Descriptor inCache() {
+    const auto home = absoluteFromEnvironment("HOME");
+    const auto cache = absoluteFromEnvironment("XDG_CACHE_HOME");
+    if (!home && !cache)
+        return Descriptor();
+    const std::string path = normalised(cache.value_or(home.value_or("") + "/.cache")) + "/tavojoin";
+    if (!makeFolders(path, S_IRWXU))
+        return Descriptor();
+    return openOrMakePrivateFolder(AT_FDCWD, (path + "/run").c_str());
+}
+
+} // namespace
+
+Descriptor openInstanceFolder() {
+    Descriptor folder;
+    if (const auto runtime = absoluteFromEnvironment("XDG_RUNTIME_DIR"))
+        folder = inRuntimeFolder(*runtime);
+    if (!folder)
+        folder = inRuntimeFolder("/run/user/" + std::to_string(::geteuid()));
+    if (!folder)
+        folder = inCache();
+    if (!folder)
+        throw Exception("There is no private folder for the starts of Join to meet in");
+    return folder;
+}
+
+} // namespace join::platform

@@ -1,0 +1,82 @@
+#include "endtoend/JoinWorld.h"
+#include "images/DiskImage.h"
+
+#include <gtest/gtest.h>
+
+namespace join::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What the service delivers in one folder: Join, and the parameters of a first run.
+class DeliveredCopy : public testing::Test {
+protected:
+    void deliverIn(const std::string& folder) const {
+        JoinWorld::copyJoinTo(folder);
+        writeFile(folder + "/.joinparameters",
+                  "TAVO_MEETING_IND\n&key=1234567890&email=ann@example.org&firstTime=true"
+                  "&crashDetectorAppVersion=1.4&webServerName=" +
+                      world.host() + "&");
+    }
+
+    /// Joins with the copy in that folder, and expects that the parameters delivered have been used.
+    void expectJoinFrom(const std::string& folder) const {
+        Child join(world.launch({}, folder + "/Join.app"));
+        EXPECT_EQ(join.wait(), 0) << world.log();
+        EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << world.log();
+        EXPECT_NE(contentsOf(world.support("joinparameters.conf")).find("&email=ann@example.org&"),
+                  std::string::npos);
+        EXPECT_EQ(::access((world.systemRoot() + "/Applications/Join.app/Contents/MacOS/Join").c_str(), X_OK),
+                  0);
+    }
+
+    JoinWorld world{{"--update-needed", "false"}};
+};
+
+/// Unmounts a volume at the end.
+struct Mounted {
+    std::string volume;
+    ~Mounted() { Child({.command = {"umount", "--lazy", volume}}).wait(); }
+};
+
+TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
+    world.installPrograms();
+    deliverIn(world.home() + "/delivery");
+    const std::string image = world.home() + "/TavoJoin.dmg";
+    tools::makeDiskImage(world.home() + "/delivery", "TavoJoin", tools::ImageKind::udifZlib, image);
+    fs::remove_all(world.home() + "/delivery");
+    Launch mount = world.launch({"mount", image});
+    mount.command.front() = std::string(JOIN_BUNDLE) + "/Contents/Helpers/hdiutil";
+    ASSERT_EQ(Child(mount).wait(), 0) << world.output();
+    // From the volume itself, and from elsewhere while it is there.
+    expectJoinFrom(world.systemRoot() + "/Volumes/TavoJoin");
+    fs::remove(world.support("joinparameters.conf"));
+    fs::remove(world.home() + "/tavo-standin/agent.txt");
+    JoinWorld::copyJoinTo(world.home() + "/Downloads");
+    expectJoinFrom(world.home() + "/Downloads");
+    EXPECT_TRUE(
+        world.logHolds("Volume : /Volumes/TavoJoin, isRemovable :1, isWritable : 1, isUnmountable : 1"));
+}
+
+TEST_F(DeliveredCopy, OnAMountedVolumeLendsItsParameters) {
+    world.installPrograms();
+    deliverIn(world.home() + "/delivery");
+    const std::string image = world.home() + "/stick.img";
+    Launch make = world.launch({});
+    make.command = {"/usr/sbin/mke2fs", "-q", "-t", "ext4", "-d", world.home() + "/delivery", image, "16M"};
+    ASSERT_EQ(Child(make).wait(), 0) << world.output();
+    const std::string volume = world.home() + "/TavoJoin 7";
+    fs::create_directory(volume);
+    Launch mount = world.launch({});
+    mount.command = {"mount", "-o", "loop,ro", image, volume};
+    if (Child(mount).wait() != 0)
+        GTEST_SKIP() << "no loop device can be mounted here: " << world.output();
+    const Mounted mounted{volume};
+    JoinWorld::copyJoinTo(world.home() + "/Downloads");
+    expectJoinFrom(world.home() + "/Downloads");
+    EXPECT_TRUE(world.logHolds("Volume : " + volume + ", isRemovable :1, isWritable : 0, isUnmountable : 1"))
+        << world.log();
+}
+
+} // namespace
+} // namespace join::test

@@ -1,0 +1,126 @@
+#include "endtoend/JoinWorld.h"
+
+#include <gtest/gtest.h>
+
+namespace join::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// One of the desktop's own programs, in the world of a Join.
+Launch tool(const JoinWorld& world, std::vector<std::string> command) {
+    Launch launch = world.launch({});
+    launch.command = std::move(command);
+    launch.output = world.home() + "/tool-output";
+    return launch;
+}
+
+std::string outputOf(const JoinWorld& world, std::vector<std::string> command) {
+    const Launch launch = tool(world, std::move(command));
+    EXPECT_EQ(Child(launch).wait(), 0);
+    return contentsOf(launch.output);
+}
+
+std::string entryPath(const JoinWorld& world) {
+    return world.home() + "/.local/share/applications/com.tavo.join.desktop";
+}
+
+std::string installedProgram(const JoinWorld& world) {
+    return world.systemRoot() + "/Applications/Join.app/Contents/MacOS/Join";
+}
+
+/// Told of, with the copy that stays where it is.
+bool isRegistered(const JoinWorld& world) {
+    return eventually([&] {
+        return contentsOf(entryPath(world)).find("\nExec=" + installedProgram(world) + " %u\n") !=
+                   std::string::npos &&
+               contentsOf(world.home() + "/.config/mimeapps.list").find("tavojoin=com.tavo.join.desktop") !=
+                   std::string::npos &&
+               contentsOf(world.home() + "/.local/share/applications/mimeinfo.cache").find("tavojoin") !=
+                   std::string::npos;
+    });
+}
+
+TEST(Desktop, OpensItsLinksWithTheInstalledJoinAndEverythingElseAsBefore) {
+    const JoinWorld world;
+    const std::string others = "# mine\n[Default Applications]\ntext/html=browser.desktop\n"
+                               "x-scheme-handler/https=browser.desktop\n\n[Added Associations]\n"
+                               "text/html=editor.desktop;browser.desktop;\n";
+    writeFile(world.home() + "/.config/mimeapps.list", others);
+    const Child join(world.launch({}));
+    ASSERT_TRUE(isRegistered(world)) << world.log();
+    EXPECT_EQ(outputOf(world, {"xdg-mime", "query", "default", "x-scheme-handler/tavojoin"}),
+              "com.tavo.join.desktop\n");
+    EXPECT_EQ(outputOf(world, {"desktop-file-validate", entryPath(world)}), "");
+    std::string list = contentsOf(world.home() + "/.config/mimeapps.list");
+    const std::string line = "x-scheme-handler/tavojoin=com.tavo.join.desktop\n";
+    list.erase(list.find(line), line.size());
+    EXPECT_EQ(list, others);
+}
+
+TEST(Desktop, CarriesHostileLinksToTheRunningJoinAsTheyAre) {
+    const JoinWorld world;
+    const Child join(world.launch({}));
+    ASSERT_TRUE(isRegistered(world)) << world.log();
+    const std::string trap = world.home() + "/sprung";
+    const std::vector<std::pair<std::string, std::string>> links = {
+        {"tavojoin://e=a%20b", "tavojoin://e=a%20b"},
+        {"tavojoin://e=$(touch " + trap + ")&x=`touch " + trap + "`", ""},
+        {"tavojoin://e=\"; touch " + trap + "; '", ""},
+        {"tavojoin://e=a b\tc%u%f\\", ""},
+        {"tavojoin://e=line\nbreak", "tavojoin://e=line%0Abreak"},
+        {"tavojoin:--help -platform nothing", ""},
+    };
+    for (const auto& [link, text] : links) {
+        Launch open = tool(world, {"xdg-open", link});
+        open.environment.emplace_back("DISPLAY", ":0"); // without one it looks for text browsers
+        EXPECT_EQ(Child(open).wait(), 0) << link;
+        const std::string line = "Received Launch App Url : " + (text.empty() ? link : text) + "\n";
+        EXPECT_TRUE(eventually([&] { return world.logHolds(line); })) << link << world.log();
+    }
+    EXPECT_FALSE(fs::exists(trap));
+    EXPECT_TRUE(isAlive(join.process()));
+}
+
+TEST(Desktop, IsToldOnceAndAgainWhenItsEntryLeadsNowhere) {
+    const JoinWorld world;
+    {
+        const Child join(world.launch({}));
+        ASSERT_TRUE(isRegistered(world));
+    }
+    world.endAll();
+    const auto written = fs::last_write_time(entryPath(world));
+    const auto list = fs::last_write_time(world.home() + "/.config/mimeapps.list");
+    const auto startAgain = [&] {
+        fs::remove(world.logFolder() + "/join.log");
+        const Child join(world.launch({}));
+        ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 0"); }));
+        ASSERT_EQ(Child(world.launch({"tavojoin://"})).wait(), 0);
+        ASSERT_TRUE(eventually([&] { return world.logHolds("Received Launch App Url"); }));
+    };
+    startAgain();
+    EXPECT_EQ(fs::last_write_time(entryPath(world)), written);
+    EXPECT_EQ(fs::last_write_time(world.home() + "/.config/mimeapps.list"), list);
+
+    const std::string entry = contentsOf(entryPath(world));
+    writeFile(entryPath(world), "[Desktop Entry]\nType=Application\nName=Join\nExec=/gone/Join %u\n");
+    startAgain();
+    EXPECT_EQ(contentsOf(entryPath(world)), entry);
+}
+
+TEST(Desktop, StartsOneThatJoinsWhereNoneRuns) {
+    const JoinWorld world({"--update-needed", "false"});
+    world.installPrograms();
+    {
+        const Child join(world.launch({}));
+        ASSERT_TRUE(isRegistered(world));
+    }
+    world.endAll();
+    Launch open = tool(world, {"xdg-open", "tavojoin://k=123456789&cav=1.4&wsn=" + world.host()});
+    open.environment.emplace_back("DISPLAY", ":0");
+    EXPECT_EQ(Child(open).wait(), 0);
+    EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << world.log();
+}
+
+} // namespace
+} // namespace join::test

@@ -1,0 +1,142 @@
+#include "endtoend/JoinWorld.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <memory>
+#include <sstream>
+
+namespace join::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr auto received = "Received Launch App Url : ";
+
+/// The launch URLs that were handled, in their order.
+std::vector<std::string> handledUrls(const JoinWorld& world) {
+    std::vector<std::string> urls;
+    std::istringstream log(world.log());
+    for (std::string line; std::getline(log, line);)
+        if (const auto at = line.find(received); at != std::string::npos)
+            urls.push_back(line.substr(at + std::string_view(received).size()));
+    return urls;
+}
+
+std::string keyless(int number) { return "tavojoin://e=person" + std::to_string(number) + "@example.org"; }
+
+std::string keyed(const JoinWorld& world, int number) {
+    return "tavojoin://k=" + std::to_string(123456780 + number) + "&wsn=" + world.host() + "&cav=1.4";
+}
+
+bool isReady(const JoinWorld& world) {
+    return eventually([&] { return world.logHolds("Launch app called : "); });
+}
+
+int statusOf(const Launch& launch) { return Child(launch).wait(); }
+
+TEST(LaterStart, HandsItsUrlToTheFirstWithoutLoadingAToolkit) {
+    const JoinWorld world;
+    const Child first(world.launch({}));
+    ASSERT_TRUE(isReady(world));
+    Launch second = world.launch({keyless(1)});
+    second.environment.emplace_back("LD_DEBUG", "files");
+    second.output = world.home() + "/second-output";
+    EXPECT_EQ(statusOf(second), 0);
+    EXPECT_TRUE(eventually([&] { return handledUrls(world) == std::vector{keyless(1)}; })) << world.log();
+    const std::string loaded = contentsOf(second.output);
+    EXPECT_NE(loaded.find("libstdc++"), std::string::npos) << loaded;
+    EXPECT_EQ(loaded.find("libQt"), std::string::npos);
+    EXPECT_EQ(statusOf(world.launch({})), 0); // asks for the window alone
+    EXPECT_EQ(handledUrls(world).size(), 1U);
+}
+
+TEST(LaterStart, NeedNotWaitForAFirstWhoseMainThreadIsBlocked) {
+    const JoinWorld world({"--update-needed", "false", "--delay", "3000"});
+    world.installPrograms();
+    Child first(world.launch({keyed(world, 0)}));
+    ASSERT_TRUE(eventually([&] { return world.logHolds("[ApiHandler getInstance]"); }));
+    EXPECT_EQ(statusOf(world.launch({keyless(1)})), 0);
+    EXPECT_EQ(handledUrls(world).size(), 1U); // the request is still under way
+    EXPECT_FALSE(world.logHolds("Session Validated"));
+    EXPECT_EQ(first.wait(), 0);
+    // The first one ends when its agent runs. What it had taken is not lost: a next one has got it.
+    EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 2; })) << world.log();
+    EXPECT_EQ(handledUrls(world).back(), keyless(1));
+    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); }));
+    EXPECT_EQ(statusOf(world.launch({keyless(2)})), 0);
+    EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 3; }));
+}
+
+TEST(LaterStart, OfFiftyInTheSameInstantOneRunsAndEachUrlIsHandled) {
+    constexpr int count = 50;
+    const JoinWorld world;
+    std::vector<std::unique_ptr<Child>> starts;
+    std::vector<std::string> expected;
+    for (int i = 0; i < count; ++i) {
+        starts.push_back(std::make_unique<Child>(world.launch({keyless(i)})));
+        expected.push_back(keyless(i));
+    }
+    ASSERT_TRUE(eventually([&] { return handledUrls(world).size() == count; })) << world.log();
+    std::vector<std::string> handled = handledUrls(world);
+    std::ranges::sort(handled);
+    std::ranges::sort(expected);
+    EXPECT_EQ(handled, expected);
+    const auto runs = [](const auto& start) { return isAlive(start->process()); };
+    EXPECT_TRUE(eventually([&] { return std::ranges::count_if(starts, runs) == 1; }));
+    for (const auto& start : starts) {
+        if (!runs(start)) {
+            EXPECT_EQ(start->wait(), 0);
+        }
+    }
+}
+
+TEST(LaterStart, UrlsThatEachJoinAreAllJoinedInTheirOrder) {
+    constexpr int count = 5;
+    const JoinWorld world({"--update-needed", "false", "--delay", "300"});
+    world.installPrograms();
+    std::vector<std::string> expected;
+    Child first(world.launch({keyed(world, 0)}));
+    ASSERT_TRUE(eventually([&] { return !handledUrls(world).empty(); }));
+    for (int i = 0; i < count; ++i) {
+        expected.push_back(keyed(world, i));
+        if (i > 0) {
+            EXPECT_EQ(statusOf(world.launch({expected.back()})), 0);
+        }
+    }
+    EXPECT_EQ(first.wait(), 0);
+    const std::string separator(133, '-');
+    EXPECT_TRUE(eventually([&] {
+        const std::string log = world.log();
+        std::size_t ends = 0;
+        for (auto at = log.find(separator); at != std::string::npos; at = log.find(separator, at + 1))
+            ++ends;
+        return ends == count;
+    })) << world.log();
+    EXPECT_EQ(handledUrls(world), expected);
+}
+
+TEST(LaterStart, TakesThePlaceOfAFirstThatWasKilledAndComplainsOfOneThatIsStopped) {
+    const JoinWorld world;
+    auto first = std::make_unique<Child>(world.launch({}));
+    ASSERT_TRUE(isReady(world));
+    ::kill(first->process(), SIGSTOP);
+    EXPECT_EQ(statusOf(world.launch({keyless(1)})), 75);
+    EXPECT_EQ(world.output(), "Join: a Join is running already and does not answer\n");
+    first.reset();
+    const Child next(world.launch({keyless(2)}));
+    EXPECT_TRUE(eventually([&] { return handledUrls(world) == std::vector{keyless(2)}; }));
+}
+
+TEST(LaterStart, IsAFirstOfItsOwnWhereThereIsNoPlaceToMeet) {
+    const JoinWorld world;
+    fs::create_directories(world.runtime() + "/tavojoin/instance.lock");
+    fs::permissions(world.runtime() + "/tavojoin", fs::perms::owner_all);
+    const Child join(world.launch({keyless(1)}));
+    EXPECT_TRUE(eventually([&] { return handledUrls(world) == std::vector{keyless(1)}; }));
+    EXPECT_NE(world.output().find("later starts will not find this one"), std::string::npos);
+}
+
+} // namespace
+} // namespace join::test
