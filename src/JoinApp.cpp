@@ -32,6 +32,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -80,9 +81,15 @@ private:
         const auto message = start_.starts->messages().next();
         if (!message)
             return;
-        windows_.bringToFront(message->activationToken);
-        if (message->url)
+        const bool isWindowShown = QtWindows::bringToFront(message->activationToken);
+        if (message->url) {
             urlEvents_.deliver(*message->url);
+        } else if (!isWindowShown) {
+            // A person has opened Join and must see one; what goes on here unseen, the new one does again.
+            log_.write("There is no window to show : a new Join takes over");
+            unhandled_.push_back(*message);
+            application_.terminate();
+        }
     }
 
     /// Whoever handed over what this process has not come to was told that it is taken: a new process gets
@@ -90,8 +97,10 @@ private:
     void passOnLaterStarts() {
         if (!start_.starts)
             return;
+        for (InstanceMessage& message : start_.starts->resign())
+            unhandled_.push_back(std::move(message));
         bool isNextStarted = false;
-        for (const InstanceMessage& message : start_.starts->resign()) {
+        for (const InstanceMessage& message : unhandled_) {
             const bool isPassedOn = isNextStarted ? start_.starts->handOver(message) : startNext(message);
             isNextStarted = true;
             if (!isPassedOn)
@@ -112,6 +121,7 @@ private:
     }
 
     JoinAppStart start_;
+    std::vector<InstanceMessage> unhandled_; ///< of later starts
     std::filesystem::path bundle_ = bundleOf(runningExecutable());
     SystemClock clock_;
     StderrLog log_{"Join", clock_};
@@ -151,8 +161,15 @@ extern "C" __attribute__((visibility("default"))) int join_run_app(const JoinApp
     // Not before the libraries are loaded: with a second thread each of the mappings that takes is slower.
     if (start.starts)
         start.starts->messages().begin();
+    // Nothing is drawn with OpenGL, and looking for it takes time. Children are not to see this.
+    constexpr const char* openGl = "QT_XCB_GL_INTEGRATION";
+    if (!qEnvironmentVariableIsSet(openGl))
+        qputenv(openGl, "none");
     int toolkitArguments = 1; // the launch URL is none of the toolkit's business
     QApplication toolkit(toolkitArguments, start.arguments);
+    QApplication::setApplicationName("Join");
+    QApplication::setDesktopFileName("com.tavo.join"); // by which a desktop finds the icon
+    qunsetenv(openGl);
     try {
         Platform platform(start);
         join::AppDelegate delegate;

@@ -129,6 +129,18 @@ TEST(LaterStart, TakesThePlaceOfAFirstThatWasKilledAndComplainsOfOneThatIsStoppe
     EXPECT_TRUE(eventually([&] { return handledUrls(world) == std::vector{keyless(2)}; }));
 }
 
+TEST(LaterStart, GetsAWindowOfItsOwnFromAFirstThatHasNone) {
+    const JoinWorld world({"--update-needed", "false"});
+    world.installPrograms();
+    writeFile(world.support("Tavo.app/Contents/MacOS/Tavo"), "#!/bin/sh\n"); // ends at once
+    Child first(world.launch({keyed(world, 0)}));
+    ASSERT_TRUE(eventually([&] { return world.logHolds("Join app version check method called!!"); }));
+    ASSERT_TRUE(isAlive(first.process())); // it waits for the agent, with its window closed
+    EXPECT_EQ(statusOf(world.launch({})), 0);
+    EXPECT_EQ(first.wait(), 0);
+    EXPECT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })) << world.log();
+}
+
 TEST(LaterStart, IsAFirstOfItsOwnWhereThereIsNoPlaceToMeet) {
     const JoinWorld world;
     fs::create_directories(world.runtime() + "/tavojoin/instance.lock");

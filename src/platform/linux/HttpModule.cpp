@@ -45,8 +45,9 @@ std::unique_ptr<Connection> HttpModule::connect(PostRequest request, ConnectionD
 }
 
 std::unique_ptr<HttpClient> HttpModule::openModule() {
-    void* module =
-        ::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL); // never closed: libraries below it may own threads
+    // Never closed: libraries below it may own threads. Of its two dozen libraries a join calls a few
+    // functions only; looking all of them up would cost time and memory.
+    void* module = ::dlopen(path_.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* entry = module ? ::dlsym(module, "join_make_http_client") : nullptr;
     if (!entry) {
         failure_ = "The HTTP module cannot be loaded: " + loaderError();

@@ -107,16 +107,19 @@ Size QtWindows::mainScreenSize() {
     return {size.width(), size.height()};
 }
 
-void QtWindows::bringToFront(const std::string& activationToken) {
+bool QtWindows::bringToFront(const std::string& activationToken) {
     // Where the toolkit looks for it. X11 takes no token.
     if (!activationToken.empty() && QGuiApplication::platformName().startsWith("wayland"))
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
+    bool isAnyShown = false;
     for (QWidget* window : QApplication::topLevelWidgets())
         if (window->isVisible()) {
             window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
             window->raise();
             window->activateWindow();
+            isAnyShown = true;
         }
+    return isAnyShown;
 }
 
 } // namespace join::platform

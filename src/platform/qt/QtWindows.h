@@ -17,9 +17,9 @@ public:
     Size mainScreenSize() override;
 
     /// Brings the windows that are shown to the front, as far as the desktop lets them: on Wayland with the
-    /// activation token that it gave to the start that asks for it; empty when it gave none. Main thread
-    /// only.
-    static void bringToFront(const std::string& activationToken);
+    /// activation token that it gave to the start that asks for it; empty when it gave none. False when no
+    /// window is shown. Main thread only.
+    static bool bringToFront(const std::string& activationToken);
 
 private:
     QtMainQueue& mainQueue_;
