@@ -9,6 +9,11 @@ if(JOIN_SANITIZE)
     add_link_options(-fsanitize=${JOIN_SANITIZE})
 endif()
 
+option(JOIN_FUZZ "Build the programs in fuzz/, which need Clang, and everything for them" OFF)
+if(JOIN_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # The project's own code is compiled with these.
 add_library(join_warnings INTERFACE)
 target_compile_options(join_warnings INTERFACE -Wall -Wextra -Wpedantic -Werror)

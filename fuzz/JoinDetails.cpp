@@ -1,0 +1,52 @@
+// A join details file that another program may have written, and the session's values that come into it.
+
+#include "url/JoinDetails.h"
+#include "Target.h"
+#include "core/JoinSessionDetails.h"
+#include "params/JoinParameterFile.h"
+#include "url/LaunchUrl.h"
+
+namespace join::fuzz {
+
+namespace {
+
+/// The next text as a launch URL could bring it: no item ends in it. Nothing when there is none.
+Text takeValue(std::string_view& input) {
+    if (input.empty())
+        return std::nullopt;
+    const std::string_view text = takeText(input);
+    return launchUrlText(text.substr(0, text.find_first_of("&=")));
+}
+
+bool hasEquals(const Text& text) { return text && text->find('=') != std::string::npos; }
+
+} // namespace
+
+void tryOut(std::string_view input) {
+    const std::string_view file = takeText(input);
+    JoinSessionDetails details;
+    using Details = JoinSessionDetails;
+    for (const auto set :
+         {&Details::setKey, &Details::setEmailID, &Details::setGatewayName, &Details::setDefaultGatewayName,
+          &Details::setWebServerName, &Details::setViewerId, &Details::setGroup, &Details::setAuthkey})
+        (details.*set)(takeValue(input));
+
+    const std::string_view body = joinParameterBody(file).value_or(std::string_view());
+    const OldJoinDetails old = readOldJoinDetails(body);
+    for (const std::string_view piece : old.keptPieces)
+        require(liesIn(piece, body) && piece.find('&') == std::string_view::npos);
+
+    // Whatever was there, the new file reads well: it keeps the same items, and written anew it stays as it
+    // is.
+    const std::string text = updatedJoinDetails(old, details);
+    const auto again = joinParameterBody(text);
+    require(text.starts_with(joinParameterHeader) && again.has_value());
+    const OldJoinDetails reread = readOldJoinDetails(*again);
+    require(reread.keptPieces == old.keptPieces);
+    if (!hasEquals(old.webServerName) && !hasEquals(old.gatewayName) && !hasEquals(old.defaultGatewayName))
+        require(updatedJoinDetails(reread, details) == text);
+    require(readOldJoinDetails(freshJoinDetails(details)).keptPieces ==
+            std::vector<std::string_view>{"gatewayPort=443", "webServerPort=443"});
+}
+
+} // namespace join::fuzz

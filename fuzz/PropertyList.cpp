@@ -1,0 +1,24 @@
+// A property list, in XML or binary form.
+
+#include "Target.h"
+#include "platform/Utf8.h"
+#include "platform/linux/NlohmannJson.h"
+#include "platform/linux/PlistGuard.h"
+#include "platform/linux/PlistPropertyLists.h"
+
+namespace join::fuzz {
+
+void tryOut(std::string_view input) {
+    const auto list = platform::PlistPropertyLists().parse(input);
+    if (!list)
+        return;
+    require(platform::isReasonablePropertyList(input));
+    platform::NlohmannJson json;
+    const std::string text = json.serialise(*list);
+    require(platform::isUtf8(text));
+    // A container in it is one in JSON, too, and nested no deeper than either may be.
+    if (text.starts_with('{') || text.starts_with('['))
+        require(json.parse(text).has_value());
+}
+
+} // namespace join::fuzz

@@ -1,0 +1,64 @@
+// What 7zz lists of a volume whose names, links and sizes mean harm.
+
+#include "Target.h"
+#include "platform/Exception.h"
+#include "platform/Utf8.h"
+#include "platform/linux/hdiutil/Listing.h"
+#include "platform/linux/hdiutil/VolumePlan.h"
+
+#include <map>
+
+namespace join::fuzz {
+
+namespace {
+
+using namespace platform::hdiutil;
+
+constexpr VolumeLimits limits{.entries = 50, .bytes = 10'000, .depth = 5};
+
+void requireName(std::string_view name) {
+    require(!name.empty() && name != "." && name != ".." && name.size() < 256 && platform::isUtf8(name));
+    require(name.find_first_of(std::string_view("/\n\0", 3)) == std::string_view::npos);
+}
+
+/// Nothing can be made outside of the volume, through a link or twice.
+void requireSafe(const VolumePlan& plan) {
+    requireName(plan.name);
+    require(plan.entries.size() <= limits.entries && plan.bytes <= limits.bytes);
+    std::map<std::string_view, EntryKind> kinds;
+    std::uint64_t bytes = 0;
+    for (const PlannedEntry& entry : plan.entries) {
+        bytes += entry.size;
+        require(entry.mode <= 0777);
+        if (entry.kind != EntryKind::hidden)
+            require(kinds.emplace(entry.path, entry.kind).second);
+    }
+    require(bytes == plan.bytes);
+    for (const auto& named : kinds) {
+        for (std::string_view path = named.first; !path.empty();) {
+            const auto slash = path.rfind('/');
+            requireName(path.substr(slash + 1)); // npos + 1 is 0
+            path = path.substr(0, slash == std::string_view::npos ? 0 : slash);
+            require(path.empty() || kinds.at(path) == EntryKind::folder);
+        }
+    }
+}
+
+} // namespace
+
+void tryOut(std::string_view input) {
+    try {
+        const Listing listing = parseListing(input, limits.entries);
+        for (const ImageKind kind : {ImageKind::udif, ImageKind::hfsPlus, ImageKind::apfs, ImageKind::iso}) {
+            try {
+                requireSafe(planVolume(listing, {.kind = kind, .volumeOffset = listing.offset}, limits));
+            } catch (const platform::Exception& refusal) {
+                require(*refusal.what() != '\0');
+            }
+        }
+    } catch (const platform::Exception& refusal) {
+        require(*refusal.what() != '\0');
+    }
+}
+
+} // namespace join::fuzz
