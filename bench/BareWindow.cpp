@@ -1,7 +1,8 @@
-// The least that a Qt program does to show a white window of the size of the progress window: what the start
-// of Join is measured against.
+// The least that a Qt program does to show a white window of the size of the progress window, with a line of
+// text when one is given: what the start of Join is measured against.
 
 #include <QApplication>
+#include <QLabel>
 #include <QPalette>
 #include <QWidget>
 
@@ -11,6 +12,13 @@ int main(int argc, char** argv) {
     window.setPalette(QPalette(Qt::white));
     window.setFixedSize(380, 112);
     window.move(450, 344);
+    QLabel label(&window);
+    if (argc > 1) {
+        label.setText(QString::fromUtf8(argv[1]));
+        label.setGeometry(20, 70, 340, 30);
+    } else {
+        label.hide();
+    }
     window.show();
     return QApplication::exec();
 }
