@@ -6,12 +6,20 @@
 #include "diag/EmbeddedPropertyList.h"
 #include "params/JoinParameterFile.h"
 #include "platform/linux/NlohmannJson.h"
+#include "platform/linux/StderrLog.h"
+#include "platform/linux/SystemClock.h"
 #include "url/JoinDetails.h"
 #include "url/LaunchUrl.h"
 
 #include <benchmark/benchmark.h>
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <vector>
 
@@ -97,6 +105,48 @@ void walkLoadCommands(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(file.size()));
 }
 BENCHMARK(walkLoadCommands)->Apply(sizes);
+
+/// The standard streams as they were before, again at the end.
+class StandardStreamsKept {
+public:
+    StandardStreamsKept() {
+        for (int stream = 0; stream < 3; ++stream)
+            kept_[stream] = ::dup(stream);
+    }
+    ~StandardStreamsKept() {
+        for (int stream = 0; stream < 3; ++stream) {
+            ::dup2(kept_[stream], stream);
+            ::close(kept_[stream]);
+        }
+    }
+    StandardStreamsKept(const StandardStreamsKept&) = delete;
+    StandardStreamsKept& operator=(const StandardStreamsKept&) = delete;
+
+private:
+    std::array<int, 3> kept_{};
+};
+
+/// What the log costs ten times a second, beside the one look at the file that it cannot do without.
+void tick(benchmark::State& state) {
+    const std::string file = std::filesystem::temp_directory_path() / "join-bench-tick.log";
+    platform::SystemClock clock;
+    platform::StderrLog log("Join", clock);
+    const StandardStreamsKept kept;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(log.redirectStandardStreams(file));
+    std::filesystem::remove(file);
+}
+BENCHMARK(tick);
+
+void statOfTheSameFile(benchmark::State& state) {
+    const std::string file = std::filesystem::temp_directory_path() / "join-bench-tick.log";
+    std::ofstream(file) << "a line\n";
+    struct stat status {};
+    for (auto _ : state)
+        benchmark::DoNotOptimize(::stat(file.c_str(), &status));
+    std::filesystem::remove(file);
+}
+BENCHMARK(statOfTheSameFile);
 
 } // namespace
 } // namespace join
