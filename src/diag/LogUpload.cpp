@@ -51,11 +51,14 @@ std::string AppDelegate::sendLogFiles(const Text& comment) {
 void AppDelegate::openUpload(platform::PostRequest request) {
     constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
     reportingExceptions(method, [&] {
+        if (logUpload().underWay == 0)
+            logUpload().connections.clear(); // each holds its archive
         auto connection = services().httpClient->connect(std::move(request), *this);
         logUpload().theConnection = connection.get();
         if (!connection)
             return;
         logUpload().connections.push_back(std::move(connection));
+        ++logUpload().underWay;
         log("%s : Log sending url connection established!! ", method);
         logUpload().response = "true";
     });
@@ -71,8 +74,8 @@ std::string AppDelegate::zipDirectoryWithPath(const std::string& folder) {
         platform::FileManager& files = *services().fileManager;
         if (files.exists(archive) && !files.remove(archive))
             log("%s : Existing Log file in Temp cannot be deleted : %@", method, archive);
-        const platform::TaskResult result =
-            services().tasks->run({"/usr/bin/zip", {"-r", "-q", archive, ".", "-i", "*"}, folder});
+        const platform::TaskResult result = services().tasks->run(
+            {"/usr/bin/zip", {"-r", "-q", archive, ".", "-i", "*"}, folder, std::chrono::minutes(1)});
         if (result.exited && result.status == 0)
             log("%s : Task succeeded.", method);
         else
@@ -102,6 +105,7 @@ void AppDelegate::connectionDidReceiveData(std::string_view data) {
 
 void AppDelegate::connectionDidFinishLoading() {
     constexpr auto method = "-[AppDelegate connectionDidFinishLoading:]";
+    --logUpload().underWay;
     const std::string data = logUpload().receivedData.value_or(std::string());
     const Text text = platform::isUtf8(data) ? Text(data) : std::nullopt;
     log("%s : Succeeded! Received %lu bytes of data", method, data.size());
@@ -113,6 +117,7 @@ void AppDelegate::connectionDidFinishLoading() {
 }
 
 void AppDelegate::connectionDidFail(const platform::HttpError& error) {
+    --logUpload().underWay;
     logUpload().theConnection = nullptr;
     logUpload().receivedData.reset();
     log("%s : Join Log send NSURLConnection failed! Error - %@ %@",

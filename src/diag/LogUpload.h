@@ -15,8 +15,10 @@ struct LogUploadSlots {
     platform::Connection* theConnection = nullptr; ///< the current upload; none after a failure
     std::string response = "false";                ///< "true" once an upload connection has been opened
 
-    /// Every upload of this run: one that a later upload has replaced goes on none the less.
+    /// Every upload that goes on, those too that a later one has replaced. What has ended goes when the next
+    /// one begins and none is under way.
     std::vector<std::unique_ptr<platform::Connection>> connections;
+    int underWay = 0; ///< how many have not told their end
 };
 
 /// The one set of these slots.

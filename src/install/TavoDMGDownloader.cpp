@@ -72,8 +72,12 @@ void TavoDMGDownloader::mountingTavoMacDmg() {
         mount();
         installWhatIsMissing();
     });
-    if (!files().exists(installedAgent()))
-        slots().tavoJoinWindow->showProblem();
+    if (files().exists(installedAgent()))
+        return;
+    // The volume takes room on a disk that may have been too small for the agent.
+    if (files().exists(onVolume("")))
+        unMountingTavoMacDmg();
+    slots().tavoJoinWindow->showProblem();
 }
 
 void TavoDMGDownloader::installWhatIsMissing() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -10,11 +11,12 @@ struct Program {
     std::string path;
     std::vector<std::string> arguments;
     std::string workingDirectory;
+    std::chrono::milliseconds patience = std::chrono::minutes(15); ///< with one that is waited for
 };
 
 /// How a program ended.
 struct TaskResult {
-    bool exited = false; ///< false when a signal ended it
+    bool exited = false; ///< false when a signal ended it, as it does when the patience is at its end
     int status = 0;      ///< its exit status, or the number of that signal
     std::string output;  ///< what it wrote to its standard output
 };

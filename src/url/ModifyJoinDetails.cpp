@@ -60,7 +60,8 @@ void AppDelegate::modifyJoinDetails() {
         const std::string text = updatedJoinDetails(old, details);
         log("%s : Join Details : %@", method, text);
         files.remove(path);
-        files.create(path, text);
+        if (!files.create(path, text))
+            log("%s : Unable to create tavojoindetails.conf file", method);
         log("%s : Joindetails file has been modified by join url parameters. ", method);
     });
 }

@@ -133,6 +133,7 @@ TEST_F(LogUpload, OnlyTheWholeBodySaysSuccess) {
         connection.connectionDidFinishLoading();
         EXPECT_EQ(said(method), (Journal{formatted("Succeeded! Received %lu bytes of data", size),
                                          "Received data " + read, outcome}));
+        EXPECT_EQ(logUpload().connections.size(), 1U); // those before have gone
     }
 }
 

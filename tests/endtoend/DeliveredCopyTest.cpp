@@ -8,11 +8,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What the service delivers in one folder: Join, and the parameters of a first run.
+/// What the service delivers beside a Join: the parameters of a first run.
 class DeliveredCopy : public testing::Test {
 protected:
-    void deliverIn(const std::string& folder) const {
-        JoinWorld::copyJoinTo(folder);
+    void deliverParametersIn(const std::string& folder) const {
         writeFile(folder + "/.joinparameters",
                   "TAVO_MEETING_IND\n&key=1234567890&email=ann@example.org&firstTime=true"
                   "&crashDetectorAppVersion=1.4&webServerName=" +
@@ -41,7 +40,8 @@ struct Mounted {
 
 TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
     world.installPrograms();
-    deliverIn(world.home() + "/delivery");
+    JoinWorld::copyJoinTo(world.home() + "/delivery");
+    deliverParametersIn(world.home() + "/delivery");
     const std::string image = world.home() + "/TavoJoin.dmg";
     tools::makeDiskImage(world.home() + "/delivery", "TavoJoin", tools::ImageKind::udifZlib, image);
     fs::remove_all(world.home() + "/delivery");
@@ -60,10 +60,10 @@ TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
 
 TEST_F(DeliveredCopy, OnAMountedVolumeLendsItsParameters) {
     world.installPrograms();
-    deliverIn(world.home() + "/delivery");
+    deliverParametersIn(world.home() + "/delivery");
     const std::string image = world.home() + "/stick.img";
     Launch make = world.launch({});
-    make.command = {"/usr/sbin/mke2fs", "-q", "-t", "ext4", "-d", world.home() + "/delivery", image, "16M"};
+    make.command = {"/usr/sbin/mke2fs", "-q", "-t", "ext4", "-d", world.home() + "/delivery", image, "4M"};
     ASSERT_EQ(Child(make).wait(), 0) << world.output();
     const std::string volume = world.home() + "/TavoJoin 7";
     fs::create_directory(volume);

@@ -114,6 +114,7 @@ TEST(Desktop, StartsOneThatJoinsWhereNoneRuns) {
     {
         const Child join(world.launch({}));
         ASSERT_TRUE(isRegistered(world));
+        ASSERT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })); // copied
     }
     world.endAll();
     Launch open = tool(world, {"xdg-open", "tavojoin://k=123456789&cav=1.4&wsn=" + world.host()});

@@ -52,11 +52,11 @@ std::vector<std::string> treeOf(const fs::path& tree) {
     std::vector<std::string> entries;
     for (const auto& entry : fs::recursive_directory_iterator(tree)) {
         const std::string place = entry.path().lexically_relative(tree);
-        const auto mode = std::to_string(static_cast<int>(entry.symlink_status().permissions()));
+        const auto mode = " " + std::to_string(static_cast<int>(entry.symlink_status().permissions()));
         if (entry.is_symlink())
             entries.push_back(place + " -> " + fs::read_symlink(entry.path()).string());
         else
-            entries.push_back(place + " " + mode + (entry.is_regular_file() ? contentsOf(entry.path()) : ""));
+            entries.push_back(place + mode + (entry.is_regular_file() ? contentsOf(entry.path()) : ""));
     }
     std::ranges::sort(entries);
     return entries;

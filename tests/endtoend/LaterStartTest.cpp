@@ -122,6 +122,7 @@ TEST(LaterStart, TakesThePlaceOfAFirstThatWasKilledAndComplainsOfOneThatIsStoppe
     auto first = std::make_unique<Child>(world.launch({}));
     ASSERT_TRUE(isReady(world));
     ::kill(first->process(), SIGSTOP);
+    ASSERT_EQ(::waitpid(first->process(), nullptr, WUNTRACED), first->process()); // all of it
     EXPECT_EQ(statusOf(world.launch({keyless(1)})), 75);
     EXPECT_EQ(world.output(), "Join: a Join is running already and does not answer\n");
     first.reset();

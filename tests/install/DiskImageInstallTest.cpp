@@ -57,8 +57,8 @@ TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnd
         journal,
         {"log: -[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted",
          "log: -[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
-         "log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
-         "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}",
+         ("log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
+          "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}"),
          mount, "log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 0",
          "copy /Volumes/Tavo/Tavo.app -> " + agent,
          "log: -[TavoDMGDownloader copyAppFileAndLaunch] : Tavo.app file copied", "launch " + agent, launched,
@@ -101,6 +101,13 @@ TEST_F(DiskImageInstall, AnImageThatCannotBeMountedStartsNothingAndTheUserIsTold
     EXPECT_TRUE(files.exists(agentImage));
     EXPECT_TRUE(progressWindow().isVisible());
     EXPECT_EQ(session().retryCounter(), 0);
+}
+
+TEST_F(DiskImageInstall, AnAgentThatCannotBeCopiedEndsNoJoinAndLeavesNoVolume) {
+    volume = {"/Volumes/Tavo/TavoCrashDetector"};
+    downloadAgentImage();
+    EXPECT_TRUE(happenedInOrder(journal, {mount, launched, detach, "infoLabel: [PROBLEM_OCCURED]"}));
+    EXPECT_TRUE(progressWindow().isVisible());
 }
 
 TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) {

@@ -101,6 +101,16 @@ TEST_F(JoinDetails, WritesWhatTheSessionHoldsInItsOrderAndSaysSo) {
     EXPECT_TRUE(happenedInOrder(journal, {"remove " + joinDetails, "create " + joinDetails}));
 }
 
+TEST_F(JoinDetails, SaysWhenItCannotWrite) {
+    const std::string complaint = "Unable to create tavojoindetails.conf file";
+    files.failAt(joinDetails);
+    delegate.modifyJoinDetails();
+    EXPECT_EQ(said(method).back(), complaint);
+    files.put(joinDetails, header);
+    delegate.modifyJoinDetails();
+    EXPECT_EQ(*(said(method).rbegin() + 1), complaint); // before the line that always ends it
+}
+
 TEST_F(JoinDetails, ASessionWithoutEmailIsAGuestAndWithoutKeyWritesNothing) {
     for (const Text& email : {Text(), Text(""), Text("(null)")}) {
         session().setEmailID(email);

@@ -1,5 +1,6 @@
 #include "service/Connection.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -12,6 +13,11 @@ constexpr std::size_t blockSize = std::size_t{64} << 10U;
 const std::string& block() {
     static const std::string bytes(blockSize, 'a');
     return bytes;
+}
+
+bool hasGone(int socket) {
+    pollfd client{.fd = socket, .events = POLLRDHUP, .revents = 0};
+    return ::poll(&client, 1, 0) != 0;
 }
 
 } // namespace
@@ -31,6 +37,11 @@ void Connection::follow(SSL_CTX& context) {
 void Connection::close() {
     ::shutdown(socket, SHUT_RDWR);
     closed = true;
+}
+
+void waitUntilTheClientGoes(StopSignal& stop) {
+    while (!hasGone(Connection::current().socket) && !stop.wait(std::chrono::milliseconds(50)))
+        ;
 }
 
 bool sendBytes(httplib::DataSink& sink, const char* bytes, std::size_t size) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "service/StopSignal.h"
+
 #include <httplib.h>
 
 #include <cstddef>
@@ -24,6 +26,9 @@ struct Connection {
     /// Closes the connection at once; what the handler answers goes nowhere.
     void close();
 };
+
+/// Returns when the client of the current connection has gone, or the service is to stop.
+void waitUntilTheClientGoes(StopSignal& stop);
 
 /// Sends bytes of a streamed body and counts them; false when the client has gone.
 bool sendBytes(httplib::DataSink& sink, const char* bytes, std::size_t size);

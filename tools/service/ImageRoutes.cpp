@@ -5,8 +5,6 @@
 #include "service/ImageFile.h"
 #include "service/Query.h"
 
-#include <poll.h>
-
 #include <algorithm>
 #include <functional>
 #include <memory>
@@ -43,11 +41,6 @@ void sendHalf(httplib::Response& response, const std::string& path, const std::f
             then();
             return false;
         });
-}
-
-bool hasGone(int socket) {
-    pollfd client{.fd = socket, .events = POLLRDHUP, .revents = 0};
-    return ::poll(&client, 1, 0) != 0;
 }
 
 } // namespace
@@ -94,7 +87,7 @@ void ImageRoutes::fail(const Request& request, Response& response, const std::st
         sendHalf(response, path, [] {});
         break;
     case ImageFault::stall:
-        sendHalf(response, path, [this] { waitUntilTheClientGoes(); });
+        sendHalf(response, path, [this] { waitUntilTheClientGoes(stop_); });
         break;
     case ImageFault::reset:
         Connection::current().close();
@@ -107,12 +100,13 @@ void ImageRoutes::fail(const Request& request, Response& response, const std::st
         response.set_content(page.body, page.contentType);
         break;
     }
+    case ImageFault::garbage:
+        response.set_content(spoilt({}, Broken::garbage).body, imageType);
+        break;
+    case ImageFault::endless:
+        sendEndless(response, imageType);
+        break;
     }
-}
-
-void ImageRoutes::waitUntilTheClientGoes() {
-    while (!hasGone(Connection::current().socket) && !stop_.wait(std::chrono::milliseconds(50)))
-        ;
 }
 
 } // namespace join::tools

@@ -31,7 +31,6 @@ private:
     void fail(const Request& request, Response& response, const std::string& path);
 
     bool isToFail() { return asked_++ < scenario_.failingImages.value_or(0); }
-    void waitUntilTheClientGoes();
 
     const Scenario& scenario_;
     StopSignal& stop_;

@@ -114,6 +114,15 @@ void LogMailRoute::answer(httplib::Response& response) {
     case LogMailAnswer::reset:
         Connection::current().close();
         break;
+    case LogMailAnswer::stall:
+        waitUntilTheClientGoes(stop_);
+        break;
+    case LogMailAnswer::cut:
+        sendCut(response, text, "SUCCESS");
+        break;
+    case LogMailAnswer::garbage:
+        response.set_content(spoilt({}, Broken::garbage).body, text);
+        break;
     case LogMailAnswer::endless:
         sendEndless(response, text);
         break;

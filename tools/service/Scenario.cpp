@@ -55,17 +55,20 @@ const std::map<std::string_view, Broken>& brokenChoices() {
 
 const std::map<std::string_view, ImageFault>& imageFaultChoices() {
     static const std::map<std::string_view, ImageFault> choices{
-        {"status", ImageFault::status}, {"cut", ImageFault::cut},           {"stall", ImageFault::stall},
-        {"reset", ImageFault::reset},   {"redirect", ImageFault::redirect}, {"html", ImageFault::html}};
+        {"status", ImageFault::status},   {"cut", ImageFault::cut},           {"stall", ImageFault::stall},
+        {"reset", ImageFault::reset},     {"redirect", ImageFault::redirect}, {"html", ImageFault::html},
+        {"garbage", ImageFault::garbage}, {"endless", ImageFault::endless}};
     return choices;
 }
 
 const std::map<std::string_view, LogMailAnswer>& logMailChoices() {
     using Answer = LogMailAnswer;
     static const std::map<std::string_view, Answer> choices{
-        {"success", Answer::success}, {"line-feed", Answer::lineFeed}, {"error", Answer::error},
-        {"empty", Answer::empty},     {"reset", Answer::reset},        {"slow", Answer::slow},
-        {"endless", Answer::endless}};
+        {"success", Answer::success}, {"line-feed", Answer::lineFeed},
+        {"error", Answer::error},     {"empty", Answer::empty},
+        {"reset", Answer::reset},     {"slow", Answer::slow},
+        {"stall", Answer::stall},     {"cut", Answer::cut},
+        {"garbage", Answer::garbage}, {"endless", Answer::endless}};
     return choices;
 }
 
@@ -162,15 +165,17 @@ Disk images, each 404 without its option:
   --agent-image FILE    at /TavoMac.dmg and /agent/TavoMac.dmg
   --join-image FILE     at /join-session?key=KEY&role=agent&email=ADDRESS
   --image-fail N|all    how many of the first requests for one fail
-  --image-fault status|cut|stall|reset|redirect|html   (default: status)
-                        500; half of the body; half of the body, then silence;
-                        no answer; a redirect to plain HTTP; a web page
+  --image-fault status|cut|stall|reset|redirect|html|garbage|endless
+                        (default: status) 500; half of the body; half of the
+                        body, then silence; no answer; a redirect to plain
+                        HTTP; a web page; noise; chunks until the client goes
 
 Log archives, at /api/v1/send_log_mail:
-  --log-mail success|line-feed|error|empty|reset|slow|endless
+  --log-mail success|line-feed|error|empty|reset|slow|stall|cut|garbage|endless
                         (default: success) the word SUCCESS; with a line feed;
                         500 and a web page; no bytes; no answer; success after
-                        three seconds; chunks until the client goes
+                        three seconds; silence; half of the word; noise;
+                        chunks until the client goes
   --log-mail-folder FOLDER
                         store the n-th there: n.zip, its attachment, if it has
                         one; n.txt, a line NAME=VALUE for each of its values

@@ -30,6 +30,8 @@ enum class ImageFault {
     reset,    ///< the connection is closed without an answer
     redirect, ///< to plain HTTP
     html,     ///< a page for people in place of the image
+    garbage,  ///< bytes that are no image
+    endless,  ///< chunks until the client goes
 };
 
 /// How a log archive is answered.
@@ -40,6 +42,9 @@ enum class LogMailAnswer {
     empty,    ///< no bytes
     reset,    ///< the connection is closed without an answer
     slow,     ///< success after three seconds
+    stall,    ///< nothing until the client goes
+    cut,      ///< half of the word, its whole length announced
+    garbage,  ///< bytes that are no text
     endless,  ///< chunks until the client goes
 };
 

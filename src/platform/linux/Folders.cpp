@@ -37,8 +37,12 @@ bool makeFolders(const std::string& path, mode_t mode) {
     if (errno == ENOENT && path != "/" && makeFolders(parentOf(path), mode) &&
         ::mkdir(path.c_str(), mode) == 0)
         return true;
+    const int reason = errno;
     struct stat found {};
-    return ::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+    if (::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode))
+        return true;
+    errno = reason;
+    return false;
 }
 
 bool isPrivate(const struct stat& found) {

@@ -18,7 +18,7 @@ std::string parentOf(const std::string& path);
 std::string nameOf(const std::string& path);
 
 /// Makes a folder and its missing parents with that mode, less the umask. True when a folder is there
-/// afterwards.
+/// afterwards; else errno says why not.
 bool makeFolders(const std::string& path, mode_t mode);
 
 /// Whether this is a folder of the user that nobody else can reach.

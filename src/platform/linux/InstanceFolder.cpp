@@ -17,7 +17,7 @@ Descriptor openPrivateFolder(int parent, const char* name) {
     Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
     struct stat found {};
     if (!folder || ::fstat(folder.get(), &found) != 0 || !isPrivate(found))
-        return Descriptor();
+        return {};
     return folder;
 }
 
@@ -35,10 +35,10 @@ Descriptor inCache() {
     const auto home = absoluteFromEnvironment("HOME");
     const auto cache = absoluteFromEnvironment("XDG_CACHE_HOME");
     if (!home && !cache)
-        return Descriptor();
+        return {};
     const std::string path = normalised(cache.value_or(home.value_or("") + "/.cache")) + "/tavojoin";
     if (!makeFolders(path, S_IRWXU))
-        return Descriptor();
+        return {};
     return openOrMakePrivateFolder(AT_FDCWD, (path + "/run").c_str());
 }
 

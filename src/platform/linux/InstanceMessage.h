@@ -16,7 +16,7 @@ struct InstanceMessage {
 };
 
 /// No argument of a program is longer than 128 KiB on Linux, and no token nearly as long as the rest.
-inline constexpr std::size_t maximumInstanceMessageSize = (128 + 4) * 1024;
+inline constexpr std::size_t maximumInstanceMessageSize = std::size_t{128 + 4} * 1024;
 
 /// The bytes of a message, sent as one packet; nothing when they would be too many. No text in it can hold a
 /// NUL, as they come from the arguments and the environment.

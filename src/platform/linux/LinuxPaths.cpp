@@ -4,6 +4,7 @@
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/Environment.h"
 #include "platform/linux/Folders.h"
+#include "platform/linux/TreeRemoval.h"
 
 #include <array>
 #include <cerrno>
@@ -63,17 +64,22 @@ void LinuxPaths::prepare() {
     const std::string path = userLibrary();
     if (::mkdir(path.c_str(), privateMode) != 0 && errno != EEXIST)
         refuse(path, std::strerror(errno));
+    removeTree(temporaryInCache());
 }
 
 std::string LinuxPaths::temporary() {
     if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivateFolder(*given))
         return normalised(*given) + "/";
-    const std::string cache = absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache");
-    const std::string path = normalised(cache + "/tavojoin/tmp");
+    const std::string path = temporaryInCache();
     if (!makeFolders(path, privateMode))
         refuse(path, std::strerror(errno));
     ensurePrivate(path);
     return path + "/";
+}
+
+std::string LinuxPaths::temporaryInCache() const {
+    return normalised(absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache") +
+                      "/tavojoin/tmp");
 }
 
 } // namespace join::platform

@@ -11,8 +11,9 @@ public:
     /// Throws Exception when the user has no home folder.
     LinuxPaths();
 
-    /// Makes the Library folder, private to the user, when it is missing. Called once, when the program
-    /// starts. Throws Exception when that fails.
+    /// Makes the Library folder, private to the user, when it is missing, and takes away what an earlier run
+    /// has left in the temporary folder of the user's cache. Called once, when the program starts. Throws
+    /// Exception when the folder cannot be made.
     void prepare();
 
     std::string home() override { return home_; }
@@ -23,6 +24,8 @@ public:
     std::string temporary() override;
 
 private:
+    std::string temporaryInCache() const;
+
     std::string home_;
 };
 

@@ -1,6 +1,5 @@
 #include "platform/linux/StderrLog.h"
 
-#include "platform/linux/Descriptor.h"
 #include "platform/linux/LogText.h"
 
 #include <cerrno>
@@ -30,13 +29,15 @@ bool pointAt(int stream, int file) {
 } // namespace
 
 StderrLog::StderrLog(std::string processName, Clock& clock)
-    : processName_(std::move(processName)), clock_(clock) {}
+    : processName_(std::move(processName)), clock_(clock),
+      first_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {}
 
 void StderrLog::write(std::string_view message) {
     std::string line = logPrefix(clock_.localTime(), {processName_, ::getpid(), ::gettid()});
     line += escapedForLog(message);
     line += '\n';
-    writeAll(STDERR_FILENO, line);
+    if (!writeAll(STDERR_FILENO, line))
+        writeAll(first_.get(), line);
 }
 
 std::uint64_t StderrLog::redirectStandardStreams(const std::string& path) {

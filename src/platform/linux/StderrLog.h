@@ -2,6 +2,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Log.h"
+#include "platform/linux/Descriptor.h"
 
 #include <optional>
 #include <string>
@@ -9,7 +10,8 @@
 
 namespace join::platform {
 
-/// The log on standard error. An error of a write is ignored: there is nowhere to report it.
+/// The log on standard error. A line that the file does not take, as on a full disk, goes to the standard
+/// error that this began with. An error there is ignored: there is nowhere to report it.
 class StderrLog : public Log {
 public:
     /// The clock is used as long as this object lives.
@@ -27,6 +29,7 @@ private:
 
     std::string processName_;
     Clock& clock_;
+    Descriptor first_;                    ///< where standard error led before it was pointed anywhere
     std::optional<FileIdentity> current_; ///< the file that the streams were last pointed at
 };
 

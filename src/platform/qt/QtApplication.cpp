@@ -53,7 +53,9 @@ SystemVersion QtApplication::systemVersion() {
     const auto file = readers_.fileManager.read("/System/Library/CoreServices/SystemVersion.plist");
     const auto list = file ? readers_.propertyLists.parse(*file) : std::nullopt;
     const Value* version = list ? list->member("ProductVersion") : nullptr;
-    return version && version->text() ? parseSystemVersion(*version->text()) : SystemVersion();
+    // A full disk takes no file, and a crash may leave an empty one; neither makes the system too old.
+    constexpr SystemVersion oldestSupported{.major = 11};
+    return version && version->text() ? parseSystemVersion(*version->text()) : oldestSupported;
 }
 
 } // namespace join::platform

@@ -30,6 +30,18 @@ void describe(QProcess& process, const std::string& path, const Program& program
     process.setWorkingDirectory(toQString(program.workingDirectory));
 }
 
+/// Waits for its end, and sees to it when it does not come. One that not even the kernel can end is left.
+void awaitEnd(QProcess& process, std::chrono::milliseconds patience) {
+    constexpr int toClearUp = 2000; // milliseconds
+    if (process.waitForFinished(static_cast<int>(patience.count())))
+        return;
+    process.terminate();
+    if (process.waitForFinished(toClearUp))
+        return;
+    process.kill();
+    process.waitForFinished(toClearUp);
+}
+
 [[noreturn]] void raiseNotStarted(const Program& program, const QProcess& process) {
     throw Exception("Cannot start " + program.path + ": " + process.errorString().toStdString());
 }
@@ -53,9 +65,10 @@ TaskResult QtTasks::run(const Program& program) {
     process.start(QIODevice::ReadOnly);
     if (!process.waitForStarted(-1))
         raiseNotStarted(program, process);
-    process.waitForFinished(-1);
-    return {process.exitStatus() == QProcess::NormalExit, process.exitCode(),
-            process.readAllStandardOutput().toStdString()};
+    awaitEnd(process, program.patience);
+    const bool exited =
+        process.state() == QProcess::NotRunning && process.exitStatus() == QProcess::NormalExit;
+    return {exited, process.exitCode(), process.readAllStandardOutput().toStdString()};
 }
 
 void QtTasks::start(const Program& program) {

@@ -37,6 +37,14 @@ TEST_F(LinuxPathsOfAUser, TheLibraryIsMadePrivateAndAnExistingOneIsLeftAlone) {
     EXPECT_EQ(modeOf(paths_.userLibrary()), fs::perms{0755});
 }
 
+TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheStart) {
+    writeFile(paths_.temporary() + "zi1234", "half an archive");
+    const std::string other = writeFile(folder_ / ".cache/tavojoin/run/instance", "");
+    paths_.prepare();
+    EXPECT_TRUE(fs::is_empty(paths_.temporary()));
+    EXPECT_TRUE(fs::exists(other));
+}
+
 TEST_F(LinuxPathsOfAUser, AHomeThatIsNoAbsolutePathIsTakenFromThePasswordEntry) {
     EXPECT_EQ(paths_.home(), folder_.path());
     const EnvironmentVariable unset("HOME", nullptr);

@@ -7,9 +7,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <fcntl.h>
 #include <functional>
 #include <sstream>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -131,6 +133,24 @@ TEST(StderrLog, TheStreamsStayWhereTheyAreWhenTheFileCannotBeOpened) {
         return 0;
     });
     EXPECT_TRUE(contentsOf(path).ends_with("still heard\n"));
+}
+
+TEST(StderrLog, ALineThatTheFileDoesNotTakeGoesWhereStandardErrorLedAtFirst) {
+    const TemporaryFolder folder;
+    const std::string path = join::test::writeFile(folder / "log", std::string(10'000, '\n'));
+    const auto writeWithoutRoom = [&] {
+        StoppedClock clock;
+        StderrLog log("Join", clock);
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = 10'000;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        log.redirectStandardStreams(path);
+        log.write("the disk is full");
+        ::_exit(0);
+    };
+    EXPECT_EXIT(writeWithoutRoom(), testing::ExitedWithCode(0), "the disk is full");
 }
 
 TEST(StandardStreams, ClosedOnesLeadToTheNullDevice) {

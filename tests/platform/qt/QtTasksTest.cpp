@@ -1,5 +1,6 @@
 #include "platform/qt/QtTasks.h"
 #include "platform/Exception.h"
+#include "platform/linux/Descriptor.h"
 #include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
@@ -21,7 +22,7 @@ class QtTasksTest : public testing::Test {
 protected:
     /// An executable script in the test's folder.
     std::string script(const std::string& name, const std::string& lines) {
-        const std::string path = writeFile(folder / name, "#!/bin/sh\n" + lines);
+        std::string path = writeFile(folder / name, "#!/bin/sh\n" + lines);
         std::filesystem::permissions(path, std::filesystem::perms::owner_all);
         return path;
     }
@@ -41,6 +42,12 @@ TEST_F(QtTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
 TEST_F(QtTasksTest, AProgramEndedByASignalHasNotExited) {
     const TaskResult result = tasks.run({script("tool", "kill -9 $$\n"), {}, "/"});
     EXPECT_FALSE(result.exited);
+}
+
+TEST_F(QtTasksTest, AProgramThatDoesNotEndIsEndedAtItsTime) {
+    using namespace std::chrono_literals;
+    for (const char* lines : {"exec sleep 1000\n", "trap '' TERM\nexec sleep 1000\n"})
+        EXPECT_FALSE(tasks.run({script("tool", lines), {}, "/", 100ms}).exited);
 }
 
 TEST_F(QtTasksTest, AProgramThatCannotBeStartedThrows) {
@@ -68,7 +75,7 @@ TEST_F(QtTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {
 }
 
 TEST_F(QtTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
-    const int leak = ::open("/dev/zero", O_RDONLY); // as a library may open it, without a mark
+    const Descriptor leak(::open("/dev/zero", O_RDONLY)); // as a library may open it, without a mark
     const std::string listing = "readlink /proc/$$/fd/* > \"$1.part\"; mv \"$1.part\" \"$1\"\n";
     const std::string program = script("tool", listing);
     tasks.run({program, {folder / "waited"}, "/"});
@@ -80,7 +87,6 @@ TEST_F(QtTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
     }
     const std::string detached = contentsOf(folder / "detached");
     EXPECT_TRUE(detached.starts_with("/dev/null\n")) << detached;
-    ::close(leak);
 }
 
 TEST_F(QtTasksTest, ADetachedProgramLivesInASessionOfItsOwn) {

@@ -14,18 +14,18 @@ using Table = std::array<std::uint32_t, 256>;
 /// tables[n][b] is what byte b does to the register when n more bytes follow it, so that sixteen bytes
 /// are one step.
 constexpr std::array<Table, stride> makeTables() {
-    std::array<Table, stride> tables{};
+    std::array<Table, stride> made{};
     for (std::uint32_t byte = 0; byte < 256; ++byte) {
         std::uint32_t value = byte;
         for (int bit = 0; bit < 8; ++bit)
             value = value >> 1U ^ ((value & 1U) != 0 ? 0xEDB88320U : 0U);
-        tables[0][byte] = value;
+        made[0][byte] = value;
     }
     for (std::size_t n = 1; n < stride; ++n) {
         for (std::size_t byte = 0; byte < 256; ++byte)
-            tables[n][byte] = tables[n - 1][byte] >> 8U ^ tables[0][tables[n - 1][byte] & 0xFFU];
+            made[n][byte] = made[n - 1][byte] >> 8U ^ made[0][made[n - 1][byte] & 0xFFU];
     }
-    return tables;
+    return made;
 }
 
 constexpr std::array<Table, stride> tables = makeTables();

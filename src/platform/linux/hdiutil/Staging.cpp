@@ -30,7 +30,8 @@ Staging::Staging(const std::string& volumes) : place_(parentOf(volumes) + "/hdiu
 }
 
 void Staging::show(const std::string& folder, const std::string& volume) const {
-    if (renamed(folder, volume, RENAME_NOREPLACE) || renamed(folder, volume, RENAME_EXCHANGE))
+    if (renamed(folder, volume, RENAME_NOREPLACE) ||
+        (errno == EEXIST && renamed(folder, volume, RENAME_EXCHANGE)))
         return;
     if (errno != EINVAL && errno != ENOSYS)
         raise("the volume cannot be shown");

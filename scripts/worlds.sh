@@ -1,0 +1,155 @@
+# Cases that try Join, each in a world of its own: a home folder, a web service, whatever the case adds. Sourced after
+# common.sh, in name spaces that belong to the caller. Of the caller's it takes $scratch, a folder that holds images/,
+# standins/ and large/Tavo.app; $build, a build folder; $section and $at_once, a name and how many cases run beside
+# each other; and it counts in $tried. A case leaves what it says in $scratch/$section/CASE.says, its result in
+# CASE.result, its status in CASE.status.
+bundle=$build/Join.app
+images=(--agent-image "$scratch/images/TavoMac.dmg" --join-image "$scratch/images/JoinMac.dmg")
+unset DISPLAY WAYLAND_DISPLAY
+log=/dev/null service_pid='' wrapper=() virtual_display_pid=''
+
+# try NAME COMMAND...: runs a case beside the others. It has failed when its status says so.
+try() {
+    while [ "$(jobs -rp | wc -l)" -ge "$at_once" ]; do wait -n || true; done
+    (
+        world=$scratch/$section/${1//[ \/]/-}
+        mkdir -p "$world"
+        exec >"$world.says" 2>&1
+        trap 'leave_world' EXIT
+        "${@:2}"
+    ) &
+    tried=$((tried + 1))
+}
+
+# Makes the home folder that the rest of the case lives in.
+enter() {
+    use_home "$world/home"
+    export QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 SSL_CERT_FILE=$world/service.pem
+    support="$HOME/Library/Application Support/TavoMeetingNative"
+    log=$HOME/Library/Logs/TavoFendel/Join/join.log
+    root=$HOME/.local/share/tavojoin/root
+}
+
+leave_world() {
+    local status=$?
+    set +e
+    [ $status -eq 0 ] || tail -n 15 "$world/stderr" "$log"
+    end_all
+    [ -z "$service_pid$virtual_display_pid" ] || kill -9 $service_pid $virtual_display_pid
+    ! mountpoint -q "$world/home" || umount -l "$world/home"
+    chmod -R u+rwX "$world"
+    rm -rf "$world/home"
+    echo $status >"$world.status"
+}
+
+# Ends all that has its home in this world, but for this shell.
+end_all() {
+    local process
+    for process in /proc/[0-9]*; do
+        if [ "${process#/proc/}" != $BASHPID ] && tr '\0' '\n' <"$process/environ" | grep -qx "HOME=$world/home"; then
+            kill -9 "${process#/proc/}"
+        fi
+    done 2>/dev/null || true
+}
+
+result() { say "$*" >"$world.result"; }
+
+expect() { # WHAT COMMAND...
+    "${@:2}" || { say "not so: $1"; exit 1; }
+}
+
+within() { # SECONDS COMMAND...
+    local end=$((SECONDS + $1))
+    until "${@:2}" >/dev/null 2>&1; do
+        [ $SECONDS -le $end ] || { say "not within $1 s: ${*:2}"; return 1; }
+        sleep 0.05
+    done
+}
+
+# serve [OPTION VALUE]...: the web service with both images, in place of the one before.
+serve() {
+    [ -z "$service_pid" ] || { kill -9 "$service_pid"; wait "$service_pid" || true; } 2>/dev/null
+    rm -f "$world/port"
+    HOME=/ "$build/tools/service/join-service" --certificate "$world/service.pem" --port-file "$world/port" \
+        --log "$world/requests" "${images[@]}" "$@" >/dev/null 2>&1 &
+    service_pid=$!
+    within 20 test -s "$world/port"
+    host=localhost:$(cat "$world/port")
+}
+
+url() { say "tavojoin://k=123456789&e=ann@example.org&wsn=$host&cav=1.4${1:-}"; }
+
+install_programs() {
+    mkdir -p "$support" "$root/Applications"
+    cp -a "$scratch/standins/." "$support"
+    cp -a "$bundle" "$root/Applications"
+}
+
+open_join() { # BUNDLE [URL]
+    "${wrapper[@]}" "$1/Contents/MacOS/Join" "${@:2}" </dev/null >>"$world/stderr" 2>&1 &
+    join_pid=$!
+}
+
+ended() { ! grep -qs '^State:[[:space:]]*[^ZX]' "/proc/$join_pid/status"; }
+says() { grep -qsF -- "$1" "$log" "$world/stderr"; }
+starts() { cat "$HOME/tavo-standin/agent.txt" 2>/dev/null | grep -c '^start$' || true; }
+
+# Waits until Join has ended, or has done nothing for longer than the pause between two downloads; tells in $outcome.
+come_to_rest() {
+    local now before='' quiet=0 status=0
+    until ended || [ $quiet -ge 45 ]; do
+        now=$(wc -c "$world/requests" "$log" "$world/stderr"; cat "/proc/$join_pid/task"/*/children) 2>/dev/null || true
+        if [ "$now" = "$before" ]; then quiet=$((quiet + 1)); else quiet=0 before=$now; fi
+        sleep 0.1
+    done
+    outcome='stays up'
+    if ended; then
+        wait "$join_pid" || status=$?
+        outcome="ends with status $status"
+        expect "it ends by itself, not with status $status" test $status -le 2
+    fi
+    [ "$(starts)" -eq 0 ] || outcome='joins'
+}
+
+# What Join makes on its way: at any time nothing unfinished may lie about. A whole image whose programs are not
+# installed, and what zip and xdg-mime leave when they fail, go with the next run.
+unfinished() {
+    find "$HOME" -name '.?*.partial' -o -path "$root/Volumes/*" -o -path "$HOME/.local/share/applications/.*"
+}
+leftovers() { find "$HOME" -name '*.dmg' -o -path '*/tavojoin/tmp/zi*' -o -name '*.new'; }
+
+expect_tidy() {
+    expect "nothing is left unfinished: $(unfinished)" test -z "$(unfinished)"
+    [ ! -e "$support/Tavo.app" ] || diff -r "$scratch/standins/Tavo.app" "$support/Tavo.app" >/dev/null ||
+        expect 'the agent is whole' diff -r "$scratch/large/Tavo.app" "$support/Tavo.app"
+}
+
+# meets SECONDS OUTCOME LINE: what is to come of the Join that was opened, and what it is to say of that.
+meets() {
+    local begin=$SECONDS took
+    expect "it says $3" within "$1" says "$3"
+    took=$((SECONDS - begin))
+    come_to_rest
+    expect "it $2, and not: $outcome" test "$outcome" = "$2"
+    expect_tidy
+    result "$outcome, after $took s: $3"
+}
+
+# joins BUNDLE [URL]: all is well from now on, so this run must join.
+joins() {
+    local before status=0
+    before=$(starts)
+    open_join "$@"
+    expect 'the next run ends' within 60 ended
+    wait "$join_pid" || status=$?
+    expect "the next run ends with status 0, not $status" test $status -eq 0
+    within 20 eval '[ "$(starts)" -gt '"$before"' ]'
+    expect 'the agent is there' test -e "$support/Tavo.app"
+    expect 'the Crash Detector is whole' cmp "$scratch/standins/TavoCrashDetector" "$support/TavoCrashDetector"
+}
+
+recovers() { # BUNDLE [URL]
+    joins "$@"
+    expect_tidy
+    expect "nothing is left behind: $(leftovers)" test -z "$(leftovers)"
+}
