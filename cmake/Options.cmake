@@ -14,6 +14,16 @@ if(JOIN_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
+option(JOIN_COVERAGE "Count the lines that run, as GCC does" OFF)
+if(JOIN_COVERAGE)
+    add_compile_options(--coverage -fprofile-update=atomic)
+    add_link_options(--coverage)
+    add_library(join_counts_at_end STATIC ${PROJECT_SOURCE_DIR}/tools/coverage/CountsAtEnd.cpp)
+    target_link_options(join_counts_at_end INTERFACE
+        -Wl,--undefined=joinCountsAtEnd,--wrap=_exit,--wrap=_Exit,--wrap=execve)
+    link_libraries(join_counts_at_end)
+endif()
+
 # The project's own code is compiled with these.
 add_library(join_warnings INTERFACE)
 target_compile_options(join_warnings INTERFACE -Wall -Wextra -Wpedantic -Werror)

@@ -42,7 +42,7 @@ using namespace join::platform;
 /// Every service, each made from those before it.
 class Platform {
 public:
-    explicit Platform(const JoinAppStart& start) : start_(start) {
+    explicit Platform(JoinAppStart start) : start_(std::move(start)) {
         paths_.prepare();
         fileManager_.createFolder(paths_.localApplications());
         makeSystemVersionFile(fileManager_);

@@ -28,11 +28,10 @@ TEST_F(AgentLaunch, AUrlWithCurrentVersionsStartsTheAgentThenTheCrashDetectorAnd
         journal,
         {"log: -[AppDelegate handleGetURLEvent:withReplyEvent:] : Modify join details by Launch App",
          "create " + joinDetails,
-         "log: -[AppDelegate joinAppVersionCheck] : Local Join App version : 3.1 Latest Join App version : "
-         "3.1",
-         "log: -[AppDelegate isCrashDetectorUpdateNeeded] : Local Crash Detector App version : 1.4 Latest "
-         "Crash "
-         "Detector App version : 1.4",
+         ("log: -[AppDelegate joinAppVersionCheck] : Local Join App version : 3.1 "
+          "Latest Join App version : 3.1"),
+         ("log: -[AppDelegate isCrashDetectorUpdateNeeded] : Local Crash Detector App version : 1.4 "
+          "Latest Crash Detector App version : 1.4"),
          "log: -[AppDelegate tavoAppVersionCheck] : Local Tavo App version : 2.0 Latest Tavo App version : 9",
          "log: -[AppDelegate tavoAppVersionCheck] : This mac has latest Tavo App",
          "log: -[AppDelegate appLaunch] : App Path : /Applications", "create folder " + support,

@@ -15,8 +15,8 @@ TEST_F(StartUp, DoesItsStepsInOrder) {
                entry.starts_with("progress:");
     });
     EXPECT_EQ(journal,
-              (Journal{"log: +[MonitoringHandler addkey:value:] : Time stamp : "
-                       R"({"M1":"Join Launched time : 01:05:09"})",
+              (Journal{("log: +[MonitoringHandler addkey:value:] : Time stamp : "
+                        R"({"M1":"Join Launched time : 01:05:09"})"),
                        "create folder /home/ann/Library/Logs//TavoFendel/",
                        "create folder /home/ann/Library/Logs//TavoFendel/Join/", "redirect", "timer 100 ms",
                        "default handler of tavojoin: com.tavo.join", "URL handler",

@@ -20,6 +20,7 @@ namespace join::platform {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using test::TemporaryFolder;
 using Start = SingleInstance::Start;
 
@@ -29,6 +30,7 @@ InstanceMessage urlMessage(const std::string& url) { return {.url = url, .activa
 
 std::vector<std::string> urlsOf(const std::vector<InstanceMessage>& messages) {
     std::vector<std::string> urls;
+    urls.reserve(messages.size());
     for (const InstanceMessage& message : messages)
         urls.push_back(message.url.value_or("(none)"));
     return urls;
@@ -39,18 +41,16 @@ TEST(InstanceMessage, IsReadBackAsItWasWrittenAndNothingElseIsAMessage) {
         {},
         {.url = {}, .activationToken = "token"},
         {.url = "TAVOJOIN://k=1\n&e=\xff", .activationToken = ""},
-        {.url = "tavojoin:" + std::string(127 * 1024, 'x'), .activationToken = "token"},
+        {.url = "tavojoin:" + std::string(std::size_t{127} * 1024, 'x'), .activationToken = "token"},
     };
     for (const InstanceMessage& message : messages)
         EXPECT_EQ(parseInstanceMessage(instanceMessageBytes(message).value()), message);
     EXPECT_EQ(instanceMessageBytes(urlMessage("tavojoin:" + std::string(maximumInstanceMessageSize, 'x'))),
               std::nullopt);
 
-    const auto bytes = [](const char* text, std::size_t size) { return std::string(text, size); };
     for (const std::string& none :
-         {std::string(), bytes("\0\0\0", 3), bytes("tavojoin 1\0", 11), bytes("tavojoin 1\0\0", 12),
-          bytes("tavojoin 1\0\0\0x", 14), bytes("tavojoin 2\0\0\0", 13), bytes("tavojoin 1\0--help\0\0", 19),
-          "tavojoin 1" + std::string(maximumInstanceMessageSize, '\0')})
+         {""s, "\0\0\0"s, "tavojoin 1\0"s, "tavojoin 1\0\0"s, "tavojoin 1\0\0\0x"s, "tavojoin 2\0\0\0"s,
+          "tavojoin 1\0--help\0\0"s, "tavojoin 1" + std::string(maximumInstanceMessageSize, '\0')})
         EXPECT_EQ(parseInstanceMessage(none), std::nullopt) << none.substr(0, 30);
 }
 

@@ -1,9 +1,13 @@
 #include "platform/linux/StagedPath.h"
 
+#include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <future>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -19,6 +23,30 @@ pid_t deadProcess() {
         ::_exit(0);
     ::waitpid(process, nullptr, 0);
     return process;
+}
+
+/// A file and a folder each get a new name, and no name that is taken.
+void commitToNewNames() {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "old");
+    fs::create_directory(folder / "empty");
+    fs::create_symlink("nowhere", folder / "link");
+    for (const char* made : {"", "/file"}) {
+        for (const char* name : {"file", "empty", "link"}) {
+            StagedPath staged(folder / name);
+            writeFile(staged.path() + made, "new");
+            EXPECT_FALSE(staged.commitNew()) << name << made;
+        }
+        StagedPath staged(folder / "new");
+        writeFile(staged.path() + made, "new");
+        EXPECT_TRUE(staged.commitNew()) << made;
+        EXPECT_EQ(contentsOf((folder / "new") + made), "new");
+        fs::remove_all(folder / "new");
+    }
+    EXPECT_EQ(contentsOf(folder / "file"), "old");
+    EXPECT_TRUE(fs::is_empty(folder / "empty"));
+    EXPECT_EQ(fs::read_symlink(folder / "link"), "nowhere");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 3);
 }
 
 } // namespace
@@ -48,16 +76,10 @@ TEST(StagedPath, LeftoversOfDeadProcessesAndOfItselfGoAndAllElseStays) {
 }
 
 TEST(StagedPath, ACommitToANewNameReplacesNothing) {
-    const TemporaryFolder folder;
-    writeFile(folder / "file", "old");
-    fs::create_directory(folder / "empty");
-    fs::create_symlink("nowhere", folder / "link");
-    for (const char* name : {"file", "empty", "link"}) {
-        StagedPath staged(folder / name);
-        writeFile(staged.path(), "new");
-        EXPECT_FALSE(staged.commitNew()) << name;
-    }
-    EXPECT_EQ(contentsOf(folder / "file"), "old");
-    EXPECT_TRUE(fs::is_empty(folder / "empty"));
-    EXPECT_EQ(fs::read_symlink(folder / "link"), "nowhere");
+    commitToNewNames();
+    // Nor where the file system cannot be told to.
+    std::async(std::launch::async, [] {
+        refuseSystemCall(SYS_renameat2, EINVAL);
+        commitToNewNames();
+    }).get();
 }

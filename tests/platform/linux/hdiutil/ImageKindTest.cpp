@@ -2,8 +2,11 @@
 
 #include "platform/Exception.h"
 #include "platform/linux/hdiutil/Crc32.h"
+#include "platform/linux/hdiutil/ImageFile.h"
 #include "platform/linux/hdiutil/UdifTrailer.h"
+#include "support/TemporaryFolder.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -93,6 +96,14 @@ TEST(UdifTrailer, IsRefusedWhenDamaged) {
         EXPECT_TRUE(isUdifTrailer(trailers[n])) << n;
         EXPECT_THROW(parseUdifTrailer(trailers[n], 1024), Exception) << n;
     }
+}
+
+TEST(ImageFile, IsRefusedWhenItShrinksWhileItIsRead) {
+    const test::TemporaryFolder folder;
+    const ImageFile image(test::writeFile(folder / "image", zeros(100)));
+    EXPECT_EQ(image.read(90, 20).size(), 10U);
+    std::filesystem::resize_file(folder / "image", 50);
+    EXPECT_THROW(image.read(40, 20), Exception);
 }
 
 TEST(Crc32, IsThatOfTheStandard) {

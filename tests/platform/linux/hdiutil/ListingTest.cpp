@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/stat.h>
+#include <utility>
 #include <vector>
 
 namespace join::platform::hdiutil {
 
 namespace {
+
+using namespace std::string_literals;
 
 constexpr const char* listed =
     "\n7-Zip\n\nListing archive: x.dmg\n\n--\nPath = x.dmg\nType = Dmg\nOffset = 7\n"
@@ -41,6 +44,14 @@ TEST(Listing, TellsTypesNamesSizesModesTimesAndLinks) {
     EXPECT_EQ(file.mode, mode_t{S_IFREG | 0750});
     EXPECT_FALSE(file.modified);
     EXPECT_EQ(listing.entries[2].linkText, "../x");
+}
+
+TEST(Listing, TellsWhatIsNeitherFileNorFolderNorLink) {
+    const std::pair<char, mode_t> cases[] = {{'c', S_IFCHR}, {'b', S_IFBLK}, {'p', S_IFIFO}, {'s', S_IFSOCK}};
+    for (const auto& [letter, type] : cases) {
+        const std::string entry = "Path = a\nFolder = -\nSize = 0\nMode = " + (letter + "rw-------\n"s);
+        EXPECT_EQ(parseListing("Type = HFS\n----------\n" + entry, 1).entries[0].mode, type | 0600) << letter;
+    }
 }
 
 TEST(Listing, IsRefusedWhenItCannotBeUnderstood) {

@@ -5,17 +5,21 @@
 #include "platform/Exception.h"
 #include "platform/linux/hdiutil/SevenZip.h"
 #include "support/Child.h"
+#include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 namespace join::platform::hdiutil {
 
@@ -133,6 +137,15 @@ TEST_F(Mount, TakesThePlaceOfWhateverHadTheName) {
     EXPECT_FALSE(fs::is_symlink(volume_));
     EXPECT_EQ(treeOf(volume_), treeOf(in_));
     EXPECT_TRUE(fs::exists(outside));
+
+    // On a file system that only renames plainly as well.
+    std::async(std::launch::async, [this] {
+        test::refuseSystemCall(SYS_renameat2, EINVAL);
+        writeFile(volume_ + "/old", "x");
+        mount();
+    }).get();
+    EXPECT_EQ(treeOf(volume_), treeOf(in_));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "root"), {}), 1);
 }
 
 TEST_F(Mount, RemovesWhatKilledRunsLeft) {

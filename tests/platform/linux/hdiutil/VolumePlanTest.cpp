@@ -127,8 +127,11 @@ TEST(VolumePlan, OtherLayersThanTheImageWasTakenForAreRefused) {
     EXPECT_TRUE(isRefused(listing, ImageKind::udif));
     listing.types = {"zip", "HFS"};
     EXPECT_TRUE(isRefused(listing, ImageKind::udif));
-    listing.types = {"Dmg", "HFS"};
-    EXPECT_FALSE(isRefused(listing, ImageKind::udif));
+    for (const char* kind : {"APFS", "HFS"}) {
+        listing.types = {"Dmg", kind};
+        listing.volumeName = "V";
+        EXPECT_FALSE(isRefused(listing, ImageKind::udif)) << kind;
+    }
     listing.offset = 512;
     EXPECT_TRUE(isRefused(listing, ImageKind::udif));
 }

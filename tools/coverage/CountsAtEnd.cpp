@@ -1,0 +1,34 @@
+// Linked with every program and module of the coverage build. GCC writes the counts of a process when it ends
+// by exit; here they are written before it ends, or becomes another program, in any other way that can be
+// caught.
+#include <cstdlib>
+#include <unistd.h>
+
+using Arguments = char* const*;
+
+// GCC's, in each program and module. Further, the linker leads calls of NAME to __wrap_NAME, and those of
+// __real_NAME to NAME.
+extern "C" {
+void writeCounts() __asm__("__gcov_dump");
+[[noreturn]] void realExit(int status) __asm__("__real__exit");
+[[noreturn]] void exitCounted(int status) __asm__("__wrap__exit");
+[[noreturn]] void standardExitCounted(int status) __asm__("__wrap__Exit");
+int realExecve(const char* path, Arguments arguments, Arguments environment) __asm__("__real_execve");
+int execveCounted(const char* path, Arguments arguments, Arguments environment) __asm__("__wrap_execve");
+}
+
+void exitCounted(int status) {
+    writeCounts();
+    realExit(status);
+}
+
+void standardExitCounted(int status) { exitCounted(status); }
+
+int execveCounted(const char* path, Arguments arguments, Arguments environment) {
+    writeCounts();
+    return realExecve(path, arguments, environment);
+}
+
+/// What makes the linker take this file.
+extern const int joinCountsAtEnd;
+const int joinCountsAtEnd = std::at_quick_exit([] { writeCounts(); });
