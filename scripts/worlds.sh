@@ -81,8 +81,8 @@ url() { say "tavojoin://k=123456789&e=ann@example.org&wsn=$host&cav=1.4${1:-}"; 
 
 install_programs() {
     mkdir -p "$support" "$root/Applications"
-    cp -a "$scratch/standins/." "$support"
-    cp -a "$bundle" "$root/Applications"
+    cp -dR --preserve=mode "$scratch/standins/." "$support"
+    cp -dR --preserve=mode "$bundle" "$root/Applications"
 }
 
 open_join() { # BUNDLE [URL]
@@ -98,7 +98,7 @@ starts() { cat "$HOME/tavo-standin/agent.txt" 2>/dev/null | grep -c '^start$' ||
 come_to_rest() {
     local now before='' quiet=0 status=0
     until ended || [ $quiet -ge 45 ]; do
-        now=$(wc -c "$world/requests" "$log" "$world/stderr"; cat "/proc/$join_pid/task"/*/children) 2>/dev/null || true
+        now=$({ wc -c "$world/requests" "$log" "$world/stderr"; cat "/proc/$join_pid/task"/*/children; } 2>/dev/null || true)
         if [ "$now" = "$before" ]; then quiet=$((quiet + 1)); else quiet=0 before=$now; fi
         sleep 0.1
     done

@@ -6,6 +6,7 @@
 #include "platform/linux/TreeCopy.h"
 #include "platform/linux/TreeRemoval.h"
 
+#include <cstdio>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -72,7 +73,15 @@ bool LinuxFileManager::copy(const std::string& source, const std::string& target
 
 bool LinuxFileManager::remove(const std::string& path) {
     const auto real = realPath(path);
-    return real && removeTree(*real);
+    struct stat status {};
+    if (!real || ::lstat(real->c_str(), &status) != 0)
+        return false;
+    if (!S_ISDIR(status.st_mode))
+        return removeTree(*real);
+    // It goes from its name at once: should we be killed now, half a bundle would pass for one.
+    const StagedPath apart(*real);
+    const bool isApart = ::rename(real->c_str(), apart.path().c_str()) == 0;
+    return removeTree(isApart ? apart.path() : *real);
 }
 
 std::optional<std::string> LinuxFileManager::read(const std::string& path) {

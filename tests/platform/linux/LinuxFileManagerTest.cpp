@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <filesystem>
+#include <future>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -159,6 +160,21 @@ TEST_F(FileManagerOfLinux, RemovingATreeSparesWhatItsLinksLeadTo) {
     EXPECT_FALSE(files_.remove(user_ + "/link"));
     EXPECT_EQ(entries(), 0);
     EXPECT_EQ(contentsOf(folder_ / "outside/file"), "x");
+}
+
+TEST_F(FileManagerOfLinux, AFolderThatIsRemovedIsNeverSeenInPart) {
+    constexpr int files = 3000;
+    const std::string tree = user_ + "/tree";
+    for (int number = 0; number < files; ++number)
+        writeFile(tree + "/" + std::to_string(number), "");
+    const auto removal = std::async(std::launch::async, [&] { EXPECT_TRUE(files_.remove(tree)); });
+    for (std::error_code error; fs::exists(tree);) {
+        int seen = 0;
+        for (fs::directory_iterator entry(tree, error); !error && entry != fs::directory_iterator();
+             entry.increment(error))
+            ++seen;
+        EXPECT_TRUE(seen == files || !fs::exists(tree)) << seen;
+    }
 }
 
 TEST_F(FileManagerOfLinux, RemovesTreesWhoseModesKeepTheirOwnerOut) {

@@ -1,9 +1,14 @@
 #include "platform/linux/hdiutil/Detach.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/StagedPath.h"
+#include "platform/linux/TreeRemoval.h"
 #include "platform/linux/hdiutil/Staging.h"
 #include "platform/linux/hdiutil/VolumePlan.h"
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <string_view>
 #include <sys/stat.h>
 
@@ -17,9 +22,11 @@ void detachVolume(const std::string& mountPoint, const SystemRoot& root) {
     struct stat found {};
     if (::lstat(real.c_str(), &found) != 0 || !S_ISDIR(found.st_mode))
         throw Exception("no volume is mounted there");
-    const Staging staging(root.toReal("/Volumes"));
-    staging.take(real);
-    if (!staging.clear())
+    // Nothing is made for it: a full disk takes no new folder.
+    const StagedPath apart(placeOfWork(root.toReal("/Volumes")));
+    if (::rename(real.c_str(), apart.path().c_str()) != 0)
+        throw Exception(std::string("the volume cannot be taken away: ") + std::strerror(errno));
+    if (!removeTree(apart.path()))
         throw Exception("the volume cannot be removed whole");
 }
 

@@ -2,7 +2,6 @@
 
 #include "platform/Exception.h"
 #include "platform/linux/Folders.h"
-#include "platform/linux/TreeRemoval.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -24,7 +23,9 @@ bool renamed(const std::string& from, const std::string& to, unsigned flags) {
 
 } // namespace
 
-Staging::Staging(const std::string& volumes) : place_(parentOf(volumes) + "/hdiutil") {
+std::string placeOfWork(const std::string& volumes) { return parentOf(volumes) + "/hdiutil"; }
+
+Staging::Staging(const std::string& volumes) : place_(placeOfWork(volumes)) {
     if (::mkdir(path().c_str(), S_IRWXU) != 0)
         raise("no private folder can be made");
 }
@@ -46,12 +47,5 @@ void Staging::show(const std::string& folder, const std::string& volume) const {
         raise("the volume cannot be shown");
     }
 }
-
-void Staging::take(const std::string& volume) const {
-    if (!renamed(volume, path() + "/volume", 0))
-        raise("the volume cannot be taken away");
-}
-
-bool Staging::clear() const { return removeTree(path()); }
 
 } // namespace join::platform::hdiutil

@@ -6,9 +6,12 @@
 
 namespace join::platform::hdiutil {
 
-/// A private folder beside the folder of the volumes, on the same file system but not seen with them, where a
-/// volume is made or taken apart. It goes away with all that it holds; what killed processes left of theirs
-/// goes with the making of this. One at a time in a process.
+/// Where volumes are made and taken apart, for a StagedPath: beside the folder of the volumes, on the same
+/// file system but not seen with them.
+std::string placeOfWork(const std::string& volumes);
+
+/// A private folder there, in which a volume is made. It goes away with all that it holds; what killed
+/// processes left of theirs goes with the making of this. One at a time in a process.
 class Staging {
 public:
     /// Throws Exception when it cannot be made.
@@ -19,12 +22,6 @@ public:
     /// Gives a folder in here its place among the volumes. What stood there comes in here. Throws Exception
     /// with all as it was.
     void show(const std::string& folder, const std::string& volume) const;
-
-    /// Takes a volume in here, at once. Throws Exception when it stays.
-    void take(const std::string& volume) const;
-
-    /// Empties this now; false when something cannot be removed.
-    bool clear() const;
 
 private:
     StagedPath place_;

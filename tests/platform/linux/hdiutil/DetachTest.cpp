@@ -1,10 +1,14 @@
 #include "platform/linux/hdiutil/Detach.h"
 
 #include "platform/Exception.h"
+#include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <future>
 #include <gtest/gtest.h>
+#include <sys/syscall.h>
 
 namespace join::platform::hdiutil {
 
@@ -26,6 +30,14 @@ TEST_F(Detach, TakesOneVolumeAway) {
     EXPECT_FALSE(fs::exists(folder_ / "root/Volumes/Tavo"));
     EXPECT_TRUE(fs::exists(folder_ / "root/Volumes/Other"));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "root"), {}), 1);
+}
+
+TEST_F(Detach, NeedsNoRoom) {
+    std::async(std::launch::async, [this] {
+        test::refuseSystemCall(SYS_mkdir, ENOSPC);
+        EXPECT_NO_THROW(detachVolume("/Volumes/Tavo", root_));
+    }).get();
+    EXPECT_TRUE(fs::is_empty(folder_ / "root/Volumes"));
 }
 
 TEST_F(Detach, RefusesEverythingElse) {
