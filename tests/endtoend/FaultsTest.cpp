@@ -159,8 +159,10 @@ TEST(Faults, AFolderThatCannotBeWrittenIsSaidAndTheNextRunJoinsWhenItCan) {
         fs::permissions(path, fs::perms{0555});
         {
             const Child join(bound);
-            EXPECT_TRUE(eventually([&] { return saidIn(world).find(said) != std::string::npos; }))
-                << folder << saidIn(world);
+            EXPECT_TRUE(eventually([&, text = said] {
+                return saidIn(world).find(text) != std::string::npos;
+            })) << folder
+                << saidIn(world);
         }
         fs::permissions(path, fs::perms{0755});
         expectJoin(world, launch);
