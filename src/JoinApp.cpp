@@ -24,9 +24,8 @@
 #include "platform/qt/QtStrings.h"
 #include "platform/qt/QtTasks.h"
 #include "platform/qt/QtTimers.h"
+#include "platform/qt/QtToolkit.h"
 #include "platform/qt/QtWindows.h"
-
-#include <QApplication>
 
 #include <cstdlib>
 #include <filesystem>
@@ -158,19 +157,12 @@ private:
 
 extern "C" __attribute__((visibility("default"))) int join_run_app(const JoinAppStart& start) {
     Exception::setCallStackSource(callStack);
-    // Not before the libraries are loaded: with a second thread each of the mappings that takes is slower.
-    if (start.starts)
-        start.starts->messages().begin();
-    // Nothing is drawn with OpenGL, and looking for it takes time. Children are not to see this.
-    constexpr const char* openGl = "QT_XCB_GL_INTEGRATION";
-    if (!qEnvironmentVariableIsSet(openGl))
-        qputenv(openGl, "none");
-    int toolkitArguments = 1; // the launch URL is none of the toolkit's business
-    QApplication toolkit(toolkitArguments, start.arguments);
-    QApplication::setApplicationName("Join");
-    QApplication::setDesktopFileName("com.tavo.join"); // by which a desktop finds the icon
-    qunsetenv(openGl);
     try {
+        // Not before the libraries are loaded: with a second thread each of the mappings that takes is
+        // slower.
+        if (start.starts)
+            start.starts->messages().begin();
+        const QtToolkit toolkit(start.arguments);
         Platform platform(start);
         join::AppDelegate delegate;
         platform.run(delegate);
