@@ -2,6 +2,7 @@
 // by exit; here they are written before it ends, or becomes another program, in any other way that can be
 // caught.
 #include <cstdlib>
+#include <sys/resource.h>
 #include <unistd.h>
 
 using Arguments = char* const*;
@@ -9,12 +10,22 @@ using Arguments = char* const*;
 // GCC's, in each program and module. Further, the linker leads calls of NAME to __wrap_NAME, and those of
 // __real_NAME to NAME.
 extern "C" {
-void writeCounts() __asm__("__gcov_dump");
+void dump() __asm__("__gcov_dump");
 [[noreturn]] void realExit(int status) __asm__("__real__exit");
 [[noreturn]] void exitCounted(int status) __asm__("__wrap__exit");
 [[noreturn]] void standardExitCounted(int status) __asm__("__wrap__Exit");
 int realExecve(const char* path, Arguments arguments, Arguments environment) __asm__("__real_execve");
 int execveCounted(const char* path, Arguments arguments, Arguments environment) __asm__("__wrap_execve");
+}
+
+/// However large the files may be that a test allows: half a file of counts would spoil those to come.
+static void writeCounts() {
+    rlimit allowed{};
+    ::getrlimit(RLIMIT_FSIZE, &allowed);
+    const rlimit most{allowed.rlim_max, allowed.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &most);
+    dump();
+    ::setrlimit(RLIMIT_FSIZE, &allowed);
 }
 
 void exitCounted(int status) {
@@ -31,4 +42,4 @@ int execveCounted(const char* path, Arguments arguments, Arguments environment) 
 
 /// What makes the linker take this file.
 extern const int joinCountsAtEnd;
-const int joinCountsAtEnd = std::at_quick_exit([] { writeCounts(); });
+const int joinCountsAtEnd = std::at_quick_exit(dump);
