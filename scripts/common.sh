@@ -28,6 +28,18 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
+# The 7-Zip that reads disk images, wherever the distribution has put it.
+seven_zip() {
+    local place
+    for place in /usr/bin/7zz /usr/lib/7zip/7z /usr/local/bin/7zz; do
+        if [ -x "$place" ]; then
+            say "$place"
+            return 0
+        fi
+    done
+    return 1
+}
+
 # Waits, a minute at most, until the command succeeds.
 wait_until() {
     local tries

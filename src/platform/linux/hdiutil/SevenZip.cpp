@@ -1,7 +1,11 @@
 #include "platform/linux/hdiutil/SevenZip.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/Descriptor.h"
 
+#include <array>
+#include <fcntl.h>
+#include <string_view>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -27,11 +31,29 @@ const char* optionFor(ImageKind kind) {
     }
 }
 
+/// Not a script that starts one.
+bool isProgram(const std::string& path) {
+    const Descriptor file = openForReading(AT_FDCWD, path.c_str());
+    std::array<char, 4> start{};
+    return file && readSome(file.get(), start.data(), start.size()) == ssize_t{start.size()} &&
+           std::string_view(start.data(), start.size()) == "\x7F\x45LF";
+}
+
 } // namespace
 
-std::string pathOf7zz() {
-    const char* packaged = "/usr/bin/7zz";
-    return ::access(packaged, F_OK) == 0 ? packaged : "/usr/local/bin/7zz";
+std::string pathOf7zz(const std::vector<std::string>& places) {
+    const std::string* wrapper = nullptr;
+    for (const std::string& place : places) {
+        if (::access(place.c_str(), X_OK) != 0)
+            continue;
+        if (isProgram(place))
+            return place;
+        if (wrapper == nullptr)
+            wrapper = &place;
+    }
+    if (wrapper == nullptr)
+        throw Exception("7-Zip is not installed");
+    return *wrapper;
 }
 
 SevenZip::SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption)

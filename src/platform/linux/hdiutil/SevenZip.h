@@ -5,11 +5,17 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace join::platform::hdiutil {
 
-/// Where the system has 7zz; never looked for on the PATH.
-std::string pathOf7zz();
+/// Where distributions put the 7-Zip that reads disk images; the PATH is never searched.
+inline const std::vector<std::string> placesOf7zz{"/usr/bin/7zz", "/usr/lib/7zip/7zz", "/usr/lib/7zip/7z",
+                                                  "/usr/local/bin/7zz"};
+
+/// The first of the places that holds the program itself, or else a script that starts it. Throws Exception
+/// when none holds anything that can be run.
+std::string pathOf7zz(const std::vector<std::string>& places = placesOf7zz);
 
 /// What 7zz does with one image that is open. It sees that very file, whatever its path means by then.
 class SevenZip {

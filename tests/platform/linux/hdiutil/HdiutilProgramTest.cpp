@@ -1,4 +1,6 @@
 #include "images/DiskImage.h"
+#include "platform/Exception.h"
+#include "platform/linux/hdiutil/SevenZip.h"
 #include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
@@ -49,6 +51,18 @@ TEST_F(HdiutilProgram, EndsWithStatusTwoWhenCalledInAnotherWay) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{}, {"mount"}, {"mount", "a", "b"}, {"eject", "a"}, {"-h"}})
         EXPECT_EQ(run(arguments), 2);
+}
+
+TEST_F(HdiutilProgram, TakesThe7ZipThatIsThereRatherThanAScriptThatStartsOne) {
+    const std::string wrapper = writeFile(folder_ / "wrapper", "#!/bin/sh\n");
+    const std::string program = writeFile(folder_ / "program", "\x7F\x45LF");
+    for (const std::string& file : {wrapper, program})
+        fs::permissions(file, fs::perms::owner_all);
+    const std::string other = writeFile(folder_ / "cannot be started", "\x7F\x45LF");
+    using platform::hdiutil::pathOf7zz;
+    EXPECT_EQ(pathOf7zz({folder_ / "missing", wrapper, other, program}), program);
+    EXPECT_EQ(pathOf7zz({other, wrapper}), wrapper);
+    EXPECT_THROW(pathOf7zz({folder_ / "missing", other}), platform::Exception);
 }
 
 } // namespace join::test
