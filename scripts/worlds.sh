@@ -112,11 +112,11 @@ come_to_rest() {
 }
 
 # What Join makes on its way: at any time nothing unfinished may lie about. A whole image whose programs are not
-# installed, and what zip and xdg-mime leave when they fail, go with the next run.
+# installed, and what zip leaves when it fails, go with the next run.
 unfinished() {
     find "$HOME" -name '.?*.partial' -o -path "$root/Volumes/*" -o -path "$HOME/.local/share/applications/.*"
 }
-leftovers() { find "$HOME" -name '*.dmg' -o -path '*/tavojoin/tmp/zi*' -o -name '*.new'; }
+leftovers() { find "$HOME" -name '*.dmg' -o -path '*/tavojoin/tmp/zi*'; }
 
 expect_tidy() {
     expect "nothing is left unfinished: $(unfinished)" test -z "$(unfinished)"

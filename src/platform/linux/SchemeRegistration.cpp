@@ -1,19 +1,13 @@
 #include "platform/linux/SchemeRegistration.h"
 
-#include "platform/Exception.h"
 #include "platform/linux/Descriptor.h"
-#include "platform/linux/DesktopEntry.h"
 #include "platform/linux/Environment.h"
 #include "platform/linux/Folders.h"
 #include "platform/linux/LinuxPaths.h"
-#include "platform/linux/MimeAppsList.h"
-#include "platform/linux/StagedFile.h"
 
-#include <cerrno>
 #include <cstddef>
-#include <cstring>
+#include <exception>
 #include <fcntl.h>
-#include <optional>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -22,46 +16,45 @@ namespace join::platform {
 
 namespace {
 
-constexpr std::size_t maximumSize = 1 << 20; ///< of a file that is read; they are a few KiB long
-constexpr mode_t privateMode = S_IRWXU;
-constexpr mode_t readableMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
+constexpr std::size_t maximumMark = std::size_t{64} << 10; ///< in bytes; it holds a path and some numbers
 
-/// An empty text when it cannot be read.
-std::string textOf(const std::string& path, int flags = 0) {
-    const Descriptor file = openForReading(AT_FDCWD, path.c_str(), flags);
-    return file ? readAll(file.get(), maximumSize).value_or("") : "";
-}
-
-bool isExecutable(const std::string& path) {
+/// Another text as soon as the file is another one or has been written to.
+std::string identityOf(const std::string& path) {
     struct stat found {};
-    return ::stat(path.c_str(), &found) == 0 && S_ISREG(found.st_mode) && ::access(path.c_str(), X_OK) == 0;
-}
-
-[[noreturn]] void raise(const std::string& path, const char* reason) {
-    throw Exception("The desktop entry " + path + " cannot be written: " + reason);
-}
-
-void writeEntry(const std::string& path, const std::string& text) {
-    StagedFile file(path);
-    if (!file.open() || !file.write(text) || !file.commit())
-        raise(path, std::strerror(errno));
-    if (const Descriptor written = openForReading(AT_FDCWD, path.c_str(), O_NOFOLLOW))
-        ::fchmod(written.get(), readableMode);
-}
-
-/// Only a file of ours is written over; a link or a folder was put there by somebody.
-void ensureEntry(const std::string& path, const std::string& text) {
-    struct stat found {};
-    if (::lstat(path.c_str(), &found) == 0) {
-        if (!S_ISREG(found.st_mode))
-            raise(path, "something else has its name");
-        if (textOf(path, O_NOFOLLOW) == text)
-            return;
-    }
-    writeEntry(path, text);
+    if (::stat(path.c_str(), &found) != 0)
+        return "-";
+    std::string identity;
+    for (const auto number :
+         {static_cast<long long>(found.st_dev), static_cast<long long>(found.st_ino),
+          static_cast<long long>(found.st_size), static_cast<long long>(found.st_mtim.tv_sec),
+          static_cast<long long>(found.st_mtim.tv_nsec)})
+        identity += std::to_string(number) + ' ';
+    return identity;
 }
 
 } // namespace
+
+std::string bundleForLaunchUrls(const SystemRoot& root, const std::string& runningBundle) {
+    const std::string installed = root.toReal("/Applications/Join.app");
+    const std::string executable = installed + "/Contents/MacOS/Join";
+    struct stat found {};
+    const bool canBeStarted = ::stat(executable.c_str(), &found) == 0 && S_ISREG(found.st_mode) &&
+                              ::access(executable.c_str(), X_OK) == 0;
+    return canBeStarted ? installed : runningBundle;
+}
+
+RegistrationFiles::RegistrationFiles(const std::string& bundleIdentifier) {
+    const std::string home = LinuxPaths().home();
+    const std::string data = absoluteFromEnvironment("XDG_DATA_HOME").value_or(home + "/.local/share");
+    const std::string config = absoluteFromEnvironment("XDG_CONFIG_HOME").value_or(home + "/.config");
+    entry = normalised(data + "/applications") + "/" + bundleIdentifier + ".desktop";
+    defaults = config + "/mimeapps.list";
+    mark = data + "/tavojoin/registered";
+}
+
+std::string registrationFacts(const RegistrationFiles& files, const std::string& bundle) {
+    return bundle + "\n" + identityOf(files.entry) + "\n" + identityOf(files.defaults) + "\n";
+}
 
 SchemeRegistration::SchemeRegistration(SystemRoot root, std::string runningBundle, Log& log,
                                        StartHelper startHelper)
@@ -78,38 +71,16 @@ void SchemeRegistration::ensure(const std::string& scheme, const std::string& bu
 }
 
 void SchemeRegistration::tryToEnsure(const std::string& scheme, const std::string& bundleIdentifier) {
-    if (!isPlainName(scheme) || !isPlainName(bundleIdentifier))
-        throw Exception("There can be no desktop entry " + bundleIdentifier + " for " + scheme);
-    const std::string home = LinuxPaths().home();
-    const std::string data = absoluteFromEnvironment("XDG_DATA_HOME").value_or(home + "/.local/share");
-    const std::string config = absoluteFromEnvironment("XDG_CONFIG_HOME").value_or(home + "/.config");
-    const std::string applications = normalised(data + "/applications");
-    const std::string entryId = bundleIdentifier + ".desktop";
-
-    const std::string text = entryText(bundleIdentifier);
-    if (!makeFolders(applications, privateMode))
-        raise(applications + "/" + entryId, "its folder cannot be made");
-    ensureEntry(applications + "/" + entryId, text);
-
-    const std::string type = "x-scheme-handler/" + scheme;
-    const std::vector<std::string> arguments{scheme, entryId, applications};
-    if (started_ == arguments || (isFirstDefault(textOf(config + "/mimeapps.list"), type, entryId) &&
-                                  isInMimeCache(textOf(applications + "/mimeinfo.cache"), type, entryId)))
+    const RegistrationFiles files(bundleIdentifier);
+    const std::string bundle = bundleForLaunchUrls(root_, runningBundle_);
+    const std::string facts = registrationFacts(files, bundle);
+    if (facts == startedFor_)
         return;
-    startHelper_(arguments);
-    started_ = arguments;
-}
-
-std::string SchemeRegistration::entryText(const std::string& bundleIdentifier) const {
-    constexpr const char* executable = "/Contents/MacOS/Join";
-    const std::string installed = root_.toReal("/Applications/Join.app");
-    const std::string bundle = isExecutable(installed + executable) ? installed : runningBundle_;
-    const std::string icon = bundle + "/Contents/Resources/Join.svg";
-    const auto text = desktopEntryText({.executable = bundle + executable,
-                                        .icon = ::access(icon.c_str(), R_OK) == 0 ? icon : bundleIdentifier});
-    if (!text)
-        throw Exception("No desktop entry can name the program " + bundle + executable);
-    return *text;
+    const Descriptor mark = openForReading(AT_FDCWD, files.mark.c_str(), O_NOFOLLOW);
+    if (mark && readAll(mark.get(), maximumMark) == facts)
+        return;
+    startHelper_({scheme, bundleIdentifier, bundle});
+    startedFor_ = facts;
 }
 
 } // namespace join::platform

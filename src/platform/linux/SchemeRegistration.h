@@ -9,8 +9,25 @@
 
 namespace join::platform {
 
-/// Makes the program the desktop's default handler of its URL scheme: by a desktop entry of the user, and by
-/// the desktop's own tools, which a helper program runs. Main thread only.
+/// The bundle that launch URLs open: the one in /Applications when it can be started, since that copy stays
+/// where it is and is kept up to date, else the running one. Real paths.
+std::string bundleForLaunchUrls(const SystemRoot& root, const std::string& runningBundle);
+
+/// The files that a registration leaves, of the user whose environment this is.
+struct RegistrationFiles {
+    explicit RegistrationFiles(const std::string& bundleIdentifier);
+
+    std::string entry;    ///< the desktop entry
+    std::string defaults; ///< the user's list of default applications, which belongs to all programs
+    std::string mark; ///< holds the facts of the last registration that succeeded; its lock is the helper's
+};
+
+/// What a registration of the bundle rests on and has left. The same text as last time means that nothing has
+/// changed since.
+std::string registrationFacts(const RegistrationFiles& files, const std::string& bundle);
+
+/// Makes the program the desktop's default handler of its URL scheme. The helper program register-scheme does
+/// it; here it is only found out whether there is anything to do. Main thread only.
 class SchemeRegistration {
 public:
     /// Starts the program register-scheme with these arguments and does not wait for it. May throw.
@@ -19,22 +36,18 @@ public:
     /// The real path of the running bundle. The log is used as long as this object lives.
     SchemeRegistration(SystemRoot root, std::string runningBundle, Log& log, StartHelper startHelper);
 
-    /// Looks whether all is as it should be, and mends what is not. Reads a few small files and waits for no
-    /// program; may be called at any time again. Never throws; what goes wrong is one line in the log.
-    ///
-    /// The entry starts the Join in /Applications when there is one, since that copy is kept up to date and
-    /// stays where it is, else the running bundle.
+    /// Starts the helper when something has changed since it last succeeded. Reads one small file, waits for
+    /// nothing, and never throws: what goes wrong is one line in the log.
     void ensure(const std::string& scheme, const std::string& bundleIdentifier);
 
 private:
     void tryToEnsure(const std::string& scheme, const std::string& bundleIdentifier);
-    std::string entryText(const std::string& bundleIdentifier) const;
 
     SystemRoot root_;
     std::string runningBundle_;
     Log& log_;
     StartHelper startHelper_;
-    std::vector<std::string> started_; ///< the arguments of the helper that was started last
+    std::string startedFor_; ///< the facts for which the helper was started last
     std::string lastFailure_;
 };
 

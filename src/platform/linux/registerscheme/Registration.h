@@ -1,27 +1,26 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace join::platform::registerscheme {
 
-/// A desktop entry that becomes the default handler of a URL scheme.
+/// A bundle whose program becomes the default handler of a URL scheme.
 struct Registration {
     std::string scheme;
-    std::string entryId;            ///< the name of the entry's file
-    std::string applicationsFolder; ///< absolute path of the folder that it lies in
+    std::string bundleIdentifier; ///< the desktop entry's name without its ".desktop"
+    std::string bundle;           ///< real path
 };
 
 /// The registration that the program's arguments tell; nothing when they tell none.
 std::optional<Registration> registrationFrom(const std::vector<std::string>& arguments);
 
-/// Runs update-desktop-database and xdg-mime, each also when the other one fails, and each no longer than
-/// the patience lasts. Of the environment they get PATH and where the user's folders are, so that xdg-mime
-/// changes one line of the user's mimeapps.list and asks no desktop for files of its own. Gives what failed,
-/// a line for each tool. Throws Exception when the user has no home folder. For a process with one thread.
-std::vector<std::string> runTools(const Registration& registration,
-                                  std::chrono::milliseconds patience = std::chrono::seconds(10));
+/// Writes the desktop entry when it is not as it should be, and has GIO make it the default of its scheme
+/// when it is not. Nothing else that the user has chosen changes; a list of defaults that cannot be read
+/// stays as it is. Leaves a mark of what was done; ends at once when another process is at it. Throws
+/// Exception with the reason when links do not open the bundle afterwards. Changes the environment: for a
+/// process of its own.
+void registerScheme(const Registration& registration);
 
 } // namespace join::platform::registerscheme

@@ -1,7 +1,7 @@
-#include "platform/linux/DesktopEntry.h"
+#include "platform/linux/registerscheme/DesktopEntry.h"
 
-#include "platform/linux/DesktopEntryTemplate.h"
 #include "platform/linux/LogText.h"
+#include "platform/linux/registerscheme/DesktopEntryTemplate.h"
 
 #include <algorithm>
 #include <array>
