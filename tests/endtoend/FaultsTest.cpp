@@ -81,7 +81,7 @@ TEST_P(Killed, AtAnyMomentTheNextRunJoins) {
         if (!fs::exists(start.command.front())) // an update had taken it away
             start.command.front() = world.launch({}).command.front();
         SCOPED_TRACE("killed after " + std::to_string(moment.count()) + " µs");
-        expectJoin(world, start);
+        ASSERT_NO_FATAL_FAILURE(expectJoin(world, start));
     }
 }
 
@@ -131,7 +131,7 @@ TEST(Faults, AFullDiskIsSaidAndTheNextRunJoinsWhenThereIsRoom) {
         EXPECT_NE(saidIn(world).find("Download failed! Error"), std::string::npos) << limits << saidIn(world);
         EXPECT_EQ(unfinishedIn(world), std::vector<std::string>()) << limits;
         disk.makeRoom();
-        expectJoin(world, world.launch({urlOf(world)}));
+        ASSERT_NO_FATAL_FAILURE(expectJoin(world, world.launch({urlOf(world)})));
         EXPECT_EQ(unfinishedIn(world), std::vector<std::string>()) << limits;
         world.endAll();
     }
@@ -165,7 +165,7 @@ TEST(Faults, AFolderThatCannotBeWrittenIsSaidAndTheNextRunJoinsWhenItCan) {
                 << saidIn(world);
         }
         fs::permissions(path, fs::perms{0755});
-        expectJoin(world, launch);
+        ASSERT_NO_FATAL_FAILURE(expectJoin(world, launch));
         EXPECT_EQ(unfinishedIn(world), std::vector<std::string>()) << folder;
     }
 }

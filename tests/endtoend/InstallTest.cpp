@@ -108,7 +108,7 @@ TEST(Install, TheCrashDetectorAloneIsFetchedWhenItIsMissingOrAnotherVersionIsAnn
         if (!installed.empty())
             tools::makeCrashDetector(world.support("TavoCrashDetector"), installed);
         Child join(world.launch({urlOf(world, announced)}));
-        EXPECT_EQ(join.wait(), 0) << world.log();
+        ASSERT_EQ(join.wait(), 0) << world.log();
         EXPECT_EQ(count(world.requests(), "GET /TavoMac.dmg 200"), 1)
             << world.requests(); // from the delivery host
         EXPECT_EQ(contentsOf(world.support("TavoCrashDetector")), tools::crashDetectorBytes("1.4"));
@@ -129,7 +129,7 @@ TEST(Install, AnOutdatedJoinUpdatesItselfWhereverItRunsFrom) {
                                  : place[4] == 's'                 ? system
                                                                    : home;
         Child join(world.launch({urlOf(world, "&jav=99.0&cav=1.4")}, from + "/Join.app"));
-        EXPECT_EQ(join.wait(), 0) << place << world.log();
+        ASSERT_EQ(join.wait(), 0) << place << world.log();
         EXPECT_TRUE(eventually([&] { return world.crashDetectorStarts().ends_with("end\n"); })) << place;
         EXPECT_TRUE(world.logHolds("JoinMac.dmg mount task termination status : 0")) << place;
         if (from !=

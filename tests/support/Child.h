@@ -1,6 +1,8 @@
 #pragma once
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -51,8 +53,14 @@ public:
     pid_t process() const { return process_; }
     void end() const { ::kill(process_, SIGTERM); }
 
-    /// The exit status, or minus the signal that ended it.
-    int wait() {
+    /// The exit status, or minus the signal that ended it. A process that goes on for far longer than it
+    /// should is killed.
+    int wait(std::chrono::milliseconds patience = std::chrono::minutes(1)) {
+        const int handle = static_cast<int>(::syscall(SYS_pidfd_open, process_, 0));
+        pollfd end{handle, POLLIN, 0};
+        if (::poll(&end, 1, static_cast<int>(patience.count())) == 0)
+            ::kill(process_, SIGKILL);
+        ::close(handle);
         int status = 0;
         ::waitpid(std::exchange(process_, -1), &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
