@@ -66,15 +66,13 @@ void AppDelegate::storeDeliveredParameterFile(const std::string& runningFolder, 
 void AppDelegate::installJoinCopies(const std::string& runningFolder, bool runsFromApplications) {
     platform::FileManager& files = *slots().tavoDirectoryManager;
     const std::string source = appendingPathComponent(runningFolder, "/Join.app");
-    if (!runsFromApplications && files.exists(systemJoinCopy()))
-        files.remove(systemJoinCopy());
-    if (files.copy(source, systemJoinCopy()))
+    const auto install = [&](const std::string& copy, bool mayReplace) {
+        return mayReplace && files.exists(copy) ? files.replace(source, copy) : files.copy(source, copy);
+    };
+    if (install(systemJoinCopy(), !runsFromApplications))
         log("%s : Join.app file copied", method);
-
     const bool runsFromHomeCopy = runningFolder == homeApplicationsFolder();
-    if (!runsFromApplications && !runsFromHomeCopy && files.exists(homeJoinCopy()))
-        files.remove(homeJoinCopy());
-    if (files.copy(source, homeJoinCopy()))
+    if (install(homeJoinCopy(), !runsFromApplications && !runsFromHomeCopy))
         log("%s : Join.app file copied to users applications folder", method);
 }
 

@@ -33,8 +33,11 @@ public:
     /// target, and on devices, pipes and sockets.
     virtual bool copy(const std::string& source, const std::string& target) = 0;
 
-    /// Removes a file or a whole folder tree; links are removed, not followed. True when something was
-    /// removed.
+    /// Copies as copy() does, in place of whatever stands at the target, which stays when that fails.
+    virtual bool replace(const std::string& source, const std::string& target) = 0;
+
+    /// Removes a file or a whole folder tree; links are removed, not followed. True when something was there
+    /// and nothing is any more. What fails of a folder leaves it as it was.
     virtual bool remove(const std::string& path) = 0;
 
     /// The bytes of a regular file of at most maximumReadSize bytes; nothing when it is missing, another kind

@@ -42,6 +42,11 @@ std::vector<std::string> FakeFileManager::treeAt(const std::string& plainPath) c
     return paths;
 }
 
+void FakeFileManager::copyTree(const std::string& plainSource, const std::string& plainTarget) {
+    for (const std::string& path : treeAt(plainSource))
+        nodes_[plainTarget + path.substr(plainSource.size())] = nodes_[path];
+}
+
 void FakeFileManager::putFolder(const std::string& path) {
     for (std::string folder = plain(path); folder != "/"; folder = parentOf(folder))
         nodes_.try_emplace(folder);
@@ -62,9 +67,19 @@ bool FakeFileManager::copy(const std::string& source, const std::string& target)
     const std::string to = plain(target);
     const bool possible = exists(from) && !exists(to) && canAppearAt(to);
     if (possible)
-        for (const std::string& path : treeAt(from))
-            nodes_[to + path.substr(from.size())] = nodes_[path];
+        copyTree(from, to);
     return record(possible, "copy " + source + " -> " + target);
+}
+
+bool FakeFileManager::replace(const std::string& source, const std::string& target) {
+    const std::string to = plain(target);
+    const bool possible = exists(source) && canAppearAt(to);
+    if (possible) {
+        for (const std::string& part : treeAt(to))
+            nodes_.erase(part);
+        copyTree(plain(source), to);
+    }
+    return record(possible, "replace " + target + " by " + source);
 }
 
 bool FakeFileManager::remove(const std::string& path) {

@@ -24,6 +24,7 @@ public:
     bool exists(const std::string& path) override { return nodes_.contains(plain(path)); }
     bool createFolder(const std::string& path) override;
     bool copy(const std::string& source, const std::string& target) override;
+    bool replace(const std::string& source, const std::string& target) override;
     bool remove(const std::string& path) override;
     std::optional<std::string> read(const std::string& path) override;
     bool create(const std::string& path, std::string_view contents) override;
@@ -34,6 +35,7 @@ private:
     static std::string plain(const std::string& path);
     bool record(bool success, const std::string& action);
     bool canAppearAt(const std::string& plainPath) const;
+    void copyTree(const std::string& plainSource, const std::string& plainTarget);
     std::vector<std::string> treeAt(const std::string& plainPath) const;
 
     Journal& journal_;

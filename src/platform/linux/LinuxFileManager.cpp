@@ -6,6 +6,7 @@
 #include "platform/linux/TreeCopy.h"
 #include "platform/linux/TreeRemoval.h"
 
+#include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -31,6 +32,10 @@ bool mayBeReplaced(const std::string& path) {
     struct stat status {};
     return ::lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
 }
+
+/// Whether a folder that cannot be renamed may be removed all the same: it is part of an overlay's lower
+/// layer, or the disk is too full for another name.
+bool cannotBeMoved(int error) { return error == EXDEV || error == ENOSPC || error == EDQUOT; }
 
 class Mapping : public MappedFile {
 public:
@@ -71,6 +76,16 @@ bool LinuxFileManager::copy(const std::string& source, const std::string& target
     return copyTree(*from, staged.path()) && staged.commitNew();
 }
 
+bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
+    const auto from = realPath(source);
+    const auto to = realPath(target);
+    if (!from || !to)
+        return false;
+    StagedPath staged(*to);
+    return copyTree(*from, staged.path()) &&
+           (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(*to) && staged.commitNew()));
+}
+
 bool LinuxFileManager::remove(const std::string& path) {
     const auto real = realPath(path);
     struct stat status {};
@@ -80,8 +95,9 @@ bool LinuxFileManager::remove(const std::string& path) {
         return removeTree(*real);
     // It goes from its name at once: should we be killed now, half a bundle would pass for one.
     const StagedPath apart(*real);
-    const bool isApart = ::rename(real->c_str(), apart.path().c_str()) == 0;
-    return removeTree(isApart ? apart.path() : *real);
+    if (::rename(real->c_str(), apart.path().c_str()) == 0)
+        return true;
+    return cannotBeMoved(errno) && removeTree(*real);
 }
 
 std::optional<std::string> LinuxFileManager::read(const std::string& path) {

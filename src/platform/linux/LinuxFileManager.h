@@ -15,14 +15,15 @@ public:
     bool exists(const std::string& path) override;
     bool createFolder(const std::string& path) override;
 
-    /// A source that is a link is copied as a link, like those in a tree. One at a time for each target.
+    /// A source that is a link is copied as a link, like those in a tree.
     bool copy(const std::string& source, const std::string& target) override;
+    bool replace(const std::string& source, const std::string& target) override;
 
+    /// What of a folder is not ours to remove stays beside it, hidden.
     bool remove(const std::string& path) override;
     std::optional<std::string> read(const std::string& path) override;
 
-    /// Replaces a link rather than what it leads to, and nothing but links and files. One at a time for each
-    /// path.
+    /// Replaces a link rather than what it leads to, and nothing but links and files.
     bool create(const std::string& path, std::string_view contents) override;
 
     bool truncate(const std::string& path) override;

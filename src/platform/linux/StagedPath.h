@@ -4,10 +4,11 @@
 
 namespace join::platform {
 
-/// A private name beside a target, ".NAME.<pid>.partial", under which a file or folder is made before it
-/// appears whole under its own name. Making this object takes away what dead processes left for the same
-/// target; destroying it takes away what was not committed. One at a time for each target in a process: a
-/// second one would take the first one's work for its own leftover.
+/// A private name beside a target, ".NAME.<pid>.<number>.partial", under which a file or folder is made
+/// before it appears whole under its own name. Nothing else has that name, so any number may be at work for
+/// one target. Making this object takes away what dead processes left for the same target; destroying it
+/// takes away what was not committed. What cannot be removed, as another user's files, stays and is in
+/// nobody's way.
 class StagedPath {
 public:
     /// The target is an absolute normalised path. Its folder need not exist; nothing can be made there then.
@@ -25,9 +26,17 @@ public:
     /// Gives it its own name in place of an older file.
     bool commitOver();
 
+    /// Gives it its own name in place of anything, a whole folder too, which goes away with this object. What
+    /// stood there stays on a failure.
+    bool commitInstead();
+
 private:
     std::string target_;
     std::string path_;
 };
+
+/// Moves a file or folder to a place that anything may have. What stood there is at one of the other two
+/// paths afterwards, and back at its place on a failure; errno then says why. Nothing may stand aside before.
+bool moveInPlace(const std::string& from, const std::string& place, const std::string& aside);
 
 } // namespace join::platform

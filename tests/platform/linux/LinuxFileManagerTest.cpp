@@ -1,14 +1,17 @@
 #include "platform/linux/LinuxFileManager.h"
 
 #include "support/OrdinaryUser.h"
+#include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
+#include <cerrno>
 #include <csignal>
 #include <filesystem>
 #include <future>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
 using namespace join::platform;
 using namespace join::test;
@@ -134,6 +137,7 @@ TEST_F(FileManagerOfLinux, OnAFullDiskTheOldFileStaysAndNothingElseIsLeft) {
     EXPECT_FALSE(files_.create(user_ + "/new", large));
     EXPECT_FALSE(files_.copy(file, user_ + "/copy"));
     EXPECT_FALSE(files_.copy(folder_ / "tree", user_ + "/tree"));
+    EXPECT_FALSE(files_.replace(file, old));
     ::setrlimit(RLIMIT_FSIZE, &before);
     EXPECT_EQ(contentsOf(old), "old");
     EXPECT_EQ(entries(), 1);
@@ -148,6 +152,59 @@ TEST_F(FileManagerOfLinux, ACopyFailsWhenAnythingStandsAtTheTarget) {
         EXPECT_FALSE(files_.copy(source, user_ + target)) << target;
     EXPECT_EQ(contentsOf(user_ + "/file"), "old");
     EXPECT_EQ(entries(), 3);
+}
+
+TEST_F(FileManagerOfLinux, AReplacementTakesThePlaceOfAnything) {
+    const std::string outside = writeFile(folder_ / "outside/file", "x");
+    for (const unsigned refused : {0U, static_cast<unsigned>(SYS_renameat2)}) // as some file systems do
+        std::async(std::launch::async, [&, this] {
+            if (refused != 0)
+                refuseSystemCall(refused, EINVAL);
+            const std::string source = fs::path(writeFile(folder_ / "new/file", "new")).parent_path();
+            writeFile(user_ + "/file", "old");
+            writeFile(user_ + "/folder/inner/file", "old");
+            fs::create_directory_symlink(folder_ / "outside", user_ + "/link");
+            for (const char* target : {"/file", "/folder", "/link", "/none"}) {
+                EXPECT_TRUE(files_.replace(source, user_ + target)) << target;
+                EXPECT_TRUE(fs::is_directory(fs::symlink_status(user_ + target))) << target;
+                EXPECT_EQ(contentsOf(user_ + target + "/file"), "new") << target;
+            }
+            EXPECT_TRUE(files_.replace(user_ + "/folder", user_ + "/folder")); // by itself
+            EXPECT_EQ(contentsOf(user_ + "/folder/file"), "new");
+            EXPECT_FALSE(files_.replace(folder_ / "missing", user_ + "/folder"));
+            EXPECT_EQ(entries(), 4);
+            fs::remove_all(user_);
+            fs::create_directory(user_);
+        }).get();
+    EXPECT_EQ(contentsOf(outside), "x");
+}
+
+TEST_F(FileManagerOfLinux, WhatAnotherUserHasWrittenInOurFolderIsOutOfTheWay) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make what belongs to another user";
+    const std::string source = writeFile(folder_ / "new", "new");
+    const auto giveAway = [](const std::string& path) { ASSERT_EQ(::chown(path.c_str(), 1, 1), 0); };
+    for (const bool isReplaced : {true, false}) {
+        writeFile(user_ + "/A.app/Contents/file", "old");
+        giveAway(user_ + "/A.app/Contents");
+        giveAway(user_ + "/A.app");
+        const OrdinaryUser user;
+        if (!isReplaced) {
+            EXPECT_TRUE(files_.remove(user_ + "/A.app"));
+        }
+        for (int time = 0; time < 2; ++time)
+            EXPECT_TRUE(files_.replace(source, user_ + "/A.app"));
+        EXPECT_EQ(contentsOf(user_ + "/A.app"), "new");
+        EXPECT_TRUE(files_.remove(user_ + "/A.app"));
+    }
+    EXPECT_EQ(entries(), 2); // hidden
+    // Where nothing can be made or moved, all stays as it was.
+    writeFile(user_ + "/A.app/Contents/file", "old");
+    giveAway(user_);
+    const OrdinaryUser user;
+    EXPECT_FALSE(files_.replace(source, user_ + "/A.app"));
+    EXPECT_FALSE(files_.remove(user_ + "/A.app"));
+    EXPECT_EQ(contentsOf(user_ + "/A.app/Contents/file"), "old");
 }
 
 TEST_F(FileManagerOfLinux, RemovingATreeSparesWhatItsLinksLeadTo) {
@@ -179,12 +236,11 @@ TEST_F(FileManagerOfLinux, AFolderThatIsRemovedIsNeverSeenInPart) {
 
 TEST_F(FileManagerOfLinux, RemovesTreesWhoseModesKeepTheirOwnerOut) {
     const OrdinaryUser user;
-    const TemporaryFolder own;
     for (const mode_t mode : {0555U, 0400U, 0300U, 0U}) {
-        writeFile(own / "tree/inner/file", "x");
-        ::chmod((own / "tree/inner").c_str(), mode);
-        ::chmod((own / "tree").c_str(), mode);
-        EXPECT_TRUE(files_.remove(own / "tree")) << mode;
-        EXPECT_FALSE(fs::exists(own / "tree")) << mode;
+        writeFile(user_ + "/tree/inner/file", "x");
+        ::chmod((user_ + "/tree/inner").c_str(), mode);
+        ::chmod((user_ + "/tree").c_str(), mode);
+        EXPECT_TRUE(files_.remove(user_ + "/tree")) << mode;
+        EXPECT_FALSE(fs::exists(user_ + "/tree")) << mode;
     }
 }

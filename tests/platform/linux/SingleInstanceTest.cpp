@@ -197,7 +197,7 @@ TEST(InstanceFolder, KeepsOtherUsersFromTheSocketAndItsName) {
     SingleInstance first(opened(world / "private"));
     startFirst(first);
     {
-        const test::OrdinaryUser other;
+        const test::OtherUser other;
         EXPECT_FALSE(opened(world / "private"));
         // Not even with a descriptor of the folder.
         EXPECT_THROW(SingleInstance(std::move(folder), 50ms).start(urlMessage("tavojoin://x")), Exception);

@@ -51,25 +51,25 @@ void commitToNewNames() {
 
 } // namespace
 
-TEST(StagedPath, LeftoversOfDeadProcessesAndOfItselfGoAndAllElseStays) {
+TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElseStays) {
     const TemporaryFolder folder;
     const std::string dead = std::to_string(deadProcess());
+    const std::string own = std::to_string(::getpid());
     const std::string staged = ".A.app.";
-    for (const std::string& process : {dead, std::to_string(::getpid())})
-        writeFile(folder / staged + process + ".partial/Contents/file", "x");
+    for (const std::string& mark : {dead, dead + ".7", own, own + ".4000000000"})
+        writeFile(folder / staged + mark + ".partial/Contents/file", "x");
+    const StagedPath other(folder / "A.app"); // is at work all the time
+    writeFile(other.path(), "x");
     // The first process of the system always lives.
-    const std::string kept[] = {staged + "1.partial",
-                                staged + "0.partial",
-                                staged + "-" + dead + ".partial",
-                                staged + dead + "x.partial",
-                                staged + dead,
-                                ".B.app." + dead + ".partial",
-                                staged + ".partial",
-                                "A.app." + dead + ".partial",
-                                staged + "99999999999999.partial"};
+    const std::string kept[] = {
+        fs::path(other.path()).filename(), staged + "1.partial",        staged + "1.7.partial",
+        staged + dead + ".7.7.partial",    staged + dead + "..partial", staged + "0.partial",
+        staged + "-" + dead + ".partial",  staged + dead + "x.partial", staged + dead,
+        ".B.app." + dead + ".partial",     staged + ".partial",         "A.app." + dead + ".partial",
+        staged + "99999999999999.partial"};
     for (const std::string& name : kept)
         writeFile(folder / name, "x");
-    { const StagedPath path(folder / "A.app"); }
+    EXPECT_NE(StagedPath(folder / "A.app").path(), other.path());
     for (const std::string& name : kept)
         EXPECT_TRUE(fs::exists(folder / name)) << name;
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), std::ssize(kept));

@@ -11,7 +11,7 @@ namespace join::platform::hdiutil {
 std::string placeOfWork(const std::string& volumes);
 
 /// A private folder there, in which a volume is made. It goes away with all that it holds; what killed
-/// processes left of theirs goes with the making of this. One at a time in a process.
+/// processes left of theirs goes with the making of this.
 class Staging {
 public:
     /// Throws Exception when it cannot be made.
