@@ -27,7 +27,9 @@
 #include "platform/qt/QtToolkit.h"
 #include "platform/qt/QtWindows.h"
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
 #include <string>
@@ -42,7 +44,8 @@ using namespace join::platform;
 class Platform {
 public:
     explicit Platform(JoinAppStart start) : start_(std::move(start)) {
-        paths_.prepare();
+        if (!paths_.prepare())
+            log_.write("The folder " + paths_.userLibrary() + " cannot be made : " + std::strerror(errno));
         fileManager_.createFolder(paths_.localApplications());
         makeSystemVersionFile(fileManager_);
         services() = {.application = &application_,
@@ -145,7 +148,7 @@ private:
     QtStrings strings_;
     QtWindows windows_{mainQueue_};
     QtApplication application_{
-        root_.toSystem(bundle_),
+        paths_.bundlePath(bundle_, root_),
         {bundles_, fileManager_, propertyLists_},
         // The HTTP client is loaded now, while the bundle is still there: an update deletes it.
         {.afterFirstWindow = [this] { httpClient_.load(); },

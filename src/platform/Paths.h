@@ -9,10 +9,11 @@ class Paths {
 public:
     virtual ~Paths() = default;
 
-    /// The user's home folder, without a separator at its end.
+    /// The user's home folder, without a separator at its end unless it is "/".
     virtual std::string home() = 0;
 
-    /// The user's Library folder. It exists and is private to the user once the program has started.
+    /// The user's Library folder. Once the program has started it exists, and is private to the user if the
+    /// program made it; unless the home takes none.
     virtual std::string userLibrary() = 0;
 
     /// The Applications folder of the local domain.

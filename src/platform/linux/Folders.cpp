@@ -45,6 +45,13 @@ bool makeFolders(const std::string& path, mode_t mode) {
     return false;
 }
 
+bool isSameFolder(const std::string& one, const std::string& other) {
+    struct stat first {};
+    struct stat second {};
+    return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino && S_ISDIR(first.st_mode);
+}
+
 bool isPrivate(const struct stat& found) {
     return S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
            (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;

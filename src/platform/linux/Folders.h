@@ -21,6 +21,9 @@ std::string nameOf(const std::string& path);
 /// afterwards; else errno says why not.
 bool makeFolders(const std::string& path, mode_t mode);
 
+/// Whether both are paths of one folder, whatever links lead there.
+bool isSameFolder(const std::string& one, const std::string& other);
+
 /// Whether this is a folder of the user that nobody else can reach.
 bool isPrivate(const struct stat& found);
 

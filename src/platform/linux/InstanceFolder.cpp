@@ -3,6 +3,7 @@
 #include "platform/Exception.h"
 #include "platform/linux/Environment.h"
 #include "platform/linux/Folders.h"
+#include "platform/linux/LinuxPaths.h"
 
 #include <fcntl.h>
 #include <string>
@@ -31,17 +32,6 @@ Descriptor inRuntimeFolder(const std::string& path) {
     return runtime ? openOrMakePrivateFolder(runtime.get(), "tavojoin") : Descriptor();
 }
 
-Descriptor inCache() {
-    const auto home = absoluteFromEnvironment("HOME");
-    const auto cache = absoluteFromEnvironment("XDG_CACHE_HOME");
-    if (!home && !cache)
-        return {};
-    const std::string path = normalised(cache.value_or(home.value_or("") + "/.cache")) + "/tavojoin";
-    if (!makeFolders(path, S_IRWXU))
-        return {};
-    return openOrMakePrivateFolder(AT_FDCWD, (path + "/run").c_str());
-}
-
 } // namespace
 
 Descriptor openInstanceFolder() {
@@ -51,7 +41,7 @@ Descriptor openInstanceFolder() {
     if (!folder)
         folder = inRuntimeFolder("/run/user/" + std::to_string(::geteuid()));
     if (!folder)
-        folder = inCache();
+        folder = openOrMakePrivateFolder(LinuxPaths().openCache().get(), "run");
     if (!folder)
         throw Exception("There is no private folder for the starts of Join to meet in");
     return folder;

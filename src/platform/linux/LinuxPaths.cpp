@@ -24,19 +24,20 @@ std::string homeInPasswordEntry() {
     passwd entry{};
     passwd* found = nullptr;
     std::array<char, 16384> buffer{};
-    if (::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 || !found ||
-        !found->pw_dir || *found->pw_dir != '/')
-        throw Exception("The user has no home folder");
-    return found->pw_dir;
+    const bool isKnown = ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+                         found && found->pw_dir && *found->pw_dir == '/';
+    return isKnown ? found->pw_dir : "/"; // as login(1) has it, for the users of containers
 }
 
 [[noreturn]] void refuse(const std::string& path, const char* reason) {
     throw Exception("The folder " + path + " cannot be used: " + reason);
 }
 
-/// Opening it first makes sure that what was checked is what is changed.
-void ensurePrivate(const std::string& path) {
-    const Descriptor folder = openForReading(AT_FDCWD, path.c_str(), O_DIRECTORY | O_NOFOLLOW);
+/// Opens a folder of ours, made when it is missing, and takes the rights to it from all others. Opening it
+/// first makes sure that what was checked is what is changed, and used.
+Descriptor openPrivate(int parent, const char* name, const std::string& path) {
+    ::mkdirat(parent, name, privateMode); // it may be there; what is there is checked
+    Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
     struct stat found {};
     if (!folder || ::fstat(folder.get(), &found) != 0)
         refuse(path, std::strerror(errno));
@@ -44,7 +45,12 @@ void ensurePrivate(const std::string& path) {
         refuse(path, "it belongs to another user");
     if ((found.st_mode & ALLPERMS) != privateMode && ::fchmod(folder.get(), privateMode) != 0)
         refuse(path, std::strerror(errno));
+    return folder;
 }
+
+/// The names of our folder in the cache, and of the one for temporary files in it.
+constexpr const char* cacheName = "tavojoin";
+constexpr const char* temporaryName = "tmp";
 
 bool isPrivateFolder(const std::string& path) {
     struct stat found {};
@@ -60,26 +66,48 @@ LinuxPaths::LinuxPaths() {
 
 std::string LinuxPaths::userLibrary() { return home_ + "/Library"; }
 
-void LinuxPaths::prepare() {
-    const std::string path = userLibrary();
-    if (::mkdir(path.c_str(), privateMode) != 0 && errno != EEXIST)
+std::string LinuxPaths::bundlePath(const std::string& realPath, const SystemRoot& root) {
+    for (const std::string& applications : {localApplications(), home_ + "/Applications"})
+        if (isSameFolder(parentOf(realPath), root.toReal(applications)))
+            return applications + "/" + nameOf(realPath);
+    return root.toSystem(realPath);
+}
+
+bool LinuxPaths::prepare() {
+    removeTemporary();
+    return makeFolders(userLibrary(), privateMode);
+}
+
+/// Below open descriptors: others may write to the cache as well.
+void LinuxPaths::removeTemporary() const {
+    const Descriptor cache = openForReading(AT_FDCWD, this->cache().c_str(), O_DIRECTORY);
+    const Descriptor ours =
+        cache ? openForReading(cache.get(), cacheName, O_DIRECTORY | O_NOFOLLOW) : Descriptor();
+    struct stat found {};
+    if (ours && ::fstat(ours.get(), &found) == 0 && isPrivate(found))
+        removeTreeIn(ours.get(), temporaryName);
+}
+
+Descriptor LinuxPaths::openCache() const {
+    const std::string path = cache();
+    if (!makeFolders(path, privateMode))
         refuse(path, std::strerror(errno));
-    removeTree(temporaryInCache());
+    const Descriptor parent = openForReading(AT_FDCWD, path.c_str(), O_DIRECTORY);
+    if (!parent)
+        refuse(path, std::strerror(errno));
+    return openPrivate(parent.get(), cacheName, path + "/" + cacheName);
 }
 
 std::string LinuxPaths::temporary() {
     if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivateFolder(*given))
         return normalised(*given) + "/";
-    const std::string path = temporaryInCache();
-    if (!makeFolders(path, privateMode))
-        refuse(path, std::strerror(errno));
-    ensurePrivate(path);
+    const std::string path = cache() + "/" + cacheName + "/" + temporaryName;
+    openPrivate(openCache().get(), temporaryName, path);
     return path + "/";
 }
 
-std::string LinuxPaths::temporaryInCache() const {
-    return normalised(absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache") +
-                      "/tavojoin/tmp");
+std::string LinuxPaths::cache() const {
+    return normalised(absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache"));
 }
 
 } // namespace join::platform

@@ -1,16 +1,18 @@
 #include "platform/linux/LinuxWorkspace.h"
 
 #include "platform/linux/Descriptor.h"
-#include "platform/linux/Environment.h"
 #include "platform/linux/Folders.h"
+#include "platform/linux/LinuxPaths.h"
 #include "platform/linux/MountInfo.h"
 #include "platform/linux/ProcessTable.h"
 
 #include <algorithm>
 #include <exception>
 #include <fcntl.h>
+#include <filesystem>
 #include <map>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -40,6 +42,13 @@ bool isRemovable(const Mount& mount) {
     const std::string device =
         "/sys/dev/block/" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
     return contentsOf(device + "/removable") == "1\n" || contentsOf(device + "/../removable") == "1\n";
+}
+
+/// Without links: so the kernel names the places of mounts. The same when it cannot be told.
+std::string realPathOf(const std::string& path) {
+    std::error_code failed;
+    const auto real = std::filesystem::canonical(path, failed);
+    return failed ? path : real.string();
 }
 
 bool isFolder(const std::string& path) {
@@ -131,7 +140,7 @@ FileSystemInfo LinuxWorkspace::fileSystemInfo(const std::string& volumePath) {
     return {.known = true,
             .removable = isRemovable(*topmost),
             .writable = topmost->writable,
-            .unmountable = isUnmountable(path, absoluteFromEnvironment("HOME").value_or("")),
+            .unmountable = isUnmountable(path, realPathOf(LinuxPaths().home())),
             .description = topmost->source,
             .type = topmost->type};
 }

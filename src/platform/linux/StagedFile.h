@@ -12,7 +12,8 @@ namespace join::platform {
 
 /// A new file, private to its user, that is written where nobody sees it and then takes the place of its
 /// destination. It has no name until then, so that not even the sudden end of the process leaves anything;
-/// where the file system knows no files without a name it has that of a StagedPath. Whatever was not committed goes away with this object. After a failure errno says why.
+/// where the file system knows no files without a name it has that of a StagedPath. Whatever was not
+/// committed goes away with this object. After a failure errno says why.
 class StagedFile {
 public:
     /// The destination is an absolute path. Nothing is made yet.

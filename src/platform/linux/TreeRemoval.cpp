@@ -44,6 +44,8 @@ bool removeEntry(int parent, const char* name, int depth) {
 
 } // namespace
 
-bool removeTree(const std::string& path) { return removeEntry(AT_FDCWD, path.c_str(), 0); }
+bool removeTree(const std::string& path) { return removeTreeIn(AT_FDCWD, path.c_str()); }
+
+bool removeTreeIn(int folder, const char* name) { return removeEntry(folder, name, 0); }
 
 } // namespace join::platform

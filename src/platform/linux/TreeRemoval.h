@@ -9,4 +9,7 @@ namespace join::platform {
 /// removed; a tree deeper than some hundred folders is such a thing.
 bool removeTree(const std::string& path);
 
+/// The same of a name in an open folder.
+bool removeTreeIn(int folder, const char* name);
+
 } // namespace join::platform

@@ -1,6 +1,7 @@
 #include "platform/linux/LinuxPaths.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/SystemRoot.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
@@ -30,11 +31,49 @@ protected:
 } // namespace
 
 TEST_F(LinuxPathsOfAUser, TheLibraryIsMadePrivateAndAnExistingOneIsLeftAlone) {
-    paths_.prepare();
+    EXPECT_TRUE(paths_.prepare());
     EXPECT_EQ(modeOf(paths_.userLibrary()), fs::perms::owner_all);
     ::chmod(paths_.userLibrary().c_str(), 0755);
-    paths_.prepare();
+    EXPECT_TRUE(paths_.prepare());
     EXPECT_EQ(modeOf(paths_.userLibrary()), fs::perms{0755});
+    fs::remove(paths_.userLibrary());
+    fs::create_symlink("nowhere", paths_.userLibrary());
+    EXPECT_FALSE(paths_.prepare()); // nor does it throw
+}
+
+TEST_F(LinuxPathsOfAUser, ABundleInAnApplicationsFolderIsThereWhateverLinksLeadThere) {
+    const std::string home = folder_.path();
+    fs::create_directories(folder_ / "real/share/root/Applications");
+    fs::create_directories(folder_ / "real/system");
+    fs::create_directories(folder_ / "real/user");
+    fs::create_directories(folder_ / "elsewhere");
+    fs::create_directory_symlink("real", folder_ / "link");
+    fs::create_directory_symlink("loop", folder_ / "loop");
+    const SystemRoot root(folder_ / "link/share/root");
+    struct Case {
+        const char* bundleFolder;
+        const char* applicationsOfUser; ///< where that link leads
+        const char* known;
+    };
+    const std::string system = folder_ / "real/share/root/Applications";
+    for (const auto& [bundleFolder, user, known] :
+         {Case{"/real/share/root/Applications", "real/user", "/Applications"},
+          Case{"/link/share/root/Applications", "real/user", "/Applications"},
+          Case{"/real/user", "real/user", "HOME/Applications"},
+          Case{"/real/share/root/Applications", "real/share/root/Applications", "/Applications"},
+          Case{"/elsewhere", "real/user", "HOME/elsewhere"}, Case{"/elsewhere", "nowhere", "HOME/elsewhere"},
+          Case{"/elsewhere", "loop", "HOME/elsewhere"}}) {
+        fs::create_directory_symlink(user, folder_ / "Applications");
+        std::string expected = known;
+        if (expected.starts_with("HOME"))
+            expected.replace(0, 4, home);
+        EXPECT_EQ(paths_.bundlePath(home + bundleFolder + "/Join.app", root), expected + "/Join.app")
+            << bundleFolder << " " << user;
+        fs::remove(folder_ / "Applications");
+    }
+    fs::remove(system);
+    fs::create_directory_symlink(folder_ / "real/system", system);
+    EXPECT_EQ(paths_.bundlePath(folder_ / "real/system/Join.app", root), "/Applications/Join.app");
 }
 
 TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheStart) {
@@ -43,6 +82,27 @@ TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheSt
     paths_.prepare();
     EXPECT_TRUE(fs::is_empty(paths_.temporary()));
     EXPECT_TRUE(fs::exists(other));
+}
+
+TEST_F(LinuxPathsOfAUser, InASharedCacheNothingOfOthersIsRemovedOrUsed) {
+    const std::string shared = folder_ / "shared";
+    const EnvironmentVariable cache("XDG_CACHE_HOME", shared.c_str());
+    const std::string mine = writeFile(folder_ / "precious/tmp/file", "x");
+    ::chmod((folder_ / "precious").c_str(), 0700);
+    fs::create_directory(shared);
+    fs::create_directory_symlink(folder_ / "precious", shared + "/tavojoin");
+    paths_.prepare();
+    EXPECT_THROW(paths_.temporary(), Exception);
+    EXPECT_TRUE(fs::exists(mine));
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make a folder that belongs to another user";
+    fs::remove(shared + "/tavojoin");
+    const std::string theirs = writeFile(shared + "/tavojoin/tmp/file", "x");
+    ASSERT_EQ(::chmod((shared + "/tavojoin").c_str(), 0700), 0);
+    ASSERT_EQ(::chown((shared + "/tavojoin").c_str(), 65534, 65534), 0);
+    paths_.prepare();
+    EXPECT_THROW(paths_.temporary(), Exception);
+    EXPECT_TRUE(fs::exists(theirs));
 }
 
 TEST_F(LinuxPathsOfAUser, AHomeThatIsNoAbsolutePathIsTakenFromThePasswordEntry) {
