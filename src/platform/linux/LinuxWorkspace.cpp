@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxWorkspace.h"
 
+#include "platform/linux/BootMark.h"
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/Folders.h"
 #include "platform/linux/LinuxPaths.h"
@@ -110,7 +111,9 @@ std::string LinuxWorkspace::identifierOf(const std::string& realBundlePath) {
 std::vector<std::string> LinuxWorkspace::mountedLocalVolumePaths() {
     std::vector<std::string> paths;
     const std::string folder = root_.toReal(imageVolumes);
-    if (const Descriptor volumes = openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY))
+    const bool areOfThisBoot = endVolumesOfEarlierBoots(root_);
+    const Descriptor volumes = openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY);
+    if (areOfThisBoot && volumes)
         for (const std::string& name : namesIn(volumes.get()).value_or(std::vector<std::string>()))
             if (isImageVolume(folder, name))
                 paths.push_back(std::string(imageVolumes) + "/" + name);

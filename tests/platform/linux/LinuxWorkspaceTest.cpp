@@ -171,6 +171,8 @@ TEST(ProcessTable, AProgramBelongsToTheInnermostBundle) {
 
 TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumes) {
     const std::string volumes = root.toReal("/Volumes");
+    std::filesystem::create_directories(volumes + "/of an earlier boot");
+    workspace.mountedLocalVolumePaths();
     std::filesystem::create_directories(volumes + "/Tavo Agent");
     std::filesystem::create_directories(volumes + "/.unfinished");
     std::filesystem::create_directory_symlink("/", volumes + "/link");

@@ -1,6 +1,7 @@
 #include "platform/linux/hdiutil/Mount.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/BootMark.h"
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/Folders.h"
 #include "platform/linux/StagedPath.h"
@@ -36,10 +37,7 @@ class Mounting {
 public:
     Mounting(const std::string& image, const MountSettings& settings)
         : settings_(settings), interruption_(settings.allowed), image_(settings.root.toReal(image)),
-          volumes_(settings.root.toReal("/Volumes")) {
-        if (!makeFolders(volumes_, folderMode))
-            raise("the folder of the volumes cannot be made");
-    }
+          volumes_(settings.root.toReal("/Volumes")) {}
 
     std::string mount() {
         const ImageFacts facts = tellKind(image_);
@@ -130,6 +128,10 @@ private:
 } // namespace
 
 std::string mountImage(const std::string& image, const MountSettings& settings) {
+    if (!makeFolders(settings.root.toReal("/Volumes"), folderMode))
+        raise("the folder of the volumes cannot be made");
+    if (!endVolumesOfEarlierBoots(settings.root)) // first of all: who asked may look there in any case
+        raise("the volumes of earlier boots cannot be ended");
     return Mounting(image, settings).mount();
 }
 
