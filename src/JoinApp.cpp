@@ -10,6 +10,7 @@
 #include "platform/linux/LinuxBundles.h"
 #include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/LinuxPaths.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/linux/LinuxWorkspace.h"
 #include "platform/linux/NlohmannJson.h"
 #include "platform/linux/PlistPropertyLists.h"
@@ -22,7 +23,6 @@
 #include "platform/qt/QtApplication.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtStrings.h"
-#include "platform/qt/QtTasks.h"
 #include "platform/qt/QtTimers.h"
 #include "platform/qt/QtToolkit.h"
 #include "platform/qt/QtWindows.h"
@@ -137,7 +137,7 @@ private:
     QtMainQueue mainQueue_;
     HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_};
     QtTimers timers_;
-    QtTasks tasks_{root_, bundle_ / "Contents/Helpers"};
+    LinuxTasks tasks_{root_, bundle_ / "Contents/Helpers"};
     LinuxWorkspace workspace_{root_, bundles_, log_,
                               [this](const Program& program) { return tasks_.startDetached(program); }};
     SchemeRegistration registration_{root_, bundle_, log_,

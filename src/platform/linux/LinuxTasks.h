@@ -10,12 +10,12 @@
 
 namespace join::platform {
 
-/// Child processes on QProcess.
-class QtTasks final : public Tasks {
+/// Child processes. Paths and arguments are bytes, and need not be text.
+class LinuxTasks final : public Tasks {
 public:
     /// The helpers' folder holds the tools that the system does not have. They are opened now and run from
     /// there, as the folder may be deleted before they are needed; so they are no scripts.
-    QtTasks(SystemRoot root, std::filesystem::path helpersFolder);
+    LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder);
 
     TaskResult run(const Program& program) override;
     void start(const Program& program) override;

@@ -1,4 +1,4 @@
-#include "platform/qt/QtTasks.h"
+#include "platform/linux/LinuxTasks.h"
 #include "platform/Exception.h"
 #include "platform/linux/Descriptor.h"
 #include "support/Child.h"
@@ -18,7 +18,7 @@ using test::contentsOf;
 using test::eventually;
 using test::writeFile;
 
-class QtTasksTest : public testing::Test {
+class LinuxTasksTest : public testing::Test {
 protected:
     /// An executable script in the test's folder.
     std::string script(const std::string& name, const std::string& lines) {
@@ -28,10 +28,10 @@ protected:
     }
 
     test::TemporaryFolder folder;
-    QtTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
+    LinuxTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
 };
 
-TEST_F(QtTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
+TEST_F(LinuxTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
     const std::string program = script("tool", "pwd; for a; do echo \"<$a>\"; done; exit 7\n");
     const TaskResult result = tasks.run({program, {"-i", "*", "two words", "$(id)", ""}, folder.path()});
     EXPECT_TRUE(result.exited);
@@ -39,42 +39,66 @@ TEST_F(QtTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
     EXPECT_EQ(result.output, folder.path() + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n");
 }
 
-TEST_F(QtTasksTest, AProgramEndedByASignalHasNotExited) {
+TEST_F(LinuxTasksTest, AProgramEndedByASignalHasNotExited) {
     const TaskResult result = tasks.run({script("tool", "kill -9 $$\n"), {}, "/"});
     EXPECT_FALSE(result.exited);
 }
 
-TEST_F(QtTasksTest, AProgramThatDoesNotEndIsEndedAtItsTime) {
+TEST_F(LinuxTasksTest, AProgramThatDoesNotEndIsEndedAtItsTime) {
     using namespace std::chrono_literals;
     for (const char* lines : {"exec sleep 1000\n", "trap '' TERM\nexec sleep 1000\n"})
         EXPECT_FALSE(tasks.run({script("tool", lines), {}, "/", 100ms}).exited);
 }
 
-TEST_F(QtTasksTest, AProgramThatCannotBeStartedThrows) {
+TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
     const Program missing{folder / "missing", {}, "/"};
     EXPECT_THROW(tasks.run(missing), Exception);
     EXPECT_THROW(tasks.start(missing), Exception);
     EXPECT_FALSE(tasks.startDetached(missing));
     const Program noFolder{script("tool", ""), {}, folder / "no-folder"};
     EXPECT_THROW(tasks.run(noFolder), Exception);
+    try {
+        tasks.run(missing);
+    } catch (const Exception& exception) {
+        EXPECT_STREQ(exception.what(),
+                     ("Cannot start " + missing.path + ": No such file or directory").c_str());
+    }
 }
 
-TEST_F(QtTasksTest, AToolThatTheSystemLacksIsAHelperEvenWhenTheBundleIsGone) {
+TEST_F(LinuxTasksTest, PathsAndArgumentsAreBytes) {
+    const std::string name = "caf\xE9 \xFF";
+    const std::string program = script(name, "pwd; echo \"$1\" | tee \"$1.tee\"\n");
+    std::filesystem::create_directory(folder / "d\xF6");
+    const Program odd{program, {folder / name}, folder / "d\xF6"};
+    EXPECT_EQ(tasks.run(odd).output, folder / "d\xF6" + "\n" + (folder / name) + "\n");
+    std::filesystem::remove(folder / name + ".tee");
+    ASSERT_TRUE(tasks.startDetached(odd));
+    EXPECT_TRUE(eventually([&] { return !contentsOf(folder / name + ".tee").empty(); }));
+}
+
+TEST_F(LinuxTasksTest, OutputOfAnySizeIsReadAndOnesThatItLeavesBehindAreNotWaitedFor) {
+    const std::string lines = "head -c 3000000 /dev/zero\n(exec sleep 1000) & echo $! > \"$1\"; echo end\n";
+    const TaskResult result = tasks.run({script("tool", lines), {folder / "left"}, "/"});
+    ::kill(std::stoi(contentsOf(folder / "left")), SIGKILL);
+    EXPECT_EQ(result.output.size(), 3000004U);
+}
+
+TEST_F(LinuxTasksTest, AToolThatTheSystemLacksIsAHelperEvenWhenTheBundleIsGone) {
     std::filesystem::create_directory(folder / "Helpers");
     std::filesystem::copy("/bin/echo", folder / "Helpers/scselect");
-    QtTasks withHelpers(SystemRoot(folder / "root"), folder / "Helpers");
+    LinuxTasks withHelpers(SystemRoot(folder / "root"), folder / "Helpers");
     for (int time = 0; time < 2; ++time) {
         EXPECT_EQ(withHelpers.run({"/usr/sbin/no/scselect", {"helper"}, "/"}).output, "helper\n");
         std::filesystem::remove_all(folder / "Helpers");
     }
 }
 
-TEST_F(QtTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {
+TEST_F(LinuxTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {
     script("root/Applications/X.app/Contents/MacOS/X", "echo found\n");
     EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
 }
 
-TEST_F(QtTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
+TEST_F(LinuxTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
     const Descriptor leak(::open("/dev/zero", O_RDONLY)); // as a library may open it, without a mark
     const std::string listing = "readlink /proc/$$/fd/* > \"$1.part\"; mv \"$1.part\" \"$1\"\n";
     const std::string program = script("tool", listing);
@@ -89,7 +113,7 @@ TEST_F(QtTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
     EXPECT_TRUE(detached.starts_with("/dev/null\n")) << detached;
 }
 
-TEST_F(QtTasksTest, ADetachedProgramLivesInASessionOfItsOwn) {
+TEST_F(LinuxTasksTest, ADetachedProgramLivesInASessionOfItsOwn) {
     const std::string program =
         script("tool", "cut -d' ' -f6 /proc/$$/stat > \"$1.part\"; mv \"$1.part\" \"$1\"\n");
     ASSERT_TRUE(tasks.startDetached({program, {folder / "session"}, "/"}));
