@@ -20,7 +20,9 @@ protected:
 
     /// Joins with the copy in that folder, and expects that the parameters delivered have been used.
     void expectJoinFrom(const std::string& folder) const {
-        Child join(world.launch({}, folder + "/Join.app"));
+        Launch launch = world.launch({}, folder + "/Join.app");
+        launch.environment.emplace_back("HOME", home);
+        Child join(launch);
         EXPECT_EQ(join.wait(), 0) << world.log();
         EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << world.log();
         EXPECT_NE(contentsOf(world.support("joinparameters.conf")).find("&email=ann@example.org&"),
@@ -30,6 +32,7 @@ protected:
     }
 
     JoinWorld world{{"--update-needed", "false"}};
+    std::string home = world.home(); ///< or other words for it
 };
 
 /// Unmounts a volume at the end.
@@ -56,6 +59,11 @@ TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
     expectJoinFrom(world.home() + "/Downloads");
     EXPECT_TRUE(
         world.logHolds("Volume : /Volumes/TavoJoin, isRemovable :1, isWritable : 1, isUnmountable : 1"));
+    // It ends with the boot.
+    writeFile(world.systemRoot() + "/Volumes.boot", "another");
+    const Child plain(world.launch({}, world.home() + "/Downloads/Join.app"));
+    EXPECT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })) << world.log();
+    EXPECT_TRUE(fs::is_empty(world.systemRoot() + "/Volumes"));
 }
 
 TEST_F(DeliveredCopy, OnAMountedVolumeLendsItsParameters) {
@@ -73,6 +81,8 @@ TEST_F(DeliveredCopy, OnAMountedVolumeLendsItsParameters) {
         GTEST_SKIP() << "no loop device can be mounted here: " << world.output();
     const Mounted mounted{volume};
     JoinWorld::copyJoinTo(world.home() + "/Downloads");
+    fs::create_directory_symlink(world.home(), world.home() + ".link");
+    home += ".link/"; // the system tells the place of a mount without links
     expectJoinFrom(world.home() + "/Downloads");
     EXPECT_TRUE(world.logHolds("Volume : " + volume + ", isRemovable :1, isWritable : 0, isUnmountable : 1"))
         << world.log();

@@ -140,6 +140,7 @@ TEST(Faults, AFullDiskIsSaidAndTheNextRunJoinsWhenThereIsRoom) {
 TEST(Faults, AFolderThatCannotBeWrittenIsSaidAndTheNextRunJoinsWhenItCan) {
     const std::string support = "Library/Application Support/TavoMeetingNative";
     const std::pair<std::string, const char*> cases[] = {
+        {"", "/Library cannot be made : Permission denied"},
         {"Library/Logs/TavoFendel/Join", "Agent invoked successfully"}, // on standard error then
         {support, "Unable to create tavojoindetails.conf file"},
         {".local/share/tavojoin/root", "the folder of the volumes cannot be made: Permission denied"},

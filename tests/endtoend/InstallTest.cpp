@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <random>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace join::test {
@@ -94,6 +95,54 @@ TEST(Install, ABareComputerJoinsAndTheNextRunOnlyStartsThePrograms) {
     EXPECT_TRUE(eventually([&] { return world.crashDetectorStarts().ends_with("end\n"); }));
     EXPECT_EQ(count(world.agentStarts(), "start\n"), 2);
     EXPECT_EQ(count(world.requests(), ".dmg") + count(world.requests(), "/join-session"), 2);
+}
+
+TEST(Install, JoinLivesInAnyHomeAndNeverRemovesTheCopyThatRuns) {
+    const std::string odd = "caf\xE9"; // no UTF-8
+    const struct {
+        std::string home;    ///< how $HOME is spelled; the folder is the odd one
+        const char* system;  ///< where the link of that name leads; a folder of its own when empty
+        const char* ofUsers; ///< the same
+    } cases[] = {{"home/", "", ""},
+                 {odd, "", "users"},
+                 {"home", "system", "users"},
+                 {odd + "/", "", "home/.local/share/tavojoin/root/Applications"}};
+    for (const auto& [home, system, ofUsers] : cases) {
+        const JoinWorld world(delivering());
+        const fs::path folder = fs::path(world.home()).parent_path();
+        fs::rename(world.home(), folder / odd);
+        fs::create_directory_symlink(odd, world.home());
+        const std::pair<std::string, std::string> applications[] = {
+            {world.systemRoot() + "/Applications", system}, {world.home() + "/Applications", ofUsers}};
+        for (const auto& [path, target] : applications) {
+            fs::create_directories(target.empty() ? fs::path(path) : folder / target);
+            if (!target.empty()) {
+                fs::create_directories(fs::path(path).parent_path());
+                fs::create_directory_symlink(folder / target, path);
+            }
+        }
+        const auto start = [&, home = home](std::vector<std::string> arguments, const std::string& bundle) {
+            Launch launch = world.launch(std::move(arguments), bundle);
+            launch.environment.insert(launch.environment.end(),
+                                      {{"HOME", folder / home}, {"XDG_DATA_HOME", ""}});
+            return launch;
+        };
+        Child join(start({urlOf(world)}, JOIN_BUNDLE));
+        ASSERT_EQ(join.wait(), 0) << home << world.log() << world.output();
+        EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << home;
+        expectTidy(world);
+        for (long times = 0; const auto& [path, target] : applications) {
+            const std::string program = path + "/Join.app/Contents/MacOS/Join";
+            struct stat before {};
+            struct stat after {};
+            ASSERT_EQ(::stat(program.c_str(), &before), 0) << program;
+            const Child plain(start({}, path + "/Join.app"));
+            ++times;
+            EXPECT_TRUE(eventually([&] { return count(world.log(), "window has been shown") == times; }));
+            EXPECT_EQ(::stat(program.c_str(), &after), 0) << home << ' ' << program;
+            EXPECT_EQ(after.st_ino, before.st_ino) << home << ' ' << program;
+        }
+    }
 }
 
 TEST(Install, TheCrashDetectorAloneIsFetchedWhenItIsMissingOrAnotherVersionIsAnnounced) {
