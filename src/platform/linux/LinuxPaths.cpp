@@ -64,7 +64,7 @@ LinuxPaths::LinuxPaths() {
     home_ = normalised(fromEnvironment ? *fromEnvironment : homeInPasswordEntry());
 }
 
-std::string LinuxPaths::userLibrary() { return home_ + "/Library"; }
+std::string LinuxPaths::userLibrary() { return normalised(home_ + "/Library"); }
 
 std::string LinuxPaths::bundlePath(const std::string& realPath, const SystemRoot& root) {
     for (const std::string& applications : {localApplications(), home_ + "/Applications"})

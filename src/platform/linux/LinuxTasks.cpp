@@ -174,6 +174,7 @@ private:
 
 LinuxTasks::LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder)
     : root_(std::move(root)), helpersFolder_(std::move(helpersFolder)) {
+    ::signal(SIGCHLD, SIG_DFL); // whoever starts us may ignore it, and how children end would be lost
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(helpersFolder_, error))
         if (Descriptor opened = openForReading(AT_FDCWD, entry.path().c_str()))
@@ -195,8 +196,8 @@ void LinuxTasks::start(const Program& program) {
 
 bool LinuxTasks::startDetached(const Program& program) {
     const std::string path = realPath(program.path);
-    Spawn spawn(path, program, Streams::none);
     try {
+        Spawn spawn(path, program, Streams::none);
         startChild(spawn, program);
         return true;
     } catch (const Exception&) {

@@ -84,27 +84,6 @@ TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheSt
     EXPECT_TRUE(fs::exists(other));
 }
 
-TEST_F(LinuxPathsOfAUser, InASharedCacheNothingOfOthersIsRemovedOrUsed) {
-    const std::string shared = folder_ / "shared";
-    const EnvironmentVariable cache("XDG_CACHE_HOME", shared.c_str());
-    const std::string mine = writeFile(folder_ / "precious/tmp/file", "x");
-    ::chmod((folder_ / "precious").c_str(), 0700);
-    fs::create_directory(shared);
-    fs::create_directory_symlink(folder_ / "precious", shared + "/tavojoin");
-    paths_.prepare();
-    EXPECT_THROW(paths_.temporary(), Exception);
-    EXPECT_TRUE(fs::exists(mine));
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can make a folder that belongs to another user";
-    fs::remove(shared + "/tavojoin");
-    const std::string theirs = writeFile(shared + "/tavojoin/tmp/file", "x");
-    ASSERT_EQ(::chmod((shared + "/tavojoin").c_str(), 0700), 0);
-    ASSERT_EQ(::chown((shared + "/tavojoin").c_str(), 65534, 65534), 0);
-    paths_.prepare();
-    EXPECT_THROW(paths_.temporary(), Exception);
-    EXPECT_TRUE(fs::exists(theirs));
-}
-
 TEST_F(LinuxPathsOfAUser, AHomeThatIsNoAbsolutePathIsTakenFromThePasswordEntry) {
     EXPECT_EQ(paths_.home(), folder_.path());
     const EnvironmentVariable unset("HOME", nullptr);
@@ -131,18 +110,31 @@ TEST_F(LinuxPathsOfAUser, TheTemporaryFolderGivenByTheEnvironmentEndsWithOneSepa
     }
 }
 
-TEST_F(LinuxPathsOfAUser, TheTemporaryFolderIsMadePrivateAgain) {
-    ::chmod(paths_.temporary().c_str(), 0777);
-    EXPECT_EQ(modeOf(paths_.temporary()), fs::perms::owner_all);
-}
-
-TEST_F(LinuxPathsOfAUser, ATemporaryFolderThatSomebodyElseMayHaveMadeIsRefused) {
-    fs::create_directories(folder_ / ".cache/tavojoin");
-    fs::create_directory_symlink(folder_.path(), folder_ / ".cache/tavojoin/tmp");
-    EXPECT_THROW(paths_.temporary(), Exception);
-    if (::geteuid() != 0)
-        GTEST_SKIP() << "only root can make a folder that belongs to another user";
-    fs::remove(folder_ / ".cache/tavojoin/tmp");
-    ASSERT_EQ(::chown(paths_.temporary().c_str(), 65534, 65534), 0);
-    EXPECT_THROW(paths_.temporary(), Exception);
+TEST_F(LinuxPathsOfAUser, InASharedCacheOurFoldersAreMadePrivateAndThoseOfOthersLeftAlone) {
+    const std::string cache = folder_ / "shared";
+    const EnvironmentVariable shared("XDG_CACHE_HOME", cache.c_str());
+    const std::string file = "/tmp/file";
+    writeFile(folder_ / "precious" + file, "x");
+    ::chmod((folder_ / "precious").c_str(), 0700);
+    for (const char* name : {"/tavojoin", "/tavojoin/tmp"}) {
+        ::chmod(paths_.temporary().c_str(), 0777);
+        ::chmod((cache + "/tavojoin").c_str(), 0777);
+        paths_.temporary();
+        EXPECT_EQ(modeOf(cache + name), fs::perms::owner_all);
+        fs::remove_all(cache + name);
+        fs::create_directory_symlink(folder_ / "precious", cache + name);
+        EXPECT_THROW(paths_.temporary(), Exception);
+        paths_.prepare();
+        EXPECT_TRUE(fs::exists(folder_ / "precious" + file)) << name;
+        fs::remove(cache + name);
+        if (::geteuid() != 0) // only root can make a folder that belongs to another user
+            continue;
+        writeFile(cache + "/tavojoin" + file, "x");
+        ::chmod((cache + "/tavojoin").c_str(), 0700);
+        ASSERT_EQ(::chown((cache + name).c_str(), 65534, 65534), 0);
+        EXPECT_THROW(paths_.temporary(), Exception);
+        paths_.prepare();
+        EXPECT_EQ(fs::exists(cache + "/tavojoin" + file), name == std::string("/tavojoin"));
+        fs::remove_all(cache);
+    }
 }

@@ -27,6 +27,8 @@ protected:
         return path;
     }
 
+    /// Whoever starts a program may have it ignore how children end.
+    void (*const before)(int) = std::signal(SIGCHLD, SIG_IGN);
     test::TemporaryFolder folder;
     LinuxTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
 };
@@ -76,7 +78,7 @@ TEST_F(LinuxTasksTest, PathsAndArgumentsAreBytes) {
     EXPECT_TRUE(eventually([&] { return !contentsOf(folder / name + ".tee").empty(); }));
 }
 
-TEST_F(LinuxTasksTest, OutputOfAnySizeIsReadAndOnesThatItLeavesBehindAreNotWaitedFor) {
+TEST_F(LinuxTasksTest, OutputOfAnySizeIsReadAndWhatAProgramLeavesBehindIsNotWaitedFor) {
     const std::string lines = "head -c 3000000 /dev/zero\n(exec sleep 1000) & echo $! > \"$1\"; echo end\n";
     const TaskResult result = tasks.run({script("tool", lines), {folder / "left"}, "/"});
     ::kill(std::stoi(contentsOf(folder / "left")), SIGKILL);
