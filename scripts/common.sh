@@ -4,11 +4,11 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '%s\n' "$*"; }
 
-# Installs the packages that are missing, as root or through sudo.
+# install_packages [PACKAGE]...: installs those that are missing, these and the usual ones, as root or through sudo.
 install_packages() {
     local wanted missing=()
     wanted=$(grep -v '^#' scripts/packages | xargs)
-    for package in $wanted; do
+    for package in $wanted "$@"; do
         dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
     done
     [ ${#missing[@]} -gt 0 ] || return 0

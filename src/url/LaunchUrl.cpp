@@ -3,7 +3,30 @@
 #include "core/Text.h"
 #include "platform/Utf8.h"
 
+#include <algorithm>
+#include <optional>
+#include <utility>
+
 namespace join {
+
+namespace {
+
+using Pair = std::pair<std::string_view, std::string_view>;
+
+/// The name and value of a piece; nothing when it holds no separator.
+std::optional<Pair> pairIn(std::string_view piece) {
+    if (const std::size_t equals = piece.find('='); equals != std::string_view::npos) {
+        const std::string_view value = piece.substr(equals + 1);
+        return Pair(piece.substr(0, equals), value.substr(0, value.find('=')));
+    }
+    constexpr std::string_view encoded = "%3D";
+    const std::size_t separator = std::min(piece.find(encoded), piece.find("%3d"));
+    if (separator == std::string_view::npos)
+        return std::nullopt;
+    return Pair(piece.substr(0, separator), piece.substr(separator + encoded.size()));
+}
+
+} // namespace
 
 LaunchUrl parseLaunchUrl(std::string_view url) {
     LaunchUrl result;
@@ -15,13 +38,10 @@ LaunchUrl parseLaunchUrl(std::string_view url) {
     pairs = pairs.substr(0, pairs.find("//"));
 
     for (const std::string_view piece : split(pairs, "&")) {
-        const std::size_t equals = piece.find('=');
-        if (equals == std::string_view::npos) {
+        if (const auto pair = pairIn(piece))
+            result.parameters.insert_or_assign(pair->first, pair->second);
+        else
             ++result.skippedPieces;
-            continue;
-        }
-        const std::string_view value = piece.substr(equals + 1);
-        result.parameters.insert_or_assign(piece.substr(0, equals), value.substr(0, value.find('=')));
     }
     return result;
 }

@@ -12,17 +12,19 @@ using LaunchUrlParameters = std::map<std::string_view, std::string_view>;
 
 struct LaunchUrl {
     LaunchUrlParameters parameters;
-    std::size_t skippedPieces = 0; ///< pieces without "=", such as the empty one behind a trailing "&"
+    std::size_t skippedPieces = 0; ///< pieces that hold no pair, such as the empty one behind a trailing "&"
     bool hasParameters = false;    ///< false when the URL holds no "//"
 };
 
-/// Parses a launch URL, which has no host, path or query and is not percent-encoded:
+/// Parses a launch URL, which has no host, path or query and is not percent-decoded:
 ///
 ///   url    = "tavojoin:" "//" pairs [ "//" rest ]     ; the rest is not parsed
 ///   pairs  = piece *( "&" piece )
 ///   piece  = name "=" value [ "=" rest ]              ; the rest is dropped
+///          / name ( "%3D" / "%3d" ) value             ; only in a piece without "="
 ///
-/// Of two pairs with the same name the later one counts.
+/// Browsers write "=" as "%3D" wherever a "@" follows: they take what stands before it for a user name (URL
+/// Standard, authority state). Of two pairs with the same name the later one counts.
 LaunchUrl parseLaunchUrl(std::string_view url);
 
 /// The text of a URL that came as bytes: control characters, which no URL may hold, and bytes that are not
