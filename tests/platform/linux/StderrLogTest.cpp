@@ -2,6 +2,8 @@
 
 #include "platform/linux/LogText.h"
 #include "platform/linux/StandardStreams.h"
+#include "platform/linux/SystemClock.h"
+#include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -21,6 +23,7 @@ namespace {
 using namespace join::platform;
 using join::test::contentsOf;
 using join::test::TemporaryFolder;
+namespace test = join::test;
 
 class StoppedClock : public Clock {
 public:
@@ -54,6 +57,13 @@ bool leadsTo(int stream, const std::string& path) {
 }
 
 bool allLeadTo(const std::string& path) { return leadsTo(0, path) && leadsTo(1, path) && leadsTo(2, path); }
+
+TEST(SystemClock, FollowsAChangeOfTheTimeZone) {
+    const test::EnvironmentVariable east("TZ", "<EAST>-6");
+    const int hour = SystemClock().localTime().hour;
+    const test::EnvironmentVariable west("TZ", "<WEST>6");
+    EXPECT_NE(SystemClock().localTime().hour, hour); // half a day apart
+}
 
 TEST(LogText, KeepsTextAndEscapesWhatATerminalWouldObey) {
     const std::pair<std::string, std::string> messages[] = {
