@@ -138,20 +138,18 @@ void InstanceListener::answer(Connection& connection) {
     const ssize_t size = ::recv(connection.socket.get(), buffer_.data(), buffer_.size(), 0);
     if (size <= 0)
         return;
-    auto message = parseInstanceMessage({buffer_.data(), static_cast<std::size_t>(size)});
-    if (!message || !take(std::move(*message)))
-        return;
-    ::send(connection.socket.get(), instanceReply.data(), instanceReply.size(), MSG_NOSIGNAL);
+    if (auto message = parseInstanceMessage({buffer_.data(), static_cast<std::size_t>(size)}))
+        take(connection.socket, std::move(*message));
 }
 
-bool InstanceListener::take(InstanceMessage message) {
+/// What cannot be answered is not taken, and the other way round.
+void InstanceListener::take(const Descriptor& sender, InstanceMessage message) {
     const std::scoped_lock lock(mutex_);
-    if (closed_)
-        return false;
+    if (closed_ || ::send(sender.get(), instanceReply.data(), instanceReply.size(), MSG_NOSIGNAL) < 0)
+        return;
     waiting_.push_back(std::move(message));
     if (notify_)
         notify_();
-    return true;
 }
 
 } // namespace join::platform

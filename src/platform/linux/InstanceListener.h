@@ -20,7 +20,8 @@ inline constexpr std::string_view instanceReply = "taken";
 bool isOwnPeer(int socket);
 
 /// Takes the messages of further starts on a thread of its own, so that none of them waits for a busy main
-/// thread. What is no message, or comes from another user's process, is dropped without an answer.
+/// thread. What is no message, or comes from another user's process, is dropped without an answer, and so is
+/// the message of a start that has given up waiting: it has told its user that nobody answered.
 class InstanceListener {
 public:
     /// The socket listens: those who connect wait until messages are taken.
@@ -49,7 +50,7 @@ private:
     void serve();
     void acceptAll(std::vector<Connection>& connections);
     void answer(Connection& connection);
-    bool take(InstanceMessage message);
+    void take(const Descriptor& sender, InstanceMessage message);
 
     Descriptor socket_;
     Descriptor stop_;

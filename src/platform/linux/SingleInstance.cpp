@@ -146,9 +146,15 @@ SingleInstance::Answer SingleInstance::send(const std::string& bytes, SteadyCloc
     std::array<char, instanceReply.size()> reply{};
     if (::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
         return errno == EAGAIN ? Answer::none : Answer::nobodyThere;
-    const ssize_t received = ::recv(socket.get(), reply.data(), reply.size(), 0);
+    ssize_t received = ::recv(socket.get(), reply.data(), reply.size(), 0);
+    if (received < 0 && errno == EAGAIN) {
+        ::shutdown(socket.get(), SHUT_RD); // no answer can be sent any more; one that was counts
+        received = ::recv(socket.get(), reply.data(), reply.size(), MSG_DONTWAIT);
+        if (received <= 0)
+            return Answer::none;
+    }
     if (received < 0)
-        return errno == EAGAIN ? Answer::none : Answer::nobodyThere;
+        return Answer::nobodyThere;
     return std::string_view(reply.data(), static_cast<std::size_t>(received)) == instanceReply
                ? Answer::taken
                : Answer::nobodyThere;

@@ -118,6 +118,17 @@ TEST(SingleInstance, SaysSoWhenTheOneThatRunsDoesNotAnswer) {
     EXPECT_EQ(SingleInstance(opened(folder.path()), 50ms).start({}), Start::first);
 }
 
+TEST(SingleInstance, DoesNotTakeLateWhatItsSenderHasGivenUp) {
+    const TemporaryFolder folder;
+    SingleInstance first(opened(folder.path()));
+    ASSERT_EQ(first.start({}), Start::first);
+    EXPECT_EQ(SingleInstance(opened(folder.path()), 50ms).start(urlMessage("tavojoin://early")),
+              Start::unanswered);
+    first.messages().begin();
+    EXPECT_TRUE(first.handOver(urlMessage("tavojoin://later")));
+    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{"tavojoin://later"});
+}
+
 TEST(SingleInstance, IsNotHeldUpByThoseWhoConnectAndSayNothingOrNonsense) {
     const TemporaryFolder folder;
     SingleInstance first(opened(folder.path()));
