@@ -67,7 +67,10 @@ public:
                       .workspace = &workspace_};
     }
 
-    [[noreturn]] void run(ApplicationDelegate& delegate) { application_.run(delegate); }
+    [[noreturn]] void run(ApplicationDelegate& delegate) {
+        delegate_ = &delegate;
+        application_.run(delegate);
+    }
 
 private:
     /// From here on the URLs of later starts follow on the one of this start.
@@ -86,8 +89,7 @@ private:
         const bool isWindowShown = QtWindows::bringToFront(message->activationToken);
         if (message->url) {
             urlEvents_.deliver(*message->url);
-        } else if (!isWindowShown) {
-            // A person has opened Join and must see one; what goes on here unseen, the new one does again.
+        } else if (!isWindowShown && !delegate_->applicationShouldHandleReopen()) {
             log_.write("There is no window to show : a new Join takes over");
             unhandled_.push_back(*message);
             application_.terminate();
@@ -123,6 +125,7 @@ private:
     }
 
     JoinAppStart start_;
+    ApplicationDelegate* delegate_ = nullptr;
     std::vector<InstanceMessage> unhandled_; ///< of later starts
     std::filesystem::path bundle_ = bundleOf(runningExecutable());
     SystemClock clock_;

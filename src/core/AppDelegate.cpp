@@ -120,6 +120,15 @@ void AppDelegate::joinForTheFirstTime() {
     versionCheckChain();
 }
 
+bool AppDelegate::applicationShouldHandleReopen() {
+    const bool works = (slots().tavoDmgDownloader && slots().tavoDmgDownloader->isBusy()) ||
+                       (slots().joinDmgDownloader && slots().joinDmgDownloader->isBusy());
+    if (works)
+        reportingExceptions("-[AppDelegate applicationShouldHandleReopen:hasVisibleWindows:]",
+                            [] { slots().tavoJoinWindow->showWindow(); });
+    return works;
+}
+
 bool AppDelegate::firstTimeCheck() {
     readJoinParameters();
     return session().firstTime() == "true";

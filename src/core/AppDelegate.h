@@ -19,6 +19,7 @@ public:
     void awakeFromNib() override;
     void applicationWillFinishLaunching() override;
     void applicationDidFinishLaunching() override;
+    bool applicationShouldHandleReopen() override;
     void applicationWillTerminate() override;
 
     /// Whether the operating system is version 10.9 or later.

@@ -34,6 +34,9 @@ public:
     DiskImageDownloader(const DiskImageDownloader&) = delete;
     DiskImageDownloader& operator=(const DiskImageDownloader&) = delete;
 
+    /// Whether a download is queued or runs.
+    bool isBusy() const { return isBusy_; }
+
 protected:
     explicit DiskImageDownloader(const DiskImage& image);
 

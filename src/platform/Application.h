@@ -14,6 +14,11 @@ public:
     /// A URL that started the program is delivered between these two.
     virtual void applicationWillFinishLaunching() = 0;
     virtual void applicationDidFinishLaunching() = 0;
+
+    /// The user opens the running application again and sees no window of it. Shows one when work goes on;
+    /// false when there is nothing to show, and a new process may take over.
+    virtual bool applicationShouldHandleReopen() = 0;
+
     virtual void applicationWillTerminate() = 0;
 };
 

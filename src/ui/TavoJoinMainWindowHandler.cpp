@@ -118,6 +118,7 @@ void TavoJoinMainWindowHandler::joinWith(const std::string& key, const std::stri
         return;
     }
     emailInputTextfield().setStringValue("");
+    joinInfoWindow_.showProgress(); // what follows may say otherwise at once
     services().notificationCenter->post("ModifyJoinDetails");
     services().notificationCenter->post("LaunchTavoApp");
     close();

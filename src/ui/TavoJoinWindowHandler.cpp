@@ -31,6 +31,12 @@ void TavoJoinWindowHandler::windowDidLoad() {
     window.hideStandardButton(platform::StandardButton::minimise);
 }
 
+void TavoJoinWindowHandler::showProgress() {
+    progress().setHidden(false);
+    progress().startAnimation();
+    infoLabel().setStringValue(services().strings->localized("JOIN_PROGRESS"));
+}
+
 void TavoJoinWindowHandler::showProblem() {
     infoLabel().setStringValue(services().strings->localized("PROBLEM_OCCURED"));
     progress().stopAnimation();

@@ -15,6 +15,9 @@ public:
     platform::TextField& infoLabel();
     platform::ProgressIndicator& progress();
 
+    /// Says that a join goes on: the window is as it was at first. It is not shown by that.
+    void showProgress();
+
     /// Says that the session could not be joined, and that nothing goes on any more.
     void showProblem();
 

@@ -139,6 +139,10 @@ void AppDelegate::handleGetURLEvent(const std::string& url) {
         session().setKey(trimmed(*key));
         if (const auto sessionType = sessionTypeForKey(*key))
             session().setSessionType(*sessionType);
+        if (slots().joinMainWindow->isVisible())
+            slots().joinMainWindow->close();
+        slots().tavoJoinWindow->showProgress();
+        slots().tavoJoinWindow->showWindow();
         log("%s : Modify join details by Launch App", method);
         modifyJoinDetails();
         joinAppVersionCheck();

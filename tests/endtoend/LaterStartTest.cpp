@@ -125,9 +125,13 @@ TEST(LaterStart, TakesThePlaceOfAFirstThatWasKilledAndComplainsOfOneThatIsStoppe
     ASSERT_EQ(::waitpid(first->process(), nullptr, WUNTRACED), first->process()); // all of it
     EXPECT_EQ(statusOf(world.launch({keyless(1)})), 75);
     EXPECT_EQ(world.output(), "Join: a Join is running already and does not answer\n");
-    first.reset();
-    const Child next(world.launch({keyless(2)}));
+    ::kill(first->process(), SIGCONT);
+    EXPECT_EQ(statusOf(world.launch({keyless(2)})), 0);
     EXPECT_TRUE(eventually([&] { return handledUrls(world) == std::vector{keyless(2)}; }));
+    first.reset();
+    const Child next(world.launch({keyless(3)}));
+    EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 2; }));
+    EXPECT_EQ(handledUrls(world).back(), keyless(3));
 }
 
 TEST(LaterStart, GetsAWindowOfItsOwnFromAFirstThatHasNone) {
@@ -140,6 +144,21 @@ TEST(LaterStart, GetsAWindowOfItsOwnFromAFirstThatHasNone) {
     EXPECT_EQ(statusOf(world.launch({})), 0);
     EXPECT_EQ(first.wait(), 0);
     EXPECT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })) << world.log();
+}
+
+TEST(LaterStart, LetsAFirstWithoutAWindowGoOnWithItsDownload) {
+    const JoinWorld world({"--update-needed", "false", "--image-fault", "stall", "--image-fail", "all",
+                           "--agent-image", std::string(JOIN_IMAGES) + "/TavoMac.dmg"});
+    world.installPrograms();
+    fs::remove(world.support("TavoCrashDetector"));
+    const Child first(world.launch({keyed(world, 0)}));
+    ASSERT_TRUE(eventually([&] { return world.logHolds("[TavoDMGDownloader downloadDidBegin:]"); }));
+    ASSERT_TRUE(world.logHolds("TavoJoinWindowHandler.closeWindow() called!"));
+    EXPECT_EQ(statusOf(world.launch({})), 0);
+    EXPECT_EQ(statusOf(world.launch({keyless(1)})), 0);
+    ASSERT_TRUE(eventually([&] { return handledUrls(world).size() == 2; })) << world.log();
+    EXPECT_TRUE(isAlive(first.process()));
+    EXPECT_FALSE(world.logHolds("a new Join takes over"));
 }
 
 TEST(LaterStart, IsAFirstOfItsOwnWhereThereIsNoPlaceToMeet) {

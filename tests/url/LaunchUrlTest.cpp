@@ -1,6 +1,8 @@
 #include "url/LaunchUrl.h"
 
 #include "support/LogicTest.h"
+#include "ui/TavoJoinMainWindowHandler.h"
+#include "ui/TavoJoinWindowHandler.h"
 
 namespace join::test {
 
@@ -139,6 +141,24 @@ TEST_F(LaunchUrlHandler, ReArmsLoggingThenUpdatesTheDetailsThenChecksTheVersions
          ("log: -[AppDelegate joinAppVersionCheck] : Join.app file not found "
           "in Applications folder - starting JoinMac.dmg download"),
          "log: " + method + " : Join app version check method called!!"}));
+}
+
+TEST_F(LaunchUrlHandler, ShowsTheProgressWindowAsNewForAKey) {
+    const std::function<void()> before[] = {
+        [] { slots().tavoJoinWindow->showProblem(); },
+        [] { slots().tavoJoinWindow->closeWindow(); },
+        [this] { urlEvents.deliver("tavojoin://e=ann"); },
+    };
+    for (const auto& happens : before) {
+        prepared();
+        happens();
+        journal.clear();
+        urlEvents.deliver("tavojoin://k=1");
+        EXPECT_TRUE(happenedInOrder(journal, {"progress: shown", "progress: start",
+                                              "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: front",
+                                              "log: " + method + " : Modify join details by Launch App"}));
+        EXPECT_FALSE(slots().joinMainWindow->isVisible());
+    }
 }
 
 TEST_F(LaunchUrlHandler, TrimsATabAsABlank) {
