@@ -132,7 +132,7 @@ private:
     StderrLog log_{"Join", clock_};
     LinuxPaths paths_;
     SystemRoot root_{defaultSystemRoot(paths_.home())};
-    LinuxFileManager fileManager_{root_};
+    LinuxFileManager fileManager_{root_, &log_};
     NlohmannJson json_;
     PlistPropertyLists propertyLists_;
     LinuxBundles bundles_{fileManager_, propertyLists_, root_};

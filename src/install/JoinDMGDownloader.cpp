@@ -61,7 +61,7 @@ void JoinDMGDownloader::copyAppFile() {
     constexpr auto method = "-[JoinDMGDownloader copyAppFile]";
     platform::FileManager& files = *slots().tavoDirectoryManager;
     files.createFolder(supportFolder());
-    if (files.copy(onVolume("Join.app"), homeJoinCopy()))
+    if (files.exists(homeApplicationsFolder()) && files.copy(onVolume("Join.app"), homeJoinCopy()))
         log("%s : Join.app file copied to user application folder", method);
     if (files.copy(onVolume("Join.app"), systemJoinCopy()))
         log("%s : Join.app file copied to application folder", method);

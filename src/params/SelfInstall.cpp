@@ -59,7 +59,7 @@ void AppDelegate::storeDeliveredParameterFile(const std::string& runningFolder, 
     if (!runsFromApplications && files.exists(parameterFile()))
         log("%s : joinparameters.conf file removed in TavoMeetingNative folder : %hhd", method,
             files.remove(parameterFile()));
-    if (files.copy(delivered, parameterFile()))
+    if (files.exists(delivered) && files.copy(delivered, parameterFile()))
         log("%s : joinparameters.conf file copied", method);
 }
 
@@ -72,7 +72,8 @@ void AppDelegate::installJoinCopies(const std::string& runningFolder, bool runsF
     if (install(systemJoinCopy(), !runsFromApplications))
         log("%s : Join.app file copied", method);
     const bool runsFromHomeCopy = runningFolder == homeApplicationsFolder();
-    if (install(homeJoinCopy(), !runsFromApplications && !runsFromHomeCopy))
+    if (files.exists(homeApplicationsFolder()) &&
+        install(homeJoinCopy(), !runsFromApplications && !runsFromHomeCopy))
         log("%s : Join.app file copied to users applications folder", method);
 }
 

@@ -8,6 +8,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
@@ -73,7 +74,7 @@ bool LinuxFileManager::copy(const std::string& source, const std::string& target
     if (!from || !to || ::lstat(to->c_str(), &status) == 0)
         return false;
     StagedPath staged(*to);
-    return copyTree(*from, staged.path()) && staged.commitNew();
+    return (copyTree(*from, staged.path()) && staged.commitNew()) || copyFailed(source, target);
 }
 
 bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
@@ -82,8 +83,10 @@ bool LinuxFileManager::replace(const std::string& source, const std::string& tar
     if (!from || !to)
         return false;
     StagedPath staged(*to);
-    return copyTree(*from, staged.path()) &&
-           (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(*to) && staged.commitNew()));
+    const bool isReplaced =
+        copyTree(*from, staged.path()) &&
+        (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(*to) && staged.commitNew()));
+    return isReplaced || copyFailed(source, target);
 }
 
 bool LinuxFileManager::remove(const std::string& path) {
@@ -141,6 +144,13 @@ std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
     if (start == MAP_FAILED)
         return nullptr;
     return std::make_unique<Mapping>(start, *size);
+}
+
+/// Says why in the log: errno.
+bool LinuxFileManager::copyFailed(const std::string& source, const std::string& target) const {
+    if (log_ && errno != EEXIST)
+        log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
+    return false;
 }
 
 /// A path with a zero byte would be cut there by the kernel, and name something else.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/FileManager.h"
+#include "platform/Log.h"
 #include "platform/linux/SystemRoot.h"
 
 #include <utility>
@@ -10,7 +11,8 @@ namespace join::platform {
 /// Files and folders by the system's paths. A path that is not absolute names nothing.
 class LinuxFileManager : public FileManager {
 public:
-    explicit LinuxFileManager(SystemRoot root) : root_(std::move(root)) {}
+    /// With a log, a copy that fails is a line in it with the reason, unless anything stands at its target.
+    explicit LinuxFileManager(SystemRoot root, Log* log = nullptr) : root_(std::move(root)), log_(log) {}
 
     bool exists(const std::string& path) override;
     bool createFolder(const std::string& path) override;
@@ -32,9 +34,11 @@ public:
     std::unique_ptr<MappedFile> map(const std::string& path) override;
 
 private:
+    bool copyFailed(const std::string& source, const std::string& target) const;
     std::optional<std::string> realPath(const std::string& path) const;
 
     SystemRoot root_;
+    Log* log_;
 };
 
 } // namespace join::platform

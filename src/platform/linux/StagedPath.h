@@ -20,7 +20,8 @@ public:
     /// Where to make it. Nothing stands there yet.
     const std::string& path() const { return path_; }
 
-    /// Gives it its own name; fails when anything, a dangling link too, has that name already.
+    /// Gives it its own name; fails when anything, a dangling link too, has that name already: EEXIST in
+    /// errno.
     bool commitNew();
 
     /// Gives it its own name in place of an older file.

@@ -4,6 +4,7 @@
 #include "platform/linux/Folders.h"
 
 #include <array>
+#include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <linux/fs.h>
@@ -19,6 +20,12 @@ namespace {
 
 /// Two descriptors are open for each folder on the way down.
 constexpr int maximumDepth = 128;
+
+/// For what the system has no error for.
+bool failed(int error) {
+    errno = error;
+    return false;
+}
 
 /// A name in an open folder, or a path with AT_FDCWD.
 struct Place {
@@ -57,8 +64,10 @@ bool copyBytes(int source, int target) {
 bool copyFile(Place from, Place to) {
     const Descriptor source = openForReading(from.folder, from.name, O_NOFOLLOW);
     struct stat status {};
-    if (!source || ::fstat(source.get(), &status) != 0 || !S_ISREG(status.st_mode))
+    if (!source || ::fstat(source.get(), &status) != 0)
         return false;
+    if (!S_ISREG(status.st_mode))
+        return failed(EINVAL);
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     Descriptor target(::openat(to.folder, to.name, flags, S_IRUSR | S_IWUSR));
     return target && copyBytes(source.get(), target.get()) && setAttributes(target.get(), status) &&
@@ -68,8 +77,10 @@ bool copyFile(Place from, Place to) {
 bool copyLink(Place from, Place to, const struct stat& status) {
     std::array<char, PATH_MAX> text{};
     const ssize_t length = ::readlinkat(from.folder, from.name, text.data(), text.size());
-    if (length < 0 || static_cast<std::size_t>(length) >= text.size())
+    if (length < 0)
         return false;
+    if (static_cast<std::size_t>(length) >= text.size())
+        return failed(ENAMETOOLONG);
     text.at(static_cast<std::size_t>(length)) = '\0';
     return ::symlinkat(text.data(), to.folder, to.name) == 0 &&
            ::utimensat(to.folder, to.name, timesOf(status).data(), AT_SYMLINK_NOFOLLOW) == 0;
@@ -85,15 +96,19 @@ public:
             return copyFile(from, to);
         if (S_ISLNK(status.st_mode))
             return copyLink(from, to, status);
-        return S_ISDIR(status.st_mode) && depth < maximumDepth && copyFolder(from, to, depth);
+        if (!S_ISDIR(status.st_mode))
+            return failed(EINVAL);
+        return depth < maximumDepth ? copyFolder(from, to, depth) : failed(ENAMETOOLONG);
     }
 
 private:
     bool copyFolder(Place from, Place to, int depth) {
         const Descriptor source = openForReading(from.folder, from.name, O_DIRECTORY | O_NOFOLLOW);
         struct stat status {};
-        if (!source || ::fstat(source.get(), &status) != 0 || isTargetOfAll(status))
+        if (!source || ::fstat(source.get(), &status) != 0)
             return false;
+        if (isTargetOfAll(status))
+            return failed(EINVAL);
         if (::mkdirat(to.folder, to.name, S_IRWXU) != 0)
             return false;
         const Descriptor target = openForReading(to.folder, to.name, O_DIRECTORY | O_NOFOLLOW);

@@ -19,6 +19,12 @@ namespace fs = std::filesystem;
 
 namespace {
 
+struct KeptLog final : Log {
+    std::vector<std::string> lines;
+    void write(std::string_view line) override { lines.emplace_back(line); }
+    std::uint64_t redirectStandardStreams(const std::string& /*path*/) override { return 0; }
+};
+
 class FileManagerOfLinux : public testing::Test {
 protected:
     /// A file manager for whom the folder "root" is the system's, and a folder that is a user's.
@@ -27,7 +33,8 @@ protected:
     auto entries() const { return std::distance(fs::directory_iterator(user_), {}); }
 
     TemporaryFolder folder_;
-    LinuxFileManager files_{SystemRoot(folder_ / "root")};
+    KeptLog log_;
+    LinuxFileManager files_{SystemRoot(folder_ / "root"), &log_};
     std::string user_ = folder_ / "user";
 };
 
@@ -138,7 +145,15 @@ TEST_F(FileManagerOfLinux, OnAFullDiskTheOldFileStaysAndNothingElseIsLeft) {
     EXPECT_FALSE(files_.copy(file, user_ + "/copy"));
     EXPECT_FALSE(files_.copy(folder_ / "tree", user_ + "/tree"));
     EXPECT_FALSE(files_.replace(file, old));
+    EXPECT_FALSE(files_.copy(folder_ / "missing", "/Applications/A.app"));
+    EXPECT_FALSE(files_.copy("/dev/null", user_ + "/null"));
     ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(log_.lines,
+              (std::vector{
+                  file + " could not be copied to " + user_ + "/copy : File too large",
+                  folder_ / "tree could not be copied to " + user_ + "/tree : File too large",
+                  folder_ / "missing could not be copied to /Applications/A.app : No such file or directory",
+                  "/dev/null could not be copied to " + user_ + "/null : Invalid argument"}));
     EXPECT_EQ(contentsOf(old), "old");
     EXPECT_EQ(entries(), 1);
 }
@@ -150,6 +165,7 @@ TEST_F(FileManagerOfLinux, ACopyFailsWhenAnythingStandsAtTheTarget) {
     fs::create_symlink("nowhere", user_ + "/link");
     for (const char* target : {"/file", "/folder", "/folder/", "/link", ""})
         EXPECT_FALSE(files_.copy(source, user_ + target)) << target;
+    EXPECT_EQ(log_.lines, std::vector<std::string>());
     EXPECT_EQ(contentsOf(user_ + "/file"), "old");
     EXPECT_EQ(entries(), 3);
 }
