@@ -164,11 +164,11 @@ private:
 extern "C" __attribute__((visibility("default"))) int join_run_app(const JoinAppStart& start) {
     Exception::setCallStackSource(callStack);
     try {
-        // Not before the libraries are loaded: with a second thread each of the mappings that takes is
-        // slower.
+        const QtToolkit toolkit(start.arguments);
+        // Not before: what ends for want of a display shall have taken nothing, and with a second thread each
+        // of the mappings that loading takes is slower.
         if (start.starts)
             start.starts->messages().begin();
-        const QtToolkit toolkit(start.arguments);
         Platform platform(start);
         join::AppDelegate delegate;
         platform.run(delegate);

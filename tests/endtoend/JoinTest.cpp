@@ -124,6 +124,21 @@ TEST(Join, RefusesArgumentsThatAreNoLaunchUrl) {
     EXPECT_FALSE(fs::exists(world.home() + "/Library"));
 }
 
+TEST(Join, SaysSoWithoutADisplay) {
+    const JoinWorld world;
+    const std::pair<std::string, std::string> places[] = {{"xcb", ":4711"}, {"xcb", ""}, {"nothing", ""}};
+    for (const auto& [platform, display] : places) {
+        Launch launch = world.launch({});
+        launch.environment.emplace_back("QT_QPA_PLATFORM", platform);
+        launch.environment.emplace_back("DISPLAY", display);
+        EXPECT_EQ(Child(launch).wait(), 69);
+        const std::string said = world.output();
+        EXPECT_TRUE(said.starts_with("Join: there is no display to show a window on: ")) << said;
+        EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
+    }
+    EXPECT_FALSE(fs::exists(world.home() + "/Library"));
+}
+
 TEST(Join, TakesHostileLaunchUrlsAsTheCharactersTheyAre) {
     const std::vector<std::pair<std::string, std::string>> urls = {
         {"tavojoin:k=123456789", "Key not received in launchapp!"},

@@ -10,7 +10,8 @@ namespace join::platform {
 class QtToolkit {
 public:
     /// The arguments of main, of which the toolkit sees only the first: a launch URL is none of its business.
-    /// They outlive this.
+    /// They outlive this. Without a display the process ends here, with a line on standard error and status
+    /// 69 (EX_UNAVAILABLE).
     explicit QtToolkit(char** arguments);
     ~QtToolkit();
     QtToolkit(const QtToolkit&) = delete;
