@@ -71,7 +71,7 @@ public:
     /// Asked when the user closes the window; it closes when the answer is true.
     virtual void setShouldClose(std::function<bool()> shouldClose) = 0;
 
-    /// Draws what has changed, now.
+    /// Draws what has changed, if the window is on the screen. It has been painted when this returns.
     virtual void display() = 0;
 
     /// Puts the window on the screen, in front, with the keyboard. It has been painted when this returns.

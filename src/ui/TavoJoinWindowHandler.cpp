@@ -32,12 +32,17 @@ void TavoJoinWindowHandler::windowDidLoad() {
 }
 
 void TavoJoinWindowHandler::showProgress() {
+    if (!isProblemShown_)
+        return;
+    isProblemShown_ = false;
     progress().setHidden(false);
     progress().startAnimation();
     infoLabel().setStringValue(services().strings->localized("JOIN_PROGRESS"));
+    tavoJoinWindow().display();
 }
 
 void TavoJoinWindowHandler::showProblem() {
+    isProblemShown_ = true;
     infoLabel().setStringValue(services().strings->localized("PROBLEM_OCCURED"));
     progress().stopAnimation();
     progress().setHidden(true);

@@ -15,7 +15,7 @@ public:
     platform::TextField& infoLabel();
     platform::ProgressIndicator& progress();
 
-    /// Says that a join goes on: the window is as it was at first. It is not shown by that.
+    /// Says again that a join goes on. The window is not shown by that.
     void showProgress();
 
     /// Says that the session could not be joined, and that nothing goes on any more.
@@ -32,6 +32,8 @@ public:
 
 private:
     void windowDidLoad() override;
+
+    bool isProblemShown_ = false;
 };
 
 } // namespace join

@@ -27,7 +27,7 @@ protected:
         JoinSessionDetails::setDefaultValues();
         session().setWebServerName("host");
         session().setSessionType(SessionType::meeting);
-        progress.showWindow();
+        progress.showProblem();
         progress.closeWindow();
         journal.clear();
         entry.showWindow();
@@ -95,16 +95,16 @@ TEST_F(EntryWindow, SaysInItsFieldsWhatIsMissing) {
 TEST_F(EntryWindow, AValidKeyRewritesTheDetailsStartsTheAgentAndMakesRoomForTheProgress) {
     http.expect(question("123456789"), {200, "<is-valid>true</is-valid>", {}});
     join(" \t123456789\u00A0", " ann@example.org ");
-    EXPECT_EQ(
-        journal,
-        (Journal{readParameters, "log: " + joinMethod + " : Key : 123456789 Email : ann@example.org",
-                 "keyInputTextfield: ", "get " + question("123456789"),
-                 "log: " + keyMethod + " : Response string : <is-valid>true</is-valid> " +
-                     "isvalid : true</is-valid>",
-                 "emailInputTextfield: ", "progress: shown", "progress: start", "infoLabel: [JOIN_PROGRESS]",
-                 "post ModifyJoinDetails", "post LaunchTavoApp", "TavoJoinMainWindow: out",
-                 "log: -[TavoJoinMainWindowHandler close] : Join main window close event called!",
-                 "TavoJoinWindow: front"}));
+    EXPECT_EQ(journal,
+              (Journal{readParameters, "log: " + joinMethod + " : Key : 123456789 Email : ann@example.org",
+                       "keyInputTextfield: ", "get " + question("123456789"),
+                       "log: " + keyMethod + " : Response string : <is-valid>true</is-valid> " +
+                           "isvalid : true</is-valid>",
+                       "emailInputTextfield: ", "progress: shown", "progress: start",
+                       "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: display", "post ModifyJoinDetails",
+                       "post LaunchTavoApp", "TavoJoinMainWindow: out",
+                       "log: -[TavoJoinMainWindowHandler close] : Join main window close event called!",
+                       "TavoJoinWindow: front"}));
     EXPECT_EQ(session().key(), "123456789");
     EXPECT_EQ(session().emailID(), "ann@example.org");
 }

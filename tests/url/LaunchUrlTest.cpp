@@ -144,20 +144,20 @@ TEST_F(LaunchUrlHandler, ReArmsLoggingThenUpdatesTheDetailsThenChecksTheVersions
 }
 
 TEST_F(LaunchUrlHandler, ShowsTheProgressWindowAsNewForAKey) {
-    const std::function<void()> before[] = {
-        [] { slots().tavoJoinWindow->showProblem(); },
-        [] { slots().tavoJoinWindow->closeWindow(); },
-        [this] { urlEvents.deliver("tavojoin://e=ann"); },
+    const std::pair<Journal, std::function<void()>> cases[] = {
+        {{"progress: shown", "progress: start", "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: display"},
+         [] { slots().tavoJoinWindow->showProblem(); }},
+        {{}, [] { slots().tavoJoinWindow->closeWindow(); }},
+        {{"TavoJoinMainWindow: out"}, [this] { urlEvents.deliver("tavojoin://e=ann"); }},
     };
-    for (const auto& happens : before) {
+    for (auto [expected, happens] : cases) {
         prepared();
         happens();
         journal.clear();
         urlEvents.deliver("tavojoin://k=1");
-        EXPECT_TRUE(happenedInOrder(journal, {"progress: shown", "progress: start",
-                                              "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: front",
-                                              "log: " + method + " : Modify join details by Launch App"}));
-        EXPECT_FALSE(slots().joinMainWindow->isVisible());
+        expected.insert(expected.end(),
+                        {"TavoJoinWindow: front", "log: " + method + " : Modify join details by Launch App"});
+        EXPECT_TRUE(happenedInOrder(journal, expected));
     }
 }
 

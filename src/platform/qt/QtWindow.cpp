@@ -83,8 +83,10 @@ void QtWindow::setShouldClose(std::function<bool()> shouldClose) {
 }
 
 void QtWindow::display() {
-    if (widget_.isVisible())
-        widget_.repaint();
+    if (!widget_.isVisible())
+        return;
+    widget_.update();
+    waitUntilPainted();
 }
 
 void QtWindow::makeKeyAndOrderFront() {

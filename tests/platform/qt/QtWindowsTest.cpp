@@ -47,8 +47,16 @@ TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
     interface->window().makeKeyAndOrderFront();
     EXPECT_TRUE(interface->window().isVisible());
     EXPECT_FALSE(widget().testAttribute(Qt::WA_PendingUpdate));
-    const QImage screen = QApplication::primaryScreen()->grabWindow(widget().winId()).toImage();
-    EXPECT_EQ(screen.pixelColor(2, 2), QColor(Qt::white));
+    const auto screen = [this] {
+        return QApplication::primaryScreen()->grabWindow(widget().winId()).toImage();
+    };
+    EXPECT_EQ(screen().pixelColor(2, 2), QColor(Qt::white));
+    interface->progressIndicator("progress").setHidden(true);
+    interface->textField("infoLabel").setStringValue("other words");
+    interface->window().display();
+    const QImage drawn = screen();
+    QApplication::processEvents();
+    EXPECT_EQ(screen(), drawn);
     interface->window().orderOut();
     EXPECT_FALSE(interface->window().isVisible());
 }
