@@ -53,7 +53,8 @@ void applyAwsUrl(const platform::Member& member, JoinSessionDetails& details) {
 }
 
 void applyAwsServer(const platform::Member& member, JoinSessionDetails& details) {
-    details.setAwsServer(textOf(member.name, member.value));
+    const std::string* server = member.value.text();
+    details.setAwsServer(server ? Text(*server) : std::nullopt);
 }
 
 void applyCdnLink(const platform::Member& member, JoinSessionDetails& details) {

@@ -45,6 +45,8 @@ TEST_F(SessionCheck, MembersOfTheMeetingGoIntoTheSession) {
         {R"("cdn_link":"","aws_server":"","aws_server_download_url":"")", "1,(null),,0,(null),0"},
         {R"("aws_server_download_url":"u","aws_server":"s")", "1,u,s,1,(null),0"},
         {R"("Update_needed":false,"cdn_link ":"x","other":null,"list":[1,{}])", untouched},
+        {R"("aws_server":"s","aws_server":null,"update_needed":0)", "0,(null),(null),0,(null),0"},
+        {R"("aws_server":7,"cdn_link":"cdn")", "1,(null),(null),0,cdn,1"},
         {R"("update_needed":0)", "0,(null),(null),0,(null),0"},
         {R"("update_needed":-0.5)", untouched},
         {R"("update_needed":"false")", "0,(null),(null),0,(null),0"},
