@@ -133,6 +133,8 @@ bool TavoJoinMainWindowHandler::isKeyValid(const std::string& key) {
                   session().webServerName(), key, sessionTypeName(session().sessionType()));
     const platform::HttpReply reply = services().httpClient->get(request);
     const int status = reply.status.value_or(0);
+    if (reply.error)
+        log("%s : The key could not be checked : %@", method, reply.error->description);
     if (status != statusOk) {
         log("%s : Error getting while checking key %@, HTTP status code %li", method, key, status);
         return false;

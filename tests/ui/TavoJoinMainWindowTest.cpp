@@ -115,6 +115,7 @@ TEST_F(EntryWindow, ARefusedKeyGivesWayToARedPromptAndTheEmailStays) {
     EXPECT_EQ(journal,
               (Journal{readParameters, "log: " + joinMethod + " : Key : 12 34 Email : ann",
                        "keyInputTextfield: ", "get " + question("12 34"),
+                       "log: " + keyMethod + " : The key could not be checked : no URL",
                        "log: " + keyMethod + " : Error getting while checking key 12 34, HTTP status code 0",
                        noValidKey, "keyInputTextfield: focus"}));
     EXPECT_EQ(emailField().typed, "ann");
