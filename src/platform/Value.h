@@ -31,6 +31,10 @@ struct Member {
     Value value;
 };
 
+/// The value as "%@" writes it into a line: a text as it is, 2.0 as 2, true as 1, null as "<null>"; lists and
+/// dictionaries in one line, as "(a, b)" and "{name = a; }".
+std::string describe(const Value& value);
+
 /// Documents nested deeper are refused by their parsers: no honest one is, and every walk of a value may
 /// recurse.
 inline constexpr int maximumValueDepth = 512;

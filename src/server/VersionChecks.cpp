@@ -8,8 +8,8 @@
 #include "install/TavoDMGDownloader.h"
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
-#include "platform/Json.h"
 #include "platform/Services.h"
+#include "platform/Value.h"
 #include "server/ApiHandler.h"
 
 namespace join {
@@ -18,13 +18,10 @@ using platform::services;
 
 namespace {
 
-/// The short version string of an information property list, absent when it has none. A value that is not a
-/// text is written as JSON.
+/// The short version string of an information property list, absent when it has none.
 Text shortVersion(const std::optional<platform::Value>& list) {
     const platform::Value* version = list ? list->member("CFBundleShortVersionString") : nullptr;
-    if (!version)
-        return std::nullopt;
-    return version->text() ? *version->text() : services().json->serialise(*version);
+    return version ? Text(platform::describe(*version)) : std::nullopt;
 }
 
 /// The version of an application bundle as text: "(null)" when it has none.

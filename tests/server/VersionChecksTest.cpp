@@ -83,6 +83,9 @@ TEST_F(VersionChecks, TheKindOfJoinFollowsTheKindOfSession) {
 
 TEST_F(VersionChecks, TheCrashDetectorIsOutdatedUnlessItsEmbeddedVersionIsTheAnnouncedOne) {
     const std::string good = machImage(propertyList("CFBundleShortVersionString", "1.2.3"));
+    const auto versioned = [](const std::string& value) {
+        return machImage("<plist><dict><key>CFBundleShortVersionString</key>" + value + "</dict></plist>");
+    };
     const std::string noVersion = machImage(propertyList("CFBundleVersion", "1.2.3"));
     EXPECT_FALSE(delegate.isCrashDetectorUpdateNeeded()); // there is none
     struct {
@@ -94,6 +97,12 @@ TEST_F(VersionChecks, TheCrashDetectorIsOutdatedUnlessItsEmbeddedVersionIsTheAnn
         {good, "1.2.3", false, "1.2.3"},
         {good, "1.2", true, "1.2"},
         {good, std::nullopt, false, "1.2.3"},
+        {versioned("<real>2.0</real>"), std::nullopt, false, "2"},
+        {versioned("<real>10.15</real>"), "10.15", false, "10.15"},
+        {versioned("<integer>-7</integer>"), std::nullopt, false, "-7"},
+        {versioned("<true/>"), std::nullopt, false, "1"},
+        {versioned("<array><string>1</string><false/></array>"), std::nullopt, false, "(1, 0)"},
+        {versioned("<dict><key>a</key><real>1e300</real></dict>"), std::nullopt, false, "{a = 1e+300; }"},
         {noVersion, "0", true, "0"},
         {noVersion, std::nullopt, true, std::nullopt},
         {machImage("<plist version=\"1.0\"><array/></plist>"), std::nullopt, true, std::nullopt},

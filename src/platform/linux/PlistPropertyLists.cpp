@@ -46,7 +46,7 @@ std::string dateText(plist_t node) {
     tm parts{};
     ::gmtime_r(&time, &parts);
     std::array<char, 32> text{};
-    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts)};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S +0000", &parts)};
 }
 
 std::string dataText(plist_t node) {

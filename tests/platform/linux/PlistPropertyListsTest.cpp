@@ -67,7 +67,7 @@ TEST(PlistPropertyLists, ReadXmlLists) {
                        "<integer>-7</integer><real>2.5</real><string/><dict/></array><!-- <dict> -->"
                        "<key>d</key><data>D+E=</data><key>t</key><date>2026-11-22T21:56:36Z</date></dict>")),
               "{\"b\":\"a < \xC3\xA9\",\"a\":[true,false,-7,2.5,\"\",{}],\"d\":\"<0fe1>\","
-              "\"t\":\"2026-11-22T21:56:36Z\"}");
+              "\"t\":\"2026-11-22 21:56:36 +0000\"}");
 }
 
 TEST(PlistPropertyLists, ReadBinaryLists) {
