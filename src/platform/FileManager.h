@@ -17,6 +17,19 @@ public:
     virtual std::span<const std::byte> bytes() const = 0;
 };
 
+/// A regular file that is open for reading, and stays so when its name goes to another file.
+class ReadableFile {
+public:
+    virtual ~ReadableFile() = default;
+
+    /// In bytes, when it was opened.
+    virtual std::uint64_t size() const = 0;
+
+    /// Fills the buffer with the bytes from there on. Returns how many it got; 0 at the file's end or when it
+    /// cannot be read. Any one thread at a time.
+    virtual std::size_t read(std::uint64_t offset, std::span<char> buffer) const = 0;
+};
+
 /// Files and folders by absolute path. Nothing throws: a failure is a result. What it makes appears whole
 /// under its name or not at all. Any thread.
 class FileManager {
@@ -52,6 +65,9 @@ public:
 
     /// Maps a regular file; nullptr when that cannot be done, as for an empty or missing one.
     virtual std::unique_ptr<MappedFile> map(const std::string& path) = 0;
+
+    /// Opens a regular file of any size; nullptr when it is missing, another kind of thing, or unreadable.
+    virtual std::unique_ptr<ReadableFile> open(const std::string& path) = 0;
 };
 
 /// The files that are read whole are some hundred bytes long.

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "platform/FileManager.h"
+
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -58,9 +61,14 @@ public:
 struct PostRequest {
     std::string url;                                          ///< absolute, as RFC 3986 writes it
     std::vector<std::pair<std::string, std::string>> headers; ///< in their order
-    std::string body;
+    std::string body;                         ///< all of it, or what stands before the file's bytes
+    std::shared_ptr<const ReadableFile> file; ///< read while it is sent, on another thread; may be missing
+    std::string bodyBehindFile;
     std::chrono::milliseconds stallTimeout{60'000};       ///< how long it may go on without a byte
-    std::size_t maximumAnswerSize = std::size_t{1} << 16; ///< bytes; a longer answer is a failure
+    std::size_t maximumAnswerSize = std::size_t{1} << 16; ///< bytes; a longer answer ends there
+
+    /// The length of the whole body, in bytes.
+    std::uint64_t bodySize() const { return body.size() + (file ? file->size() : 0) + bodyBehindFile.size(); }
 };
 
 /// Is told of a connection, on the main queue: of the response and its data as they arrive, then, once, how

@@ -4,9 +4,13 @@ namespace join::test {
 
 namespace {
 
-struct BytesInMemory final : platform::MappedFile {
+struct BytesInMemory final : platform::MappedFile, platform::ReadableFile {
     explicit BytesInMemory(std::string text) : held(std::move(text)) {}
     std::span<const std::byte> bytes() const override { return std::as_bytes(std::span(held)); }
+    std::uint64_t size() const override { return held.size(); }
+    std::size_t read(std::uint64_t offset, std::span<char> buffer) const override {
+        return held.copy(buffer.data(), buffer.size(), offset);
+    }
     std::string held;
 };
 
@@ -111,6 +115,11 @@ bool FakeFileManager::truncate(const std::string& path) {
 std::unique_ptr<platform::MappedFile> FakeFileManager::map(const std::string& path) {
     const std::string bytes = read(path).value_or("");
     return bytes.empty() ? nullptr : std::make_unique<BytesInMemory>(bytes);
+}
+
+std::unique_ptr<platform::ReadableFile> FakeFileManager::open(const std::string& path) {
+    const auto bytes = read(path);
+    return bytes ? std::make_unique<BytesInMemory>(*bytes) : nullptr;
 }
 
 } // namespace join::test

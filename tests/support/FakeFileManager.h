@@ -30,6 +30,7 @@ public:
     bool create(const std::string& path, std::string_view contents) override;
     bool truncate(const std::string& path) override;
     std::unique_ptr<platform::MappedFile> map(const std::string& path) override;
+    std::unique_ptr<platform::ReadableFile> open(const std::string& path) override;
 
 private:
     static std::string plain(const std::string& path);

@@ -138,7 +138,7 @@ Failure Transfer::conclude(CURLcode code) {
     if (!hasBody_)
         return reasonToRefuseAnswer().value_or("The server has sent no file");
     if (endsWithConnection(handle_) && !hasEndOfTls_)
-        return "The connection was cut off before its end";
+        return "The connection was cut off: the end of the body is missing";
     if (!file_.commit())
         return withReason("The file cannot be put at " + request_.destination, errno);
     return std::nullopt;

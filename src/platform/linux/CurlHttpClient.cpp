@@ -32,6 +32,7 @@ std::size_t receiveBody(char* bytes, std::size_t /*always 1*/, std::size_t size,
 bool configure(CURL* handle, const HttpRequest& request, Exchange& exchange) {
     CurlOptions options(handle, exchange.common);
     options.setTimeout(CURLOPT_TIMEOUT_MS, request.timeout);
+    options.decodeAnswer();
     options.set(CURLOPT_WRITEFUNCTION, &receiveBody);
     options.set(CURLOPT_WRITEDATA, &exchange);
     return options.accepted();

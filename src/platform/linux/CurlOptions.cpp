@@ -2,15 +2,12 @@
 
 #include "platform/Exception.h"
 
-#include <openssl/err.h>
-#include <openssl/ssl.h>
-
 #include <algorithm>
 #include <cstdlib>
-#include <filesystem>
 #include <limits>
-#include <system_error>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 namespace join::platform {
 
@@ -21,18 +18,32 @@ void freeHandle(CURL* handle) {
     curl_global_cleanup();
 }
 
-/// Whether libcurl's folder of certificates holds any under the hashes of their names, as c_rehash(1) makes
-/// them.
-bool hasCertificatesByHash() {
-    const char* folder = curl_version_info(CURLVERSION_NOW)->capath;
-    std::error_code error;
-    const auto entries =
-        folder ? std::filesystem::directory_iterator(folder, error) : std::filesystem::directory_iterator();
-    return std::any_of(begin(entries), end(entries), [](const auto& entry) {
-        const std::string name = entry.path().filename();
-        return name.size() == 10 && name.ends_with(".0") &&
-               name.find_first_not_of("0123456789abcdef") == name.size() - 2;
-    });
+/// The user names and passwords of the proxies that libcurl finds in the environment for HTTPS.
+std::vector<std::string> proxyUsers() {
+    std::vector<std::string> users;
+    for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+        const char* value = std::getenv(name);
+        const std::string_view proxy = value ? value : "";
+        const auto scheme = proxy.find("://");
+        const auto begin = scheme == std::string_view::npos ? 0 : scheme + 3;
+        const auto end = proxy.rfind('@');
+        if (end != std::string_view::npos && end > begin)
+            users.emplace_back(proxy.substr(begin, end - begin));
+    }
+    return users;
+}
+
+/// libcurl's error without the passwords of proxies, which it repeats when it cannot make out the address.
+std::string withoutPasswords(std::string text, CURLcode code) {
+    for (const std::string& user : proxyUsers()) {
+        // Behind one of these libcurl looks for neither user nor host: it takes a part of the password for
+        // the proxy's name.
+        if (user.find_first_of("/?#") != std::string::npos)
+            return curl_easy_strerror(code);
+        for (auto at = text.find(user); at != std::string::npos; at = text.find(user, at + 3))
+            text.replace(at, user.size(), "***");
+    }
+    return text;
 }
 
 } // namespace
@@ -60,24 +71,23 @@ bool CurlExchange::count(std::size_t size) {
 std::string CurlExchange::descriptionOf(CURLcode code) const {
     if (tooLong_ || code == CURLE_FILESIZE_EXCEEDED)
         return "The answer is longer than " + std::to_string(maximumBodySize_) + " bytes";
-    std::string text = curlError_.front() ? curlError_.data() : curl_easy_strerror(code);
-    if (code == CURLE_PEER_FAILED_VERIFICATION && !unreadableCertificates_.empty())
-        text += " (the certificates in SSL_CERT_FILE, " + unreadableCertificates_ + ", could not be read)";
-    return text;
-}
-
-/// Called for every new connection, after libcurl has loaded the system's certificates.
-CURLcode CurlExchange::addUserCertificates(CURL* /*handle*/, void* sslContext, void* exchange) noexcept {
-    const char* file = std::getenv("SSL_CERT_FILE");
-    if (file && *file &&
-        SSL_CTX_load_verify_locations(static_cast<SSL_CTX*>(sslContext), file, nullptr) != 1) {
-        static_cast<CurlExchange*>(exchange)->unreadableCertificates_ = file;
-        ERR_clear_error(); // libcurl would take it for an error of the connection
+    const std::string text =
+        withoutPasswords(curlError_.front() ? curlError_.data() : curl_easy_strerror(code), code);
+    switch (code) {
+    case CURLE_UNSUPPORTED_PROTOCOL: // the first URL has been judged
+        return "A redirect leaves HTTPS: " + text;
+    case CURLE_GOT_NOTHING:
+    case CURLE_PARTIAL_FILE:
+    case CURLE_RECV_ERROR: // which of them differs between versions of the libraries
+        return "The connection was cut off: " + text;
+    case CURLE_PEER_FAILED_VERIFICATION:
+        return text + trust_.remark();
+    default:
+        return text;
     }
-    return CURLE_OK;
 }
 
-CurlOptions::CurlOptions(CURL* handle, CurlExchange& exchange) : handle_(handle) {
+CurlOptions::CurlOptions(CURL* handle, CurlExchange& exchange) : handle_(handle), exchange_(exchange) {
     constexpr std::uint64_t largest = std::numeric_limits<curl_off_t>::max();
     set(CURLOPT_URL, exchange.url_.c_str());
     set(CURLOPT_PROTOCOLS_STR, "https");
@@ -86,19 +96,30 @@ CurlOptions::CurlOptions(CURL* handle, CurlExchange& exchange) : handle_(handle)
     set(CURLOPT_MAXREDIRS, 20L);
     set(CURLOPT_SSL_VERIFYPEER, 1L);
     set(CURLOPT_SSL_VERIFYHOST, 2L);
-    // Of a folder only the certificates that are asked for are read. Reading the bundle of all of them, which
-    // holds the same, takes longer than the rest of a request.
-    static const bool hasFolder = hasCertificatesByHash();
-    if (hasFolder)
-        set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
-    set(CURLOPT_SSL_CTX_FUNCTION, &CurlExchange::addUserCertificates);
-    set(CURLOPT_SSL_CTX_DATA, &exchange);
+    set(CURLOPT_CAINFO, static_cast<const char*>(nullptr)); // left to CurlTrust
+    set(CURLOPT_SSL_CTX_FUNCTION, &CurlTrust::prepare);
+    set(CURLOPT_SSL_CTX_DATA, &exchange.trust_);
     set(CURLOPT_NOSIGNAL, 1L);
     // A request that ends while its host's name is looked up would otherwise wait for that, half a minute or
     // more. The thread that looks it up frees what it has when it is done.
     set(CURLOPT_QUICK_EXIT, 1L);
     set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(std::min(exchange.maximumBodySize_, largest)));
     set(CURLOPT_ERRORBUFFER, exchange.curlError_.data());
+}
+
+void CurlOptions::addHeader(const std::string& line) {
+    curl_slist* longer = curl_slist_append(exchange_.headers_.get(), line.c_str());
+    accepted_ = accepted_ && longer;
+    if (!longer)
+        return;
+    (void)exchange_.headers_.release(); // the longer list begins with it
+    exchange_.headers_.reset(longer);
+    set(CURLOPT_HTTPHEADER, longer);
+}
+
+void CurlOptions::decodeAnswer() {
+    set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
+    addHeader("Accept-Encoding:");
 }
 
 void CurlOptions::setTimeout(CURLoption option, std::chrono::milliseconds timeout) {

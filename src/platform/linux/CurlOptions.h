@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/linux/CurlTrust.h"
+
 #include <curl/curl.h>
 
 #include <array>
@@ -30,13 +32,13 @@ public:
 
 private:
     friend class CurlOptions;
-    static CURLcode addUserCertificates(CURL* handle, void* sslContext, void* exchange) noexcept;
 
     std::string url_;
     std::uint64_t maximumBodySize_;
     std::uint64_t received_ = 0;
     bool tooLong_ = false;
-    std::string unreadableCertificates_; ///< the file that SSL_CERT_FILE names, when it could not be read
+    CurlTrust trust_;
+    std::unique_ptr<curl_slist, void (*)(curl_slist*)> headers_{nullptr, curl_slist_free_all};
     std::array<char, CURL_ERROR_SIZE> curlError_{};
 };
 
@@ -57,11 +59,19 @@ public:
     /// How long the request may go on without a byte, to the whole second above.
     void setStallTimeout(std::chrono::milliseconds timeout);
 
+    /// Adds a header line in libcurl's notation: "Name: value", "Name;" for an empty value, "Name:" to leave
+    /// out one that libcurl sends on its own unless it was added before.
+    void addHeader(const std::string& line);
+
+    /// Gives the answer decoded when its server has compressed it, although nobody asks for that.
+    void decodeAnswer();
+
     /// False when libcurl does not know one of the options, or has no memory left.
     bool accepted() const { return accepted_; }
 
 private:
     CURL* handle_;
+    CurlExchange& exchange_;
     bool accepted_ = true;
 };
 

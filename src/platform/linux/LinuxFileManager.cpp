@@ -13,6 +13,7 @@
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace join::platform {
 
@@ -51,6 +52,24 @@ public:
 
 private:
     void* start_;
+    std::size_t size_;
+};
+
+class OpenFile : public ReadableFile {
+public:
+    OpenFile(Descriptor file, std::size_t size) : file_(std::move(file)), size_(size) {}
+
+    std::uint64_t size() const override { return size_; }
+    std::size_t read(std::uint64_t offset, std::span<char> buffer) const override {
+        ssize_t count = -1;
+        do
+            count = ::pread(file_.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        while (count < 0 && errno == EINTR);
+        return count < 0 ? 0 : static_cast<std::size_t>(count);
+    }
+
+private:
+    Descriptor file_;
     std::size_t size_;
 };
 
@@ -151,6 +170,15 @@ bool LinuxFileManager::copyFailed(const std::string& source, const std::string& 
     if (log_ && errno != EEXIST)
         log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
     return false;
+}
+
+std::unique_ptr<ReadableFile> LinuxFileManager::open(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return nullptr;
+    Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const auto size = regularSize(file);
+    return size ? std::make_unique<OpenFile>(std::move(file), *size) : nullptr;
 }
 
 /// A path with a zero byte would be cut there by the kernel, and name something else.

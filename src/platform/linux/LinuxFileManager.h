@@ -32,6 +32,7 @@ public:
 
     /// Touching bytes that another program has cut off the file in the meantime ends the process (SIGBUS).
     std::unique_ptr<MappedFile> map(const std::string& path) override;
+    std::unique_ptr<ReadableFile> open(const std::string& path) override;
 
 private:
     bool copyFailed(const std::string& source, const std::string& target) const;

@@ -1,8 +1,10 @@
 #include "platform/linux/CurlHttpClient.h"
 #include "platform/linux/HttpModule.h"
+#include "platform/linux/LinuxFileManager.h"
 #include "support/Child.h"
 #include "support/Environment.h"
 #include "support/FakeTime.h"
+#include "support/Gzipped.h"
 #include "support/ScriptedHttpsServer.h"
 #include "support/TemporaryFolder.h"
 
@@ -43,7 +45,8 @@ struct World {
     TemporaryFolder folder;
     ScriptedHttpsServer server;
     EnvironmentVariable trust{"SSL_CERT_FILE", writeFile(folder / "pem", server.certificate()).c_str()};
-    PostRequest request{.url = server.url("/"), .headers = {}, .body = "report"};
+    PostRequest request{
+        .url = server.url("/"), .headers = {}, .body = "report", .file = {}, .bodyBehindFile = {}};
     FakeMainQueue queue;
     RecordingDelegate delegate;
     CurlHttpClient client{queue};
@@ -57,7 +60,7 @@ struct World {
         EXPECT_TRUE(eventually([this] { return queue.turn(), delegate.hasEnd(); }));
         connection.reset();
         queue.turn();
-        EXPECT_EQ(delegate.news, news) << delegate.error.description;
+        EXPECT_TRUE(delegate.news == news) << delegate.news.size() << delegate.error.description;
         EXPECT_NE(delegate.error.description.find(error), std::string::npos) << delegate.error.description;
         EXPECT_EQ(delegate.error.failingUrl, error.empty() ? "" : request.url);
     }
@@ -65,17 +68,36 @@ struct World {
 
 TEST(CurlConnection, SendsTheHeadersAndTheBodyAsTheyAreAndNothingElse) {
     World world;
-    world.request.body.resize(3'000'000);
-    std::ranges::generate(world.request.body, std::minstd_rand());
+    std::string bytes(20'000'000, '\0');
+    std::ranges::generate(bytes, std::minstd_rand());
+    const std::string path = writeFile(world.folder / "file", bytes);
+    world.request.file = LinuxFileManager(SystemRoot(world.folder / "root")).open(path);
+    world.request.bodyBehindFile = "end";
+    writeFile(path + ".new", "replaced");
+    std::filesystem::rename(path + ".new", path); // by another upload
     world.server.expect("/", {.body = "thanks"}, "POST");
     world.request.headers = {
-        {"Content-Type", "a/b"}, {"Content-Length", "3000000"}, {"X-Empty", ""}, {"X-A", "a\r\nX-B: b"}};
+        {"Content-Type", "a/b"}, {"Content-Length", "20000009"}, {"X-Empty", ""}, {"X-A", "a\r\nX-B: b"}};
     world.expectNews({"response", "thanks", "finish"}, "", world.client);
     const std::string head =
         "POST / HTTP/1.1\r\nHost: " + world.server.url("").substr(8) + // behind https://
-        "\r\nContent-Type: a/b\r\nContent-Length: 3000000\r\nX-Empty:\r\nX-A: aX-B: b\r\n\r\n";
+        "\r\nContent-Type: a/b\r\nContent-Length: 20000009\r\nX-Empty:\r\nX-A: aX-B: b\r\n\r\n";
     const std::string request = world.server.requests().at(0);
-    EXPECT_TRUE(request == head + world.request.body) << request.substr(0, 2 * head.size());
+    EXPECT_TRUE(request == head + "report" + bytes + "end") << request.substr(0, 2 * head.size());
+}
+
+TEST(CurlConnection, ReadsAFileInSmallPiecesAndFailsWhenItHasBecomeShorter) {
+    struct ShorteningFile final : ReadableFile {
+        std::uint64_t size() const override { return std::uint64_t{1} << 40; }
+        std::size_t read(std::uint64_t offset, std::span<char> buffer) const override {
+            EXPECT_LE(buffer.size(), std::size_t{1} << 20);
+            std::ranges::fill(buffer, 'x');
+            return offset < 10'000'000 ? buffer.size() : 0;
+        }
+    };
+    World world;
+    world.request.file = std::make_shared<ShorteningFile>();
+    world.expectNews({"fail"}, "shorter", world.client);
 }
 
 TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
@@ -89,12 +111,13 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
         {{.status = 500, .body = "sorry"}, {"response", "sorry", "finish"}, ""},
         {{307, "there", {"Location: /there"}}, {"response", "there", "finish"}, ""},
         {{103, final, {}, Fault::endUnannounced}, {"response", "whole", "finish"}, ""},
-        {{103, "", {}, Fault::endUnannounced}, {"fail"}, "Empty reply"},
-        {{.body = longest + "x"}, {"fail"}, "longer than 65536 bytes"},
-        {{200, longest, {}, Fault::endless}, {"response", longest, "fail"}, "longer than 65536 bytes"},
-        {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "remaining"},
+        {{103, "", {}, Fault::endUnannounced}, {"fail"}, "cut off"},
+        {{413, longest + "x"}, {"response", longest, "finish"}, ""}, // is cut
+        {{200, longest, {}, Fault::endless}, {"response", longest, "finish"}, ""},
+        {{200, gzipped("SUCCESS"), {"Content-Encoding: gzip"}}, {"response", "SUCCESS", "finish"}, ""},
+        {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "cut off"},
         {{200, "half of it", {}, Fault::stallBody}, {"response", "half ", "fail"}, "slow"},
-        {{.fault = Fault::reset}, {"fail"}, "reset"},
+        {{.fault = Fault::reset}, {"fail"}, "cut off"},
     };
     for (const auto& [answer, news, error] : cases) {
         world.server.expect("/", answer, "POST");

@@ -196,10 +196,10 @@ TEST(CurlDownload, AnAnswerThatIsNotAWholeBodyFailsOnceAndLeavesTheOldFile) {
         {{.status = 204}, "no file"},
         {{.status = 304}, "status 304"},
         {{.status = 300, .body = "choose"}, "status 300"},
-        {{.status = 301, .headers = {"Location: http://localhost/"}}, "http"},
-        {{.body = std::string(mebibyte, 'x'), .fault = Fault::cutBody}, "remaining"},
+        {{.status = 301, .headers = {"Location: http://localhost/"}}, "leaves HTTPS"},
+        {{.body = std::string(mebibyte, 'x'), .fault = Fault::cutBody}, "cut off"},
         {{.body = std::string(mebibyte, 'x'), .fault = Fault::cutUnannounced}, "cut off"},
-        {{.fault = Fault::reset}, "reset"},
+        {{.fault = Fault::reset}, "cut off"},
         {{.fault = Fault::silence}, "slow", 1s},
         {{.body = "half of this", .fault = Fault::stallBody}, "slow", 1s},
         {{.body = "x", .headers = {"Content-Length: 9000000000"}, .fault = Fault::endless}, "longer than"},
@@ -214,10 +214,11 @@ TEST(CurlDownload, AnAnswerThatIsNotAWholeBodyFailsOnceAndLeavesTheOldFile) {
     }
 }
 
-TEST(CurlDownload, ABodyOfUnannouncedLengthIsWholeWhenItSaysItsEnd) {
+TEST(CurlDownload, ABodyIsWholeWhenItSaysItsEndAndIsNeverDecoded) {
     World world;
     const std::string chunked = "5\r\nwhole\r\n0\r\n\r\n";
     const ScriptedAnswer answers[] = {{.body = "whole", .fault = Fault::endUnannounced},
+                                      {.body = "whole", .headers = {"Content-Encoding: gzip"}}, // as it is
                                       {.body = chunked + chunked, // of which half is sent
                                        .headers = {"Transfer-Encoding: chunked"},
                                        .fault = Fault::cutUnannounced}};
@@ -237,6 +238,22 @@ TEST(CurlDownload, AServerThatCannotBeReachedOrTrustedFailsItOnceAndLeavesNothin
         world.expectFailure({"begin", "fail"}, description);
         EXPECT_EQ(namesIn(world.folder.path()), News{});
     }
+}
+
+TEST(CurlDownload, AnAuthorityThatIsOnlyInTheSystemsBundleIsTrusted) {
+    const ChildEnd end = inChild([] {
+        World world;
+        const EnvironmentVariable unset("SSL_CERT_FILE", nullptr);
+        world.expectFailure({"begin", "fail"}, "certificate");
+        if (::unshare(CLONE_FS | CLONE_NEWNS) != 0 ||
+            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount((world.certificates / "server.pem").c_str(), "/etc/ssl/certs/ca-certificates.crt",
+                    nullptr, MS_BIND, nullptr) != 0)
+            return; // only root may, where there is a bundle
+        world.server.expect("/", {.body = "whole"});
+        EXPECT_EQ(world.run(), (News{"begin", "finish"})) << world.delegate.error.description;
+    });
+    EXPECT_EQ(end.status, 0);
 }
 
 TEST(CurlDownload, WhatCannotBeginOnlyFailsAndAsksNobody) {

@@ -61,6 +61,7 @@ TEST_F(FileManagerOfLinux, APathThatIsNotAbsoluteOrWouldBeCutShortNamesNothing) 
         EXPECT_FALSE(files_.truncate(path));
         EXPECT_FALSE(files_.read(path));
         EXPECT_FALSE(files_.map(path));
+        EXPECT_FALSE(files_.open(path));
         EXPECT_FALSE(files_.remove(path));
     }
     EXPECT_EQ(contentsOf(file), "x");
@@ -79,6 +80,7 @@ TEST_F(FileManagerOfLinux, OnlyRegularFilesAreReadMappedAndTruncated) {
     for (const auto& path : {user_, user_ + "/pipe", user_ + "/missing", std::string("/dev/zero")}) {
         EXPECT_FALSE(files_.read(path)) << path;
         EXPECT_FALSE(files_.map(path)) << path;
+        EXPECT_FALSE(files_.open(path)) << path;
         EXPECT_FALSE(files_.truncate(path)) << path;
     }
 }
