@@ -93,8 +93,9 @@ public:
     /// Zips a folder into the archive in the temporary folder, whose path it gives, whatever came of it.
     std::string zipDirectoryWithPath(const std::string& folder);
 
-    /// The attachment part of the log-mail form for a file; without content when the file cannot be read.
-    std::string getFileDataWith(const std::string& path);
+    /// Begins the body with the attachment part of the log-mail form for a file; without content when the
+    /// file cannot be read.
+    void getFileDataWith(const std::string& path, platform::PostRequest& request);
 
     /// The information property list of a bundle, or the one embedded in an executable file; nothing when it
     /// has none.

@@ -7,11 +7,10 @@
 
 namespace join {
 
-std::string logMailAttachment(std::string_view path, std::string_view bytes) {
-    std::string part = formatted("\r\n--%@\r\nContent-Disposition: form-data; name=\"attachment\"; "
-                                 "filename=\"%@\"\r\nContent-Type: application/octet-stream\r\n\r\n",
-                                 logMailBoundary, path);
-    return part.append(bytes);
+std::string logMailAttachmentHead(std::string_view path) {
+    return formatted("\r\n--%@\r\nContent-Disposition: form-data; name=\"attachment\"; "
+                     "filename=\"%@\"\r\nContent-Type: application/octet-stream\r\n\r\n",
+                     logMailBoundary, path);
 }
 
 std::string logMailTexts(const Text& key, const Text& comment) {

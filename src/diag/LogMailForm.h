@@ -20,8 +20,8 @@ namespace join {
 /// it as they are; an absent one as "(null)".
 inline constexpr std::string_view logMailBoundary = "unique-consistent-string";
 
-/// The attachment part for a file of that path with these bytes.
-std::string logMailAttachment(std::string_view path, std::string_view bytes);
+/// What stands before the bytes of an attached file of that path.
+std::string logMailAttachmentHead(std::string_view path);
 
 /// The text parts and the closing delimiter.
 std::string logMailTexts(const Text& key, const Text& comment);

@@ -19,6 +19,21 @@ namespace join {
 
 using platform::services;
 
+namespace {
+
+/// The answer as text; absent when it is none. One as long as an answer may be was cut there, perhaps within
+/// a character, whose beginning is left out.
+Text textOf(std::string_view answer) {
+    constexpr std::size_t longestBeginning = 3; // of a character, in bytes
+    const bool isCut = answer.size() >= platform::PostRequest().maximumAnswerSize;
+    for (std::size_t left = 0; left <= (isCut ? longestBeginning : 0); ++left)
+        if (const auto text = answer.substr(0, answer.size() - left); platform::isUtf8(text))
+            return Text(text);
+    return std::nullopt;
+}
+
+} // namespace
+
 LogUploadSlots& logUpload() {
     static LogUploadSlots instance;
     return instance;
@@ -33,11 +48,13 @@ std::string AppDelegate::sendLogFiles(const Text& comment) {
         log("%s : Logger URL : %@", method, request.url);
         logUpload().receivedData.emplace();
         if (services().fileManager->exists(folder))
-            request.body = getFileDataWith(zipDirectoryWithPath(folder));
-        request.body += logMailTexts(session().key(), comment);
+            getFileDataWith(zipDirectoryWithPath(folder), request);
+        else
+            log("%s : Nothing is attached, there is no folder : %@", method, folder);
+        request.bodyBehindFile = logMailTexts(session().key(), comment);
         request.headers = {
             {"Content-Type", formatted("multipart/form-data; boundary=%@", logMailBoundary)},
-            {"Content-Length", formatted("%lu", request.body.size())},
+            {"Content-Length", formatted("%lu", request.bodySize())},
         };
         // Shared, as work that is queued must be copyable.
         const auto queued = std::make_shared<platform::PostRequest>(std::move(request));
@@ -52,7 +69,7 @@ void AppDelegate::openUpload(platform::PostRequest request) {
     constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
     reportingExceptions(method, [&] {
         if (logUpload().underWay == 0)
-            logUpload().connections.clear(); // each holds its archive
+            logUpload().connections.clear(); // each holds its archive open
         auto connection = services().httpClient->connect(std::move(request), *this);
         logUpload().theConnection = connection.get();
         if (!connection)
@@ -86,13 +103,15 @@ std::string AppDelegate::zipDirectoryWithPath(const std::string& folder) {
     return archive;
 }
 
-std::string AppDelegate::getFileDataWith(const std::string& path) {
+void AppDelegate::getFileDataWith(const std::string& path, platform::PostRequest& request) {
+    constexpr auto method = "-[AppDelegate getFileDataWith:]";
     try {
-        return logMailAttachment(path, services().fileManager->read(path).value_or(std::string()));
+        request.body = logMailAttachmentHead(path);
+        request.file = services().fileManager->open(path);
+        if (!request.file || request.file->size() == 0)
+            log("%s : Nothing is attached, there is no readable archive : %@", method, path);
     } catch (const std::exception& exception) {
-        log("%s : Exception occured in LogHandler.getFileDataWith() : %@ ", "-[AppDelegate getFileDataWith:]",
-            exception.what());
-        return {};
+        log("%s : Exception occured in LogHandler.getFileDataWith() : %@ ", method, exception.what());
     }
 }
 
@@ -107,7 +126,7 @@ void AppDelegate::connectionDidFinishLoading() {
     constexpr auto method = "-[AppDelegate connectionDidFinishLoading:]";
     --logUpload().underWay;
     const std::string data = logUpload().receivedData.value_or(std::string());
-    const Text text = platform::isUtf8(data) ? Text(data) : std::nullopt;
+    const Text text = textOf(data);
     log("%s : Succeeded! Received %lu bytes of data", method, data.size());
     log("%s : Received data %@", method, text);
     if (text == "SUCCESS")

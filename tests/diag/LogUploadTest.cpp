@@ -17,6 +17,13 @@ protected:
         };
     }
 
+    /// The whole body, as it would be sent.
+    static std::string bodyOf(const platform::PostRequest& request) {
+        std::string file(request.file ? request.file->size() : 0, '\0');
+        EXPECT_EQ(file.empty() ? 0 : request.file->read(0, file), file.size());
+        return request.body + file + request.bodyBehindFile;
+    }
+
     /// Sends the logs and lets the connection be opened.
     const platform::PostRequest& upload(const Text& comment = "it failed") {
         notifications.post("SendJoinLog", comment);
@@ -56,10 +63,10 @@ TEST_F(LogUpload, PostsTheArchiveAndTheTextsAsOneForm) {
     files.put(archive, "stale");
     const platform::PostRequest& request = upload();
     EXPECT_EQ(request.url, "https://host/api/v1/send_log_mail");
-    EXPECT_EQ(request.body, attachment("PK\r\n--") + texts("123456789", "it failed"));
+    EXPECT_EQ(bodyOf(request), attachment("PK\r\n--") + texts("123456789", "it failed"));
     const std::vector<std::pair<std::string, std::string>> headers = {
         {"Content-Type", "multipart/form-data; boundary=unique-consistent-string"},
-        {"Content-Length", std::to_string(request.body.size())}};
+        {"Content-Length", std::to_string(bodyOf(request).size())}};
     EXPECT_EQ(request.headers, headers);
     EXPECT_TRUE(happenedInOrder(
         journal,
@@ -91,33 +98,41 @@ TEST_F(LogUpload, ACommentThatSaysNothingIsReplaced) {
     session().setKey(std::nullopt);
     zipStatus = 12;
     for (const Text& comment : {Text(), Text(""), Text("(null)")})
-        EXPECT_EQ(upload(comment).body,
+        EXPECT_EQ(bodyOf(upload(comment)),
                   attachment("") + texts("(null)", "Join App failed to start agent - "));
     EXPECT_EQ(said("-[AppDelegate zipDirectoryWithPath:]").back(), "Task failed.");
 }
 
 TEST_F(LogUpload, GoesOnWithoutLogFolderAndWithoutZip) {
     tasks.fails = true;
-    EXPECT_EQ(upload().body, attachment("") + texts("123456789", "it failed"));
+    EXPECT_EQ(bodyOf(upload()), attachment("") + texts("123456789", "it failed"));
+    EXPECT_EQ(said("-[AppDelegate getFileDataWith:]"),
+              Journal{"Nothing is attached, there is no readable archive : " + archive});
     EXPECT_EQ(said("-[AppDelegate zipDirectoryWithPath:]").back(),
               "**************** EXCEPTION ***************** : cannot start /usr/bin/zip ");
     EXPECT_EQ(logSink.lines.end()[-2],
               "Exception in -[AppDelegate sendJoinLogTask:] : cannot start /usr/sbin/scselect");
     files.remove("/home/ann/Library/Logs/TavoFendel");
-    EXPECT_EQ(upload().body, texts("123456789", "it failed"));
+    EXPECT_EQ(bodyOf(upload()), texts("123456789", "it failed"));
+    EXPECT_EQ(said("-[AppDelegate sendLogFiles:]").back(),
+              "Nothing is attached, there is no folder : " + logs);
 }
 
 TEST_F(LogUpload, OnlyTheWholeBodySaysSuccess) {
     const std::string method = "-[AppDelegate connectionDidFinishLoading:]";
+    const std::string longest(platform::PostRequest().maximumAnswerSize - 1, 'x');
+    const std::string failure = "Join send log NSURLConnection failure Response : ";
     const struct {
         std::vector<std::string> data;
         std::string read;
         std::string outcome;
     } cases[] = {
+        {{longest, "\xE2"}, longest, failure + longest}, // cut within a character
         {{"SUC", "CESS"}, "SUCCESS", "Log File sent succesfully!"},
-        {{"SUCCESS\n"}, "SUCCESS\n", "Join send log NSURLConnection failure Response : SUCCESS\n"},
-        {{}, "", "Join send log NSURLConnection failure Response : "},
-        {{"\xFF"}, "(null)", "Join send log NSURLConnection failure Response : (null)"},
+        {{"SUCCESS\n"}, "SUCCESS\n", failure + "SUCCESS\n"},
+        {{}, "", failure},
+        {{"\xFF"}, "(null)", failure + "(null)"},
+        {{"SUCCESS\xE2"}, "(null)", failure + "(null)"},
     };
     for (const auto& [data, read, outcome] : cases) {
         upload();
