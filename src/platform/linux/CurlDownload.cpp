@@ -138,7 +138,7 @@ Failure Transfer::conclude(CURLcode code) {
     if (!hasBody_)
         return reasonToRefuseAnswer().value_or("The server has sent no file");
     if (endsWithConnection(handle_) && !hasEndOfTls_)
-        return "The connection was cut off: the end of the body is missing";
+        return "No whole answer has come: the connection was cut off";
     if (!file_.commit())
         return withReason("The file cannot be put at " + request_.destination, errno);
     return std::nullopt;

@@ -29,10 +29,11 @@ std::size_t receiveBody(char* bytes, std::size_t /*always 1*/, std::size_t size,
     return size;
 }
 
-bool configure(CURL* handle, const HttpRequest& request, Exchange& exchange) {
+bool configure(CURL* handle, const HttpRequest& request, bool decodes, Exchange& exchange) {
     CurlOptions options(handle, exchange.common);
     options.setTimeout(CURLOPT_TIMEOUT_MS, request.timeout);
-    options.decodeAnswer();
+    if (decodes)
+        options.decodeAnswer();
     options.set(CURLOPT_WRITEFUNCTION, &receiveBody);
     options.set(CURLOPT_WRITEDATA, &exchange);
     return options.accepted();
@@ -50,17 +51,28 @@ HttpReply CurlHttpClient::get(const HttpRequest& request) {
     if (auto reason = reasonToRefuseUrl(request.url))
         return failed(std::move(*reason), request);
 
+    HttpReply reply;
+    // A body that is not in the coding that its server names, or in one that is none, such as "UTF-8", is
+    // mostly plain text.
+    if (perform(request, true, reply) == CURLE_BAD_CONTENT_ENCODING)
+        perform(request, false, reply);
+    return reply;
+}
+
+int CurlHttpClient::perform(const HttpRequest& request, bool decodes, HttpReply& reply) {
     Exchange exchange{request};
     curl_easy_reset(handle_.get()); // keeps the connections
-    if (!configure(handle_.get(), request, exchange))
-        return failed(optionsRefused, request);
-    const CURLcode code = curl_easy_perform(handle_.get());
+    const CURLcode code = configure(handle_.get(), request, decodes, exchange)
+                              ? curl_easy_perform(handle_.get())
+                              : CURLE_FAILED_INIT;
     long status = 0;
     curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &status);
     curl_easy_reset(handle_.get()); // it must not keep pointers to what ends here
-    if (code != CURLE_OK)
-        return failed(exchange.common.descriptionOf(code), request);
-    return {.status = static_cast<int>(status), .body = std::move(exchange.body), .error = {}};
+    if (code == CURLE_OK)
+        reply = {.status = static_cast<int>(status), .body = std::move(exchange.body), .error = {}};
+    else
+        reply = failed(exchange.common.descriptionOf(code), request);
+    return code;
 }
 
 std::unique_ptr<Download> CurlHttpClient::download(const DownloadRequest& request,

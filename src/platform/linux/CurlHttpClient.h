@@ -22,6 +22,9 @@ public:
     std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
+    /// Asks once. Returns libcurl's code.
+    int perform(const HttpRequest& request, bool decodes, HttpReply& reply);
+
     MainQueue& mainQueue_;
     std::unique_ptr<void, void (*)(void*)> handle_; ///< a CURL
 };

@@ -79,7 +79,7 @@ std::string CurlExchange::descriptionOf(CURLcode code) const {
     case CURLE_GOT_NOTHING:
     case CURLE_PARTIAL_FILE:
     case CURLE_RECV_ERROR: // which of them differs between versions of the libraries
-        return "The connection was cut off: " + text;
+        return "No whole answer has come: " + text;
     case CURLE_PEER_FAILED_VERIFICATION:
         return text + trust_.remark();
     default:

@@ -111,13 +111,13 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
         {{.status = 500, .body = "sorry"}, {"response", "sorry", "finish"}, ""},
         {{307, "there", {"Location: /there"}}, {"response", "there", "finish"}, ""},
         {{103, final, {}, Fault::endUnannounced}, {"response", "whole", "finish"}, ""},
-        {{103, "", {}, Fault::endUnannounced}, {"fail"}, "cut off"},
+        {{103, "", {}, Fault::endUnannounced}, {"fail"}, "No whole answer"},
         {{413, longest + "x"}, {"response", longest, "finish"}, ""}, // is cut
         {{200, longest, {}, Fault::endless}, {"response", longest, "finish"}, ""},
         {{200, gzipped("SUCCESS"), {"Content-Encoding: gzip"}}, {"response", "SUCCESS", "finish"}, ""},
-        {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "cut off"},
+        {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "No whole answer"},
         {{200, "half of it", {}, Fault::stallBody}, {"response", "half ", "fail"}, "slow"},
-        {{.fault = Fault::reset}, {"fail"}, "cut off"},
+        {{.fault = Fault::reset}, {"fail"}, "No whole answer"},
     };
     for (const auto& [answer, news, error] : cases) {
         world.server.expect("/", answer, "POST");
