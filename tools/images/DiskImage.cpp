@@ -52,6 +52,12 @@ ChunkKind chunkKind(ImageKind kind) {
         return ChunkKind::zlib;
     case ImageKind::udifBzip2:
         return ChunkKind::bzip2;
+    case ImageKind::udifAdc:
+        return ChunkKind::adc;
+    case ImageKind::udifLzfse:
+        return ChunkKind::lzfse;
+    case ImageKind::udifLzma:
+        return ChunkKind::lzma;
     default:
         return ChunkKind::raw;
     }
@@ -60,11 +66,11 @@ ChunkKind chunkKind(ImageKind kind) {
 } // namespace
 
 const std::map<std::string_view, ImageKind>& imageKinds() {
-    static const std::map<std::string_view, ImageKind> kinds{{"udif-zlib", ImageKind::udifZlib},
-                                                             {"udif-bzip2", ImageKind::udifBzip2},
-                                                             {"udif-plain", ImageKind::udifPlain},
-                                                             {"hfsplus", ImageKind::hfsPlus},
-                                                             {"iso", ImageKind::iso}};
+    static const std::map<std::string_view, ImageKind> kinds{
+        {"udif-zlib", ImageKind::udifZlib}, {"udif-bzip2", ImageKind::udifBzip2},
+        {"udif-adc", ImageKind::udifAdc},   {"udif-lzfse", ImageKind::udifLzfse},
+        {"udif-lzma", ImageKind::udifLzma}, {"udif-plain", ImageKind::udifPlain},
+        {"hfsplus", ImageKind::hfsPlus},    {"iso", ImageKind::iso}};
     return kinds;
 }
 
@@ -81,7 +87,7 @@ void makeDiskImage(const std::filesystem::path& folder, std::string_view volumeN
     } else if (kind == ImageKind::hfsPlus) {
         makeHfsVolume(source, asItIs);
     } else {
-        UdifWriter udif(file.stream(), chunkKind(kind));
+        UdifWriter udif(file.stream(), {.kind = chunkKind(kind)});
         makeHfsVolume(source, [&](std::string_view bytes) { udif.append(bytes); });
         udif.finish();
     }

@@ -6,9 +6,9 @@
 
 namespace join::tools {
 
-/// The three kinds of Apple's disk image (UDIF) differ in how their chunks are stored; hfsPlus is the bare
+/// The kinds of Apple's disk image (UDIF) differ in how their chunks are stored; hfsPlus is the bare
 /// volume that they hold, iso an ISO 9660 volume with Rock Ridge.
-enum class ImageKind { udifZlib, udifBzip2, udifPlain, hfsPlus, iso };
+enum class ImageKind { udifZlib, udifBzip2, udifAdc, udifLzfse, udifLzma, udifPlain, hfsPlus, iso };
 
 /// The kinds by the names that command lines have for them.
 const std::map<std::string_view, ImageKind>& imageKinds();

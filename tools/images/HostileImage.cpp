@@ -1,6 +1,7 @@
 #include "images/HostileImage.h"
 
-#include "images/BigEndian.h"
+#include "images/MacVolume.h"
+#include "images/Numbers.h"
 #include "images/ScratchFolder.h"
 #include "images/UdifWriter.h"
 #include "images/Volume.h"
@@ -31,33 +32,11 @@ std::string isoOf(const ScratchFolder& folder, const std::string& name) {
     return volume;
 }
 
-/// A name as the HFS+ catalogue holds it: its length, then UTF-16.
-std::string catalogueName(std::string_view ascii) {
-    std::string bytes{'\0', static_cast<char>(ascii.size())};
-    for (const char character : ascii)
-        bytes += {'\0', character};
-    return bytes;
-}
-
 /// A name as the Rock Ridge extension of an ISO volume holds it: an NM entry with its length, version and
 /// flags.
 std::string rockRidgeName(std::string_view name) {
     const std::string head{'N', 'M', static_cast<char>(name.size() + 5), 1, 0};
     return head + std::string(name);
-}
-
-/// Puts other bytes, as many, in the place of some: what is made so need not keep the rules for names.
-std::string replaced(std::string volume, std::string_view before, std::string_view after) {
-    std::size_t place = volume.find(before);
-    if (place == std::string::npos || before.size() != after.size())
-        throw std::runtime_error("cannot patch the volume");
-    for (; place != std::string::npos; place = volume.find(before, place + after.size()))
-        volume.replace(place, after.size(), after);
-    return volume;
-}
-
-std::string renamed(std::string volume, std::string_view from, std::string_view to) {
-    return replaced(std::move(volume), catalogueName(from), catalogueName(to));
 }
 
 std::string noise(std::size_t size) {
@@ -103,12 +82,12 @@ std::string withTooManyChunks(std::string image) {
 
 std::string withChunkOutside(std::string_view volume, ChunkFault fault) {
     std::ostringstream out;
-    UdifWriter writer(out, ChunkKind::zlib);
+    UdifWriter writer(out, {});
     writer.append(volume);
     writer.finish();
 
     UdifContents contents = writer.contents();
-    UdifChunk& chunk = contents.chunks.front();
+    UdifChunk& chunk = contents.partitions.front().chunks.front();
     switch (fault) {
     case ChunkFault::offset:
         chunk.offset = 2 * out.str().size();
@@ -130,7 +109,7 @@ std::string zeroBomb(std::uint64_t size) {
     const ScratchFolder folder;
     fs::resize_file(folder.write("zeros", ""), size);
     std::ostringstream out;
-    UdifWriter writer(out, ChunkKind::zlib);
+    UdifWriter writer(out, {});
     makeHfsVolume({folder.path(), "Bomb"}, [&](std::string_view bytes) { writer.append(bytes); });
     writer.finish();
     return out.str();
@@ -140,14 +119,14 @@ std::string volumeNamed(std::string_view name) {
     const ScratchFolder folder;
     folder.write("payload", payload);
     const std::string placeholder(name.size(), 'x');
-    return renamed(volumeOf(folder, placeholder), placeholder, name);
+    return renamedInCatalogue(volumeOf(folder, placeholder), placeholder, name);
 }
 
 std::string volumeWithFolderNamed(std::string_view name) {
     const ScratchFolder folder;
     const std::string placeholder(name.size(), 'x');
     folder.write(placeholder + "/payload", payload);
-    return renamed(volumeOf(folder, "Hostile"), placeholder, name);
+    return renamedInCatalogue(volumeOf(folder, "Hostile"), placeholder, name);
 }
 
 std::string isoWithFolderNamed(std::string_view name) {
@@ -167,7 +146,7 @@ std::string volumeWithFileBehindLink(const std::string& target, const std::strin
     const ScratchFolder folder;
     folder.write("way/" + file, payload);
     fs::create_symlink(target, folder.path() / "wax"); // sorted before the folder, so unpacked first
-    return renamed(volumeOf(folder, "Hostile"), "wax", "way");
+    return renamedInCatalogue(volumeOf(folder, "Hostile"), "wax", "way");
 }
 
 std::string htmlPage() {

@@ -1,6 +1,6 @@
 #include "images/UdifTail.h"
 
-#include "images/BigEndian.h"
+#include "images/Numbers.h"
 
 #include <algorithm>
 #include <string_view>
@@ -28,20 +28,20 @@ void appendChunk(std::string& table, const UdifChunk& chunk) {
     appendBig64(table, chunk.size);
 }
 
-std::string blockTable(const UdifContents& contents) {
+std::string blockTable(const UdifPartition& partition, std::uint64_t dataSize) {
     std::string table = "mish";
     appendBig32(table, 1); // version
-    appendBig64(table, 0); // first sector
-    appendBig64(table, contents.sectors);
+    appendBig64(table, partition.firstSector);
+    appendBig64(table, partition.sectors);
     appendBig64(table, 0);                    // the chunks' offsets count from here
     appendBig32(table, udifChunkSectors + 8); // sectors of memory to read with
     appendBig32(table, 0);                    // number of this table
     table.append(24, '\0');                   // reserved
-    appendChecksum(table, contents.volumeCrc);
-    appendBig32(table, static_cast<std::uint32_t>(contents.chunks.size() + 1));
-    for (const UdifChunk& chunk : contents.chunks)
+    appendChecksum(table, partition.crc);
+    appendBig32(table, static_cast<std::uint32_t>(partition.chunks.size() + 1));
+    for (const UdifChunk& chunk : partition.chunks)
         appendChunk(table, chunk);
-    appendChunk(table, {ChunkKind::end, contents.sectors, 0, contents.dataSize, 0});
+    appendChunk(table, {ChunkKind::end, partition.sectors, 0, dataSize, 0});
     return table;
 }
 
@@ -58,44 +58,68 @@ std::string base64(std::string_view bytes) {
     return text;
 }
 
-std::string propertyList(const std::string& table) {
+std::string resource(const std::string& name, std::size_t number, std::string_view bytes) {
+    return "\t\t\t<dict>\n\t\t\t\t<key>Attributes</key>\n\t\t\t\t<string>0x0050</string>\n"
+           "\t\t\t\t<key>CFName</key>\n\t\t\t\t<string>" +
+           name + "</string>\n\t\t\t\t<key>Data</key>\n\t\t\t\t<data>" + base64(bytes) +
+           "</data>\n\t\t\t\t<key>ID</key>\n\t\t\t\t<string>" + std::to_string(number) +
+           "</string>\n\t\t\t\t<key>Name</key>\n\t\t\t\t<string>" + name + "</string>\n\t\t\t</dict>\n";
+}
+
+std::string resources(std::string_view type, const std::string& list) {
+    return "\t\t<key>" + std::string(type) + "</key>\n\t\t<array>\n" + list + "\t\t</array>\n";
+}
+
+/// In one language: which there are, what the buttons say, and the text.
+std::string licence() {
+    using namespace std::string_literals;
+    return resources("LPic", resource("", 5000, "\0\0\0\1\0\0\0\0\0\0"s)) +
+           resources("STR#", resource("English", 5000, "\0\2\5Agree\10Disagree"s)) +
+           resources("TEXT", resource("English", 5000, "Use it as you like."));
+}
+
+std::string propertyList(const UdifContents& contents) {
+    std::string tables;
+    for (std::size_t number = 0; number < contents.partitions.size(); ++number) {
+        const UdifPartition& partition = contents.partitions[number];
+        tables += resource(partition.name, number, blockTable(partition, contents.dataSize));
+    }
     return R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
 <plist version="1.0">
 <dict>
 	<key>resource-fork</key>
 	<dict>
-		<key>blkx</key>
-		<array>
-			<dict>
-				<key>Attributes</key>
-				<string>0x0050</string>
-				<key>CFName</key>
-				<string>whole disk (Apple_HFS : 0)</string>
-				<key>Data</key>
-				<data>)" +
-           base64(table) + R"(</data>
-				<key>ID</key>
-				<string>0</string>
-				<key>Name</key>
-				<string>whole disk (Apple_HFS : 0)</string>
-			</dict>
-		</array>
-	</dict>
+)" + (contents.hasLicence ? licence() : std::string()) +
+           resources("blkx", tables) + R"(	</dict>
 </dict>
 </plist>
 )";
 }
 
-/// The checksum of the checksums of all tables; here there is one.
-std::uint32_t masterCrc(std::uint32_t tableCrc) {
+/// Stands where a signature stands, and has the head of one, but signs nothing.
+std::string signature(const UdifContents& contents) {
+    std::string bytes;
+    if (!contents.isSigned)
+        return bytes;
+    appendBig32(bytes, 0xFADE0CC0);
+    appendBig32(bytes, 12); // bytes
+    appendBig32(bytes, 0);  // parts
+    return bytes;
+}
+
+/// The checksum of the checksums of all tables.
+std::uint32_t masterCrc(const UdifContents& contents) {
     std::string checksums;
-    appendBig32(checksums, tableCrc);
+    for (const UdifPartition& partition : contents.partitions)
+        appendBig32(checksums, partition.crc);
     return static_cast<std::uint32_t>(
         ::crc32_z(0, reinterpret_cast<const Bytef*>(checksums.data()), checksums.size()));
 }
 
 std::string trailer(const UdifContents& contents, std::size_t listSize) {
+    const std::size_t signatureSize = signature(contents).size();
+    const UdifPartition& last = contents.partitions.back();
     std::string bytes = "koly";
     appendBig32(bytes, 4); // version
     appendBig32(bytes, udifTrailerSize);
@@ -111,10 +135,13 @@ std::string trailer(const UdifContents& contents, std::size_t listSize) {
     appendChecksum(bytes, contents.dataCrc);
     appendBig64(bytes, contents.dataSize); // offset of the property list
     appendBig64(bytes, listSize);
-    bytes.append(120, '\0'); // reserved
-    appendChecksum(bytes, masterCrc(contents.volumeCrc));
+    bytes.append(64, '\0'); // reserved
+    appendBig64(bytes, signatureSize > 0 ? contents.dataSize + listSize : 0);
+    appendBig64(bytes, signatureSize);
+    bytes.append(40, '\0'); // reserved
+    appendChecksum(bytes, masterCrc(contents));
     appendBig32(bytes, 1); // variant: a device's image
-    appendBig64(bytes, contents.sectors);
+    appendBig64(bytes, last.firstSector + last.sectors);
     bytes.append(12, '\0'); // reserved
     return bytes;
 }
@@ -122,8 +149,8 @@ std::string trailer(const UdifContents& contents, std::size_t listSize) {
 } // namespace
 
 std::string udifTail(const UdifContents& contents) {
-    const std::string list = propertyList(blockTable(contents));
-    return list + trailer(contents, list.size());
+    const std::string list = contents.hasList ? propertyList(contents) : std::string();
+    return list + signature(contents) + trailer(contents, list.size());
 }
 
 } // namespace join::tools

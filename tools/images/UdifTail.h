@@ -17,12 +17,15 @@ inline constexpr std::size_t udifTrailerSize = 512;
 enum class ChunkKind : std::uint32_t {
     raw = 1,
     zero = 2,
+    adc = 0x80000004,
     zlib = 0x80000005,
     bzip2 = 0x80000006,
+    lzfse = 0x80000007,
+    lzma = 0x80000008,
     end = 0xffffffff
 };
 
-/// So many sectors of the volume, and where the image holds them. Sizes and offsets in the image are in
+/// So many sectors of the partition, and where the image holds them. Sizes and offsets in the image are in
 /// bytes.
 struct UdifChunk {
     ChunkKind kind = ChunkKind::raw;
@@ -32,16 +35,26 @@ struct UdifChunk {
     std::uint64_t size = 0;
 };
 
-/// What the trailer and the table say of an image.
-struct UdifContents {
+/// A table of chunks.
+struct UdifPartition {
+    std::string name;
+    std::uint64_t firstSector = 0; ///< on the disk
     std::vector<UdifChunk> chunks;
     std::uint64_t sectors = 0;
-    std::uint64_t dataSize = 0;  ///< of all chunks as they are stored, from the image's beginning
-    std::uint32_t volumeCrc = 0; ///< CRC-32 of the volume, its zero chunks left out
-    std::uint32_t dataCrc = 0;   ///< CRC-32 of the chunks as they are stored
+    std::uint32_t crc = 0; ///< CRC-32 of the partition, its zero chunks left out
 };
 
-/// The property list and the trailer, to stand right behind the chunks.
+/// What the trailer and the property list say of an image.
+struct UdifContents {
+    std::vector<UdifPartition> partitions;
+    std::uint64_t dataSize = 0; ///< of all chunks as they are stored, from the image's beginning
+    std::uint32_t dataCrc = 0;  ///< CRC-32 of the chunks as they are stored
+    bool hasLicence = false;
+    bool isSigned = false;
+    bool hasList = true; ///< else the data are the disk, and nothing is said of it
+};
+
+/// The property list, what stands for a signature, and the trailer, to stand right behind the chunks.
 std::string udifTail(const UdifContents& contents);
 
 } // namespace join::tools

@@ -1,7 +1,8 @@
 #include "images/UdifWriter.h"
 
+#include "images/ChunkCoding.h"
+
 #include <algorithm>
-#include <bzlib.h>
 #include <ostream>
 #include <sstream>
 #include <stdexcept>
@@ -13,38 +14,6 @@ namespace {
 
 constexpr std::size_t chunkSize = udifChunkSectors * udifSectorSize;
 
-std::string zlibCompressed(const std::string& bytes) {
-    uLongf size = ::compressBound(bytes.size());
-    std::string result(size, '\0');
-    if (::compress2(reinterpret_cast<Bytef*>(result.data()), &size,
-                    reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(), Z_BEST_SPEED) != Z_OK)
-        throw std::runtime_error("zlib cannot compress");
-    result.resize(size);
-    return result;
-}
-
-std::string bzip2Compressed(std::string bytes) {
-    constexpr int hundredsOfKilobytes = 3; // a block that takes in a whole chunk
-    auto size = static_cast<unsigned>(bytes.size() + bytes.size() / 100 + 600);
-    std::string result(size, '\0');
-    if (::BZ2_bzBuffToBuffCompress(result.data(), &size, bytes.data(), static_cast<unsigned>(bytes.size()),
-                                   hundredsOfKilobytes, 0, 0) != BZ_OK)
-        throw std::runtime_error("bzip2 cannot compress");
-    result.resize(size);
-    return result;
-}
-
-std::string compress(ChunkKind kind, const std::string& bytes) {
-    switch (kind) {
-    case ChunkKind::zlib:
-        return zlibCompressed(bytes);
-    case ChunkKind::bzip2:
-        return bzip2Compressed(bytes);
-    default:
-        return bytes;
-    }
-}
-
 std::uint32_t crc(std::uint32_t before, std::string_view bytes) {
     if (bytes.empty())
         return before; // zlib takes no bytes for a wish to begin anew
@@ -54,7 +23,16 @@ std::uint32_t crc(std::uint32_t before, std::string_view bytes) {
 
 } // namespace
 
+void UdifWriter::beginPartition(const std::string& name) {
+    flush();
+    const UdifPartition* before = contents_.partitions.empty() ? nullptr : &contents_.partitions.back();
+    contents_.partitions.push_back(
+        {.name = name, .firstSector = before ? before->firstSector + before->sectors : 0, .chunks = {}});
+}
+
 void UdifWriter::append(std::string_view volume) {
+    if (contents_.partitions.empty())
+        beginPartition("whole disk (Apple_HFS : 0)");
     while (!volume.empty()) {
         const std::size_t taken = std::min(volume.size(), chunkSize - pending_.size());
         pending_ += volume.substr(0, taken);
@@ -65,13 +43,16 @@ void UdifWriter::append(std::string_view volume) {
 }
 
 void UdifWriter::writeChunk() {
-    if (pending_.find_first_not_of('\0') == std::string::npos) {
+    if (!style_.isListed) {
+        store(ChunkKind::raw, pending_);
+    } else if (pending_.find_first_not_of('\0') == std::string::npos) {
         store(ChunkKind::zero, {});
     } else {
-        contents_.volumeCrc = crc(contents_.volumeCrc, pending_);
-        const std::string compressed = compress(kind_, pending_);
-        if (compressed.size() < pending_.size())
-            store(kind_, compressed);
+        UdifPartition& partition = contents_.partitions.back();
+        partition.crc = crc(partition.crc, pending_);
+        const std::string coded = codedChunk(style_.kind, pending_);
+        if (coded.size() < pending_.size() || isStoredAsItIs(style_.kind))
+            store(style_.kind, coded);
         else
             store(ChunkKind::raw, pending_);
     }
@@ -80,31 +61,43 @@ void UdifWriter::writeChunk() {
 
 void UdifWriter::store(ChunkKind kind, std::string_view bytes) {
     const std::uint64_t sectors = pending_.size() / udifSectorSize;
-    std::vector<UdifChunk>& chunks = contents_.chunks;
+    UdifPartition& partition = contents_.partitions.back();
+    std::vector<UdifChunk>& chunks = partition.chunks;
     if (kind == ChunkKind::zero && !chunks.empty() && chunks.back().kind == ChunkKind::zero)
         chunks.back().sectors += sectors;
     else
-        chunks.push_back({kind, contents_.sectors, sectors, contents_.dataSize, bytes.size()});
-    contents_.sectors += sectors;
+        chunks.push_back({kind, partition.sectors, sectors, contents_.dataSize, bytes.size()});
+    partition.sectors += sectors;
     contents_.dataSize += bytes.size();
     contents_.dataCrc = crc(contents_.dataCrc, bytes);
     if (!out_.write(bytes.data(), static_cast<std::streamsize>(bytes.size())))
         throw std::runtime_error("cannot write the image");
 }
 
-void UdifWriter::finish() {
+void UdifWriter::flush() {
     if (pending_.size() % udifSectorSize != 0)
         throw std::runtime_error("a volume must fill its last sector");
     if (!pending_.empty())
         writeChunk();
+}
+
+void UdifWriter::finish() {
+    flush();
     if (!(out_ << udifTail(contents_)))
         throw std::runtime_error("cannot write the image");
 }
 
 std::string udifOf(std::string_view volume, ChunkKind kind) {
+    return udifOf({{"whole disk (Apple_HFS : 0)", std::string(volume)}}, {.kind = kind});
+}
+
+std::string udifOf(const std::vector<DiskPart>& disk, const UdifStyle& style) {
     std::ostringstream out;
-    UdifWriter writer(out, kind);
-    writer.append(volume);
+    UdifWriter writer(out, style);
+    for (const DiskPart& part : disk) {
+        writer.beginPartition(part.name);
+        writer.append(part.bytes);
+    }
     writer.finish();
     return out.str();
 }

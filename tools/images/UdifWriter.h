@@ -1,21 +1,38 @@
 #pragma once
 
+#include "images/PartitionedDisk.h"
 #include "images/UdifTail.h"
 
 #include <cstdint>
 #include <iosfwd>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace join::tools {
 
-/// Writes a volume as an image in Apple's Universal Disk Image Format: chunks of 512 sectors, then the table
+struct UdifStyle {
+    ChunkKind kind = ChunkKind::zlib;
+    bool hasLicence = false; ///< resources with a licence to agree to
+    bool isSigned = false;   ///< with a signature's place filled between property list and trailer
+    bool isListed = true;    ///< else the disk as it is and a trailer, as writable images are
+};
+
+/// Writes a volume as an image in Apple's Universal Disk Image Format: chunks of 512 sectors, then the tables
 /// of them and the trailer. A chunk that compression does not shrink is stored as it is, one of zeros not at
 /// all.
 class UdifWriter {
 public:
     /// The stream must outlive the writer and stand at its beginning.
-    UdifWriter(std::ostream& out, ChunkKind kind) : out_(out), kind_(kind) {}
+    UdifWriter(std::ostream& out, const UdifStyle& style) : out_(out), style_(style) {
+        contents_.hasLicence = style.hasLicence;
+        contents_.isSigned = style.isSigned;
+        contents_.hasList = style.isListed;
+    }
+
+    /// What is appended from here on belongs to a partition of this name. Without any, all is one. Throws
+    /// std::runtime_error.
+    void beginPartition(const std::string& name);
 
     /// The volume's next bytes. Throws std::runtime_error when the stream fails.
     void append(std::string_view volume);
@@ -27,16 +44,20 @@ public:
     const UdifContents& contents() const { return contents_; }
 
 private:
+    void flush();
     void writeChunk();
     void store(ChunkKind kind, std::string_view bytes);
 
     std::ostream& out_;
-    ChunkKind kind_;
+    UdifStyle style_;
     std::string pending_;
     UdifContents contents_;
 };
 
 /// The bytes of the image of a volume that is at hand as a whole.
 std::string udifOf(std::string_view volume, ChunkKind kind);
+
+/// The same of a whole disk.
+std::string udifOf(const std::vector<DiskPart>& disk, const UdifStyle& style);
 
 } // namespace join::tools

@@ -1,7 +1,7 @@
 #include "images/Volume.h"
 
-#include "images/BigEndian.h"
 #include "images/ChildOutput.h"
+#include "images/Numbers.h"
 
 #include <algorithm>
 #include <array>
@@ -60,6 +60,8 @@ void makeHfsVolume(const VolumeSource& source, const ByteSink& sink) {
     std::vector<std::string> command = makerCommand(source);
     command.insert(command.end(),
                    {"-hfsplus", "-apm-block-size", "512", std::filesystem::absolute(source.folder)});
+    if (!source.alsoFolder.empty())
+        command.push_back(std::filesystem::absolute(source.alsoFolder));
     ChildOutput hybrid(command);
 
     std::string head;

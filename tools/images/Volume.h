@@ -12,6 +12,7 @@ namespace join::tools {
 struct VolumeSource {
     std::filesystem::path folder;
     std::string name;
+    std::filesystem::path alsoFolder = {}; ///< whose content is put beside that of the other; empty for none
 };
 
 /// Gets a volume's bytes piece by piece; what it throws ends the making.

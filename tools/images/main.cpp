@@ -6,8 +6,10 @@
 int main(int argc, char** argv) {
     try {
         if (argc != 5 || !join::tools::imageKinds().contains(argv[1])) {
-            std::cerr
-                << "usage: make-image udif-zlib|udif-bzip2|udif-plain|hfsplus|iso VOLUME-NAME FOLDER IMAGE\n";
+            std::cerr << "usage: make-image KIND VOLUME-NAME FOLDER IMAGE\nKIND is one of";
+            for (const auto& kind : join::tools::imageKinds())
+                std::cerr << ' ' << kind.first;
+            std::cerr << '\n';
             return 2;
         }
         join::tools::makeDiskImage(argv[3], argv[2], join::tools::imageKinds().at(argv[1]), argv[4]);

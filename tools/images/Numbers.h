@@ -7,8 +7,9 @@
 
 namespace join::tools {
 
-/// Numbers as Apple's formats store them: the most significant byte first. An offset past the end throws
-/// std::out_of_range.
+// Numbers as Apple's formats store them: the most significant byte first. An offset past the end throws
+// std::out_of_range.
+
 inline std::uint64_t readBig32(std::string_view bytes, std::size_t offset) {
     std::uint64_t value = 0;
     for (std::size_t i = 0; i < 4; ++i)
@@ -29,6 +30,12 @@ inline void appendBig32(std::string& bytes, std::uint32_t value) {
 inline void appendBig64(std::string& bytes, std::uint64_t value) {
     appendBig32(bytes, static_cast<std::uint32_t>(value >> 32U));
     appendBig32(bytes, static_cast<std::uint32_t>(value));
+}
+
+/// So many bytes, the least significant first, as partition tables and other people's formats have them.
+inline void appendLittle(std::string& bytes, std::uint64_t value, std::size_t size) {
+    for (std::size_t i = 0; i < size; ++i)
+        bytes += static_cast<char>(value >> 8 * i);
 }
 
 } // namespace join::tools

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace join::tools {
+
+enum class PartitionMap { none, apple, guid };
+
+/// A piece of a disk, under the name that an image of Apple's format has for it.
+struct DiskPart {
+    std::string name;
+    std::string bytes;
+};
+
+/// A disk that holds the volume as its one partition, with all that the map needs around it: the pieces, in
+/// their order, are the disk. The volume is a whole number of 512-byte sectors.
+std::vector<DiskPart> partitionedDisk(std::string_view volume, PartitionMap map);
+
+} // namespace join::tools
