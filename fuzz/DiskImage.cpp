@@ -62,13 +62,15 @@ private:
 
 void tryOut(std::string_view input) {
     const SparseImage image(input);
-    if (const auto place = placeOfPoorerTree(image))
-        require(*place < image.size() && image.read(*place, 6) == "\2CD001");
+    const IsoTree tree = richerTree(image);
+    if (tree.poorer)
+        require(*tree.poorer < image.size() && image.read(*tree.poorer, 6) == "\2CD001");
+    require(tree.volumeName.size() <= 48);
     try {
         const ImageFacts facts = tellKind(image);
+        require(facts.place.size <= image.size() && facts.place.offset <= image.size() - facts.place.size);
         if (facts.kind == ImageKind::hfsPlus) {
-            require(facts.volumeOffset < image.size());
-            require(image.read(facts.volumeOffset + 1024, 1) == "H");
+            require(image.read(facts.place.offset + 1024, 1) == "H");
         } else if (facts.kind == ImageKind::udif) {
             const std::uint64_t end = image.size() - UdifTrailer::size;
             const UdifTrailer trailer = parseUdifTrailer(image.read(end, UdifTrailer::size), image.size());

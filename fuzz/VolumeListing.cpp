@@ -4,6 +4,7 @@
 #include "platform/Exception.h"
 #include "platform/Utf8.h"
 #include "platform/linux/hdiutil/Listing.h"
+#include "platform/linux/hdiutil/Partitions.h"
 #include "platform/linux/hdiutil/VolumePlan.h"
 
 #include <map>
@@ -48,10 +49,18 @@ void requireSafe(const VolumePlan& plan) {
 
 void tryOut(std::string_view input) {
     try {
-        const Listing listing = parseListing(input, limits.entries);
-        for (const ImageKind kind : {ImageKind::udif, ImageKind::hfsPlus, ImageKind::apfs, ImageKind::iso}) {
+        Listing listing = parseListing(input, limits.entries);
+        try {
+            const Extent partition = partitionOfVolume(listing);
+            require(partition.offset <= UINT64_MAX - partition.size);
+        } catch (const platform::Exception& refusal) {
+            require(*refusal.what() != '\0');
+        }
+        for (const ImageKind kind : {ImageKind::hfsPlus, ImageKind::apfs, ImageKind::iso}) {
+            if (kind == ImageKind::iso)
+                listing.volumeNames = {"I"};
             try {
-                requireSafe(planVolume(listing, {.kind = kind, .volumeOffset = listing.offset}, limits));
+                requireSafe(planVolume(listing, kind, limits));
             } catch (const platform::Exception& refusal) {
                 require(*refusal.what() != '\0');
             }

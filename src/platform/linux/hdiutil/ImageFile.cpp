@@ -19,7 +19,9 @@ namespace {
 
 } // namespace
 
-ImageFile::ImageFile(const std::string& path) : file_(openForReading(AT_FDCWD, path.c_str())) {
+ImageFile::ImageFile(const std::string& path) : ImageFile(openForReading(AT_FDCWD, path.c_str())) {}
+
+ImageFile::ImageFile(Descriptor file) : file_(std::move(file)) {
     struct stat found {};
     if (!file_ || ::fstat(file_.get(), &found) != 0)
         raise();

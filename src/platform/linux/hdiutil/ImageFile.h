@@ -11,8 +11,9 @@ namespace join::platform::hdiutil {
 /// An image, opened once: what is looked at is what is mounted.
 class ImageFile : public RandomAccess {
 public:
-    /// Throws Exception unless it is a regular file that can be read.
+    /// These throw Exception unless it is a regular file that can be read.
     explicit ImageFile(const std::string& path);
+    explicit ImageFile(Descriptor file);
 
     ImageFile(ImageFile&& other) noexcept : file_(std::move(other.file_)), size_(other.size_) {}
     ImageFile& operator=(ImageFile&& other) noexcept {

@@ -13,6 +13,8 @@ namespace {
 
 using Fields = std::map<std::string_view, std::string_view>;
 
+constexpr std::string_view separator = "----------";
+
 struct Field {
     std::string_view name;
     std::string_view value;
@@ -107,17 +109,20 @@ std::optional<std::time_t> timeIn(std::string_view text) {
     return ::timegm(&broken);
 }
 
-void readArchiveLine(std::string_view line, Listing& listing) {
-    if (const auto field = fieldIn(line, " = ")) {
-        if (field->name == "Type") {
+/// Reads the lines up to that of ten hyphens.
+void takeArchives(std::string_view& text, Listing& listing) {
+    constexpr std::string_view volumeName = "volume_name: ";
+    bool isInBraces = false;
+    for (std::string_view line = takeLine(text); line != separator; line = takeLine(text)) {
+        if (text.empty())
+            refuse();
+        if (isInBraces && line.starts_with(volumeName))
+            listing.volumeNames.emplace_back(line.substr(volumeName.size()));
+        if (line == "{" || line == "}")
+            isInBraces = line == "{";
+        const auto field = fieldIn(line, " = ");
+        if (!isInBraces && field && field->name == "Type")
             listing.types.emplace_back(field->value);
-            listing.offset = 0;
-        } else if (field->name == "Offset") {
-            listing.offset = sizeIn(field->value);
-        }
-    } else if (const auto comment = fieldIn(line, ": ")) {
-        if (comment->name == "Volume" || comment->name == "volume_name")
-            listing.volumeName = comment->value;
     }
 }
 
@@ -125,6 +130,8 @@ void readArchiveLine(std::string_view line, Listing& listing) {
 Fields takeParagraph(std::string_view& text) {
     Fields fields;
     for (std::string_view line = takeLine(text); !line.empty(); line = takeLine(text)) {
+        if (line == separator)
+            refuse();
         const auto field = fieldIn(line, " =");
         if (!field)
             continue;
@@ -149,7 +156,11 @@ ListedEntry entryOf(const Fields& fields) {
                       .size = 0,
                       .mode = modeIn(valueOf(fields, "Mode")),
                       .modified = timeIn(valueOf(fields, "Modified")),
-                      .linkText = std::string(valueOf(fields, "Symbolic Link"))};
+                      .linkText = std::string(valueOf(fields, "Symbolic Link")),
+                      .comment = std::string(valueOf(fields, "Comment"))};
+    // APFS volumes are listed without a line for it.
+    if (!fields.contains("Folder"))
+        entry.isFolder = (entry.mode.value_or(0) & S_IFMT) == S_IFDIR;
     if (!entry.isFolder)
         entry.size = sizeIn(size);
     return entry;
@@ -159,12 +170,7 @@ ListedEntry entryOf(const Fields& fields) {
 
 Listing parseListing(std::string_view text, std::size_t maximumEntries) {
     Listing listing;
-    std::string_view line = takeLine(text);
-    for (; line != "----------"; line = takeLine(text)) {
-        if (text.empty())
-            refuse();
-        readArchiveLine(line, listing);
-    }
+    takeArchives(text, listing);
     while (!text.empty()) {
         const Fields fields = takeParagraph(text);
         if (fields.empty() || valueOf(fields, "Alternate Stream") == "+")

@@ -8,6 +8,8 @@
 #include "platform/linux/hdiutil/Crc32.h"
 #include "platform/linux/hdiutil/ImageFile.h"
 #include "platform/linux/hdiutil/IsoTrees.h"
+#include "platform/linux/hdiutil/Partitions.h"
+#include "platform/linux/hdiutil/RawVolume.h"
 #include "platform/linux/hdiutil/SevenZip.h"
 #include "platform/linux/hdiutil/Staging.h"
 #include "platform/linux/hdiutil/UdifTrailer.h"
@@ -40,20 +42,17 @@ public:
           volumes_(settings.root.toReal("/Volumes")) {}
 
     std::string mount() {
-        const ImageFacts facts = tellKind(image_);
         staging_.emplace(volumes_);
-        if (facts.kind == ImageKind::iso)
-            chooseTree();
-        const SevenZip sevenZip(settings_.sevenZip, image_.descriptor(), facts.kind, interruption_);
-        // These go on meanwhile: all must have gone well before anything is shown.
-        const auto check = facts.kind == ImageKind::udif ? sevenZip.check() : nullptr;
-        const auto listing = sevenZip.list();
-        if (check)
-            compareChecksum();
-        const VolumePlan plan =
-            planVolume(parseListing(textOf(*listing), settings_.limits.entries), facts, settings_.limits);
+        ImageFacts facts = tellKind(image_);
+        // This goes on meanwhile: it must have gone well before anything is shown.
+        std::unique_ptr<ChildProcess> check;
+        if (facts.kind == ImageKind::udif) {
+            check = unpack();
+            facts = tellKind(image_);
+        }
+        const VolumePlan plan = planVolume(prepare(facts), facts.kind, settings_.limits);
         requireRoom(plan.bytes);
-        const std::string folder = makeVolume(plan, sevenZip);
+        const std::string folder = makeVolume(plan, sevenZip(facts.kind));
         if (check && check->finish() != 0)
             throw Exception("the image is damaged: its checksums are wrong");
         interruption_.check();
@@ -62,10 +61,16 @@ public:
     }
 
 private:
+    SevenZip sevenZip(ImageKind kind) const {
+        return {settings_.sevenZip, image_.descriptor(), kind, interruption_};
+    }
+
+    Listing list(ImageKind kind) const {
+        return parseListing(textOf(*sevenZip(kind).list()), settings_.limits.entries);
+    }
+
     /// Of the chunks as they are stored; 7zz compares those of what is in them.
-    void compareChecksum() {
-        const std::string lastBytes = image_.read(image_.size() - UdifTrailer::size, UdifTrailer::size);
-        const UdifTrailer trailer = parseUdifTrailer(lastBytes, image_.size());
+    void compareChecksum(const UdifTrailer& trailer) const {
         if (!trailer.dataCrc)
             return;
         std::uint32_t crc = 0;
@@ -78,32 +83,72 @@ private:
             throw Exception("the image is damaged: its checksum is wrong");
     }
 
-    /// 7zz cannot be told which tree to take, so it gets a copy that has only one.
-    void chooseTree() {
-        const auto poorer = placeOfPoorerTree(image_);
-        if (!poorer)
-            return;
-        requireRoom(image_.size());
-        const std::string path = staging_->path() + "/image";
-        const Descriptor copy(
-            ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-        for (std::uint64_t place = 0; copy && place < image_.size(); place += portion) {
-            interruption_.check();
-            if (!writeAll(copy.get(), image_.read(place, portion)))
-                raise("the image cannot be copied");
+    /// Puts the partition that holds the volume in the place of the image of Apple's format around it. Gives
+    /// the comparison of its checksums, if it has any.
+    std::unique_ptr<ChildProcess> unpack() {
+        const UdifTrailer trailer = parseUdifTrailer(
+            image_.read(image_.size() - UdifTrailer::size, UdifTrailer::size), image_.size());
+        if (trailer.isRaw) {
+            compareChecksum(trailer);
+            cutOut({trailer.dataOffset, trailer.dataLength});
+            return nullptr;
         }
-        if (::pwrite(copy.get(), &endOfDescriptors, 1, static_cast<off_t>(*poorer)) != 1)
-            raise("the image cannot be copied");
-        image_ = ImageFile(path);
-        ::unlink(path.c_str());
+        const SevenZip image = sevenZip(ImageKind::udif);
+        auto check = image.check();
+        compareChecksum(trailer);
+        const Extent partition = partitionOfVolume(list(ImageKind::udif));
+        const auto child = image.open();
+        RawVolume raw(staging_->path());
+        raw.fill([&](char* buffer, std::size_t size) { return child->read(buffer, size); }, partition,
+                 room());
+        if (child->finish() != 0)
+            throw Exception("the image is damaged: 7zz cannot open all of it");
+        image_ = raw.finish();
+        return check;
     }
 
-    void requireRoom(std::uint64_t bytes) {
+    /// Puts a part of the image in the place of all of it, perhaps with the descriptors of a disc ended
+    /// early.
+    void cutOut(const Extent& part, const std::optional<std::uint64_t>& endOfDescriptors = std::nullopt) {
+        RawVolume raw(staging_->path());
+        std::uint64_t place = part.offset;
+        const auto read = [&](char* buffer, std::size_t size) {
+            interruption_.check();
+            const std::uint64_t left = part.offset + part.size - place;
+            const std::size_t count =
+                image_.read(place, std::min<std::uint64_t>(size, left)).copy(buffer, size);
+            place += count;
+            return count;
+        };
+        raw.fill(read, {0, part.size}, room());
+        if (endOfDescriptors)
+            raw.patch(*endOfDescriptors, hdiutil::endOfDescriptors);
+        image_ = raw.finish();
+    }
+
+    /// Leaves only what 7zz is to see: a volume without what surrounds it, a disc with the richer of its
+    /// trees, which it cannot be told to take. Lists that.
+    Listing prepare(const ImageFacts& facts) {
+        const IsoTree tree = facts.kind == ImageKind::iso ? richerTree(image_) : IsoTree();
+        if (facts.place.size != image_.size() || tree.poorer)
+            cutOut(facts.place, tree.poorer);
+        Listing listing = list(facts.kind);
+        if (facts.kind == ImageKind::iso)
+            listing.volumeNames = {tree.volumeName};
+        return listing;
+    }
+
+    /// On the disk, for volumes.
+    std::uint64_t room() const {
         struct statvfs disk {};
         if (::statvfs(staging_->path().c_str(), &disk) != 0)
             raise("the disk cannot be asked for its size");
         const std::uint64_t free = std::uint64_t{disk.f_bavail} * disk.f_frsize;
-        if (free < reserve || bytes > free - reserve)
+        return free - std::min(free, reserve);
+    }
+
+    void requireRoom(std::uint64_t bytes) const {
+        if (bytes > room())
             throw Exception("the disk has no room for the volume");
     }
 

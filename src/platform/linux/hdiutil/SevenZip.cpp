@@ -16,8 +16,8 @@ namespace {
 
 constexpr std::size_t maximumListing = std::size_t{64} << 20;
 
-/// The kind is named, so that nothing else is made of an image than what it was taken for. What is in an
-/// image of Apple's format 7zz finds only by itself.
+/// The kind is named, so that nothing else is made of an image than what it was taken for, and that 7zz does
+/// not look into an image of Apple's format for what may be there.
 const char* optionFor(ImageKind kind) {
     switch (kind) {
     case ImageKind::hfsPlus:
@@ -27,7 +27,7 @@ const char* optionFor(ImageKind kind) {
     case ImageKind::iso:
         return "-tiso";
     default:
-        return nullptr;
+        return "-tdmg";
     }
 }
 
@@ -70,15 +70,12 @@ std::unique_ptr<ChildProcess> SevenZip::open() const {
 }
 
 std::unique_ptr<ChildProcess> SevenZip::check() const {
-    ChildProgram program{program_, {"t", "-tdmg", "-bd", "--", ChildProgram::fileArgument}, image_};
-    return std::make_unique<ChildProcess>(program, ChildProcess::Output::ignored, interruption_);
+    return std::make_unique<ChildProcess>(describe({"t"}), ChildProcess::Output::ignored, interruption_);
 }
 
 ChildProgram SevenZip::describe(std::initializer_list<const char*> command) const {
     ChildProgram program{program_, {command.begin(), command.end()}, image_};
-    if (const char* option = optionFor(kind_))
-        program.arguments.emplace_back(option);
-    for (const char* argument : {"-bd", "-sccUTF-8", "--", ChildProgram::fileArgument})
+    for (const char* argument : {optionFor(kind_), "-bd", "-sccUTF-8", "--", ChildProgram::fileArgument})
         program.arguments.emplace_back(argument);
     return program;
 }

@@ -23,15 +23,16 @@ public:
     /// The descriptor and the interruption must outlive this and what it gives.
     SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption);
 
-    /// Prints what `7zz l -slt` does about the files in the volume.
+    /// Prints what `7zz l -slt` does about the files in the volume, or the partitions in an image of Apple's
+    /// format.
     std::unique_ptr<ChildProcess> list() const;
 
-    /// Puts out the bytes of all files, one after the other, in the order of the listing, and nothing else.
-    /// Nothing is written, so no name or link in the image can lead anywhere.
+    /// Puts out the bytes of all of those, one after the other, in the order of the listing, and nothing
+    /// else. Nothing is written, so no name or link in the image can lead anywhere.
     std::unique_ptr<ChildProcess> open() const;
 
-    /// Unpacks the whole image of Apple's format for nothing but to compare its checksums. Ends with status 0
-    /// when they are right.
+    /// Unpacks the whole image for nothing but to compare its checksums. Ends with status 0 when they are
+    /// right. open() does not notice all that is wrong.
     std::unique_ptr<ChildProcess> check() const;
 
 private:

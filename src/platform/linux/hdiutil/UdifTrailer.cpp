@@ -35,8 +35,12 @@ bool isUdifTrailer(std::string_view lastBytes) {
 UdifTrailer parseUdifTrailer(std::string_view lastBytes, std::uint64_t imageSize) {
     require(lastBytes.size() == UdifTrailer::size && imageSize >= UdifTrailer::size);
     require(hasSignature(lastBytes) && hasVersionAndSize(lastBytes));
-    UdifTrailer trailer{
-        .dataOffset = bigEndian(lastBytes, 24, 8), .dataLength = bigEndian(lastBytes, 32, 8), .dataCrc = {}};
+    const std::uint64_t resourceFork = bigEndian(lastBytes, 48, 8);
+    const std::uint64_t propertyList = bigEndian(lastBytes, 224, 8);
+    UdifTrailer trailer{.dataOffset = bigEndian(lastBytes, 24, 8),
+                        .dataLength = bigEndian(lastBytes, 32, 8),
+                        .isRaw = resourceFork == 0 && propertyList == 0,
+                        .dataCrc = {}};
     const std::uint64_t room = imageSize - UdifTrailer::size;
     require(trailer.dataOffset <= room && trailer.dataLength <= room - trailer.dataOffset);
     const std::uint64_t checksum = bigEndian(lastBytes, 80, 4);

@@ -14,6 +14,7 @@ struct UdifTrailer {
 
     std::uint64_t dataOffset = 0; ///< of the chunks, in bytes
     std::uint64_t dataLength = 0;
+    bool isRaw = false;                   ///< no list of chunks anywhere: the data are the disk
     std::optional<std::uint32_t> dataCrc; ///< of the chunks as they are stored; images may go without
 };
 

@@ -21,34 +21,38 @@ constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 /// As a Mac shows a volume that knows no modes: anything in it may be started.
 constexpr mode_t modeWithoutOne = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-bool isControl(char byte) { return (byte >= '\0' && byte < ' ') || byte == '\x7F'; }
+enum class Store { none, ofFiles, ofFolders };
 
-/// Where HFS+ keeps what hard links share.
-bool isStoreOfHardLinks(std::string_view name) {
-    return name.ends_with("HFS+ Private Data") || name.starts_with(".HFS+ Private Directory Data");
+/// The folders in which HFS+ keeps what hard links share. The name of the first begins with four NULs, that
+/// of the second ends with a carriage return; what 7zz makes of that depends on its version.
+Store storeNamed(std::string_view name) {
+    using namespace std::string_view_literals;
+    constexpr std::array ofFiles{"[HFS+ Private Data]"sv, "HFS+ Private Data"sv, "____HFS+ Private Data"sv,
+                                 "\0\0\0\0HFS+ Private Data"sv};
+    constexpr std::array ofFolders{".HFS+ Private Directory Data\r"sv, ".HFS+ Private Directory Data_"sv,
+                                   ".HFS+ Private Directory Data"sv};
+    if (std::find(ofFiles.begin(), ofFiles.end(), name) != ofFiles.end())
+        return Store::ofFiles;
+    return std::find(ofFolders.begin(), ofFolders.end(), name) != ofFolders.end() ? Store::ofFolders
+                                                                                  : Store::none;
 }
 
+/// Whether what has this name at the top of a volume belongs to the file system itself: stores of hard links,
+/// the journal, what APFS has yet to remove, what a disc starts a computer with.
 bool isOfTheFileSystem(std::string_view name, ImageKind kind) {
     if (kind == ImageKind::iso)
         return name == "[BOOT]";
-    return isStoreOfHardLinks(name) || name == ".journal" || name == ".journal_info_block";
+    if (kind == ImageKind::apfs)
+        return name == "private-dir";
+    return storeNamed(name) != Store::none || name == ".journal" || name == ".journal_info_block";
 }
 
 std::string_view firstComponent(std::string_view path) { return path.substr(0, path.find('/')); }
 
-/// The innermost file system, which decides how the listing is read.
-ImageKind volumeKind(const Listing& listing, const ImageFacts& image) {
-    const std::vector<std::string>& types = listing.types;
-    const std::size_t layers = image.kind == ImageKind::udif ? 2 : 1;
-    const bool isLayeredAsTold =
-        types.size() == layers && (image.kind != ImageKind::udif || types.front() == "Dmg");
-    if (isLayeredAsTold && types.back() == "HFS" && listing.offset == image.volumeOffset)
-        return ImageKind::hfsPlus;
-    if (isLayeredAsTold && types.back() == "APFS" && listing.offset == 0)
-        return ImageKind::apfs;
-    if (isLayeredAsTold && types.back() == "Iso" && listing.offset == 0)
-        return ImageKind::iso;
-    throw Exception("the image does not hold one volume of a known kind");
+const char* typeOf(ImageKind kind) {
+    if (kind == ImageKind::hfsPlus)
+        return "HFS";
+    return kind == ImageKind::apfs ? "APFS" : "Iso";
 }
 
 class Planner {
@@ -74,8 +78,12 @@ private:
     bool hasTopFolder() const { return kind_ == ImageKind::hfsPlus; }
 
     std::string volumeName() const {
+        if (listing_.types != std::vector<std::string>{typeOf(kind_)})
+            throw Exception("7zz takes the volume for something else than it is");
+        if (listing_.volumeNames.size() > 1)
+            throw Exception("the image holds more than one volume");
         if (!hasTopFolder())
-            return listing_.volumeName;
+            return listing_.volumeNames.empty() ? std::string() : listing_.volumeNames.front();
         return listing_.entries.empty() ? std::string()
                                         : std::string(firstComponent(listing_.entries.front().path));
     }
@@ -91,21 +99,27 @@ private:
     }
 
     void add(const ListedEntry& entry) {
-        PlannedEntry planned{.kind = kindOf(entry),
+        PlannedEntry planned{.kind = EntryKind::hidden,
                              .path = pathInVolume(entry),
                              .size = entry.size,
                              .mode = entry.mode.value_or(modeWithoutOne) & permissions,
                              .modified = entry.modified,
                              .linkText = linkTextOf(entry)};
-        requirePlainPath(planned.path, entry);
         if (isOfTheFileSystem(firstComponent(planned.path), kind_))
-            hide(planned);
-        if (planned.kind == EntryKind::link)
-            requireLinkText(planned);
-        if (planned.kind != EntryKind::hidden && !kinds_.emplace(planned.path, planned.kind).second)
-            throw Exception("the volume holds two things of the same name: " + planned.path);
+            requireNoHardLink(planned.path);
+        else
+            show(planned, entry);
         weigh(entry.size);
         plan_.entries.push_back(std::move(planned));
+    }
+
+    void show(PlannedEntry& planned, const ListedEntry& entry) {
+        planned.kind = kindOf(entry);
+        requirePlainPath(planned.path, entry);
+        if (planned.kind == EntryKind::link)
+            requireLinkText(planned);
+        if (!kinds_.emplace(planned.path, planned.kind).second)
+            throw Exception("the volume holds two things of the same name: " + planned.path);
     }
 
     /// 7zz puts a separator behind a last ".." of an ISO volume's link, where none can be.
@@ -144,11 +158,15 @@ private:
             throw Exception("the volume holds a name that cannot be used");
     }
 
-    /// A file that has hard links would show as an empty one.
-    static void hide(PlannedEntry& entry) {
-        if (entry.kind != EntryKind::folder && isStoreOfHardLinks(firstComponent(entry.path)))
+    /// 7zz shows what has hard links as empty files: what is in them lies in the store. It also holds files
+    /// that were removed while they were open ("temp" and a number), which are nobody's loss.
+    static void requireNoHardLink(std::string_view path) {
+        const std::string_view folder = firstComponent(path);
+        const std::string_view stored = path.substr(std::min(folder.size() + 1, path.size()));
+        const Store store = storeNamed(folder);
+        if ((store == Store::ofFiles && stored.starts_with("iNode")) ||
+            (store == Store::ofFolders && stored.starts_with("dir_")))
             throw Exception("the volume holds hard links");
-        entry.kind = EntryKind::hidden;
     }
 
     static void requireLinkText(const PlannedEntry& link) {
@@ -184,12 +202,11 @@ private:
 
 bool isPlainName(std::string_view name) {
     return !name.empty() && name != "." && name != ".." && name.size() <= maximumName &&
-           name.find('/') == std::string_view::npos && std::none_of(name.begin(), name.end(), isControl) &&
-           isUtf8(name);
+           name.find_first_of(std::string_view("/\n\0", 3)) == std::string_view::npos && isUtf8(name);
 }
 
-VolumePlan planVolume(const Listing& listing, const ImageFacts& image, const VolumeLimits& limits) {
-    return Planner(listing, volumeKind(listing, image), limits).plan();
+VolumePlan planVolume(const Listing& listing, ImageKind kind, const VolumeLimits& limits) {
+    return Planner(listing, kind, limits).plan();
 }
 
 } // namespace join::platform::hdiutil

@@ -24,12 +24,12 @@ enum class EntryKind {
     folder,
     file,
     link,
-    hidden ///< a file of the file system's own: what 7zz puts out for it is thrown away
+    hidden ///< of the file system's own: what 7zz puts out for it is thrown away
 };
 
 struct PlannedEntry {
     EntryKind kind;
-    std::string path;       ///< below the volume's top folder, and safe to make there; empty for that folder
+    std::string path;       ///< below the volume's top folder; empty for that. Safe to make if not hidden
     std::uint64_t size = 0; ///< in bytes, of what 7zz puts out for it; 0 for a folder
     mode_t mode = 0;        ///< permissions, without set-user, set-group and sticky bits
     std::optional<std::time_t> modified;
@@ -45,10 +45,11 @@ struct VolumePlan {
 /// Decides what to make of a listing. Names are those of single things below the volume, each in a listed
 /// folder, none twice: so nothing can be made outside or through a link. Throws Exception, with the reason,
 /// when the volume is refused.
-VolumePlan planVolume(const Listing& listing, const ImageFacts& image, const VolumeLimits& limits);
+VolumePlan planVolume(const Listing& listing, ImageKind kind, const VolumeLimits& limits);
 
-/// Whether a text is the name of one thing in a folder: not empty, "." or "..", UTF-8 without separators and
-/// control characters, and no longer than file systems take.
+/// Whether a text is the name of one thing in a folder: not empty, "." or "..", UTF-8 without separators,
+/// line feeds and NULs, and no longer than file systems take. Other control characters are nothing special: a
+/// folder's icon on a Mac is named "Icon" and a carriage return.
 bool isPlainName(std::string_view name);
 
 } // namespace join::platform::hdiutil

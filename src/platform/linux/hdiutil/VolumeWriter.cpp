@@ -98,7 +98,9 @@ private:
             text += bytes;
             return true;
         });
-        if (text.find('\0') != std::string::npos)
+        if (text.ends_with('\0'))
+            text.pop_back(); // APFS ends it so
+        if (text.empty() || text.find('\0') != std::string::npos)
             throw Exception("the volume holds a link to nowhere: " + link.path);
         return text;
     }

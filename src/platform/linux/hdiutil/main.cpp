@@ -1,5 +1,6 @@
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/LinuxPaths.h"
+#include "platform/linux/LogText.h"
 #include "platform/linux/StandardStreams.h"
 #include "platform/linux/SystemRoot.h"
 #include "platform/linux/hdiutil/Detach.h"
@@ -45,7 +46,7 @@ int main(int argc, char** argv) {
         run(command, argv[2]);
         return succeeded;
     } catch (const std::exception& exception) {
-        say(STDERR_FILENO, std::string("hdiutil: ") + exception.what());
+        say(STDERR_FILENO, "hdiutil: " + escapedForLog(exception.what()));
         return failed;
     }
 }

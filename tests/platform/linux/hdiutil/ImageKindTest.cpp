@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace join::platform::hdiutil {
@@ -45,6 +46,9 @@ std::string hfsPlus(std::size_t place, char blocks) {
     return with(image, place + 1024 + 40, "\0\0\2\0\0\0\0"s + blocks);
 }
 
+/// An entry of an Apple partition map: 40 blocks at block 32.
+const std::string appleHfs = with(with(zeros(512), 0, "PM"), 8, "\0\0\0\x20\0\0\0\x28"s);
+
 std::string trailer() {
     const std::string head = "koly\0\0\0\4\0\0\2\0"s;
     const std::string places = zeros(7) + '\x10' + zeros(7) + '\x20'; // 32 bytes of data at 16
@@ -59,19 +63,55 @@ TEST(ImageKind, IsToldByContent) {
     EXPECT_EQ(tellKind(Bytes(hfsPlus(0, 80))).kind, ImageKind::hfsPlus);
     EXPECT_EQ(tellKind(Bytes(with(zeros(4096), 32, "NXSB"))).kind, ImageKind::apfs);
     EXPECT_EQ(tellKind(Bytes(with(zeros(40960), 32769, "CD001"))).kind, ImageKind::iso);
-    for (const std::string& other : {""s, "koly"s, zeros(511), zeros(40960), "<html></html>"s})
-        EXPECT_THROW(tellKind(Bytes(other)), Exception);
-    EXPECT_THROW(tellKind(Bytes(hfsPlus(0, 81))), Exception) << "cut off";
+}
+
+TEST(ImageKind, IsRefusedWithTheReason) {
+    const std::string noImage = "this is no disk image";
+    const std::string other = "the image holds another file system: ";
+    const std::string damaged = "the image is damaged: its volume is cut off";
+    const std::pair<std::string, std::string> cases[] = {
+        {"", noImage},
+        {"koly", noImage},
+        {zeros(40960), noImage},
+        {"<html></html>", noImage},
+        {hfsPlus(0, 81), damaged},
+        {with(hfsPlus(16384, 41), 512, appleHfs), damaged},
+        {with(zeros(512), 3, "EXFAT   "), other + "exFAT"},
+        {with(zeros(512), 3, "NTFS    "), other + "NTFS"},
+        {with(zeros(512), 82, "FAT32   "), other + "FAT"},
+        {with(zeros(2048), 1024, "BD"), other + "HFS"},
+        {with(zeros(2048), 1080, "\x53\xEF"), other + "ext"},
+        {with(zeros(40960), 32769, "BEA01"), other + "UDF"},
+        {with(with(zeros(40960), 16384 + 1024, "BD"), 512, appleHfs), other + "HFS"}};
+    for (const auto& [image, reason] : cases) {
+        try {
+            tellKind(Bytes(image));
+            ADD_FAILURE() << reason;
+        } catch (const Exception& refusal) {
+            EXPECT_EQ(refusal.what(), reason);
+        }
+    }
+}
+
+TEST(ImageKind, OfAWrappedVolumeIsThatOfTheInnerOne) {
+    // Blocks of 512 bytes that begin at sector 12; the inner volume has 40 of them from the 20th on.
+    const std::string outer = with(with(hfsPlus(16384, 40), 1024, "BD"), 1024 + 20, "\0\0\2\0"s);
+    const std::string wrapped = with(with(outer, 1024 + 28, "\0\x0C"s), 1024 + 124, "H+\0\x14\0\x28"s);
+    const ImageFacts facts = tellKind(Bytes(wrapped));
+    EXPECT_EQ(facts.kind, ImageKind::hfsPlus);
+    EXPECT_EQ(facts.place.offset, 16384U);
+    EXPECT_EQ(facts.place.size, 20480U);
+    EXPECT_THROW(tellKind(Bytes(with(wrapped, 1024 + 128, "\0\x40"s))), Exception);
 }
 
 TEST(ImageKind, OfAHybridIsThatOfItsRicherPart) {
     const std::string iso = with(hfsPlus(16384, 40), 32769, "CD001");
-    const std::string entry = with(with(zeros(512), 0, "PM"), 48, "Apple_HFS\0"s);
-    const ImageFacts facts = tellKind(Bytes(with(iso, 512, with(entry, 8, "\0\0\0\x20"s))));
+    const ImageFacts facts = tellKind(Bytes(with(iso, 512, appleHfs)));
     EXPECT_EQ(facts.kind, ImageKind::hfsPlus);
-    EXPECT_EQ(facts.volumeOffset, 16384U);
+    EXPECT_EQ(facts.place.offset, 16384U);
+    EXPECT_EQ(facts.place.size, 20480U);
 
-    const std::string outside = with(entry, 8, "\xFF\xFF\xFF\xFF"s);
+    const std::string outside = with(appleHfs, 8, "\xFF\xFF\xFF\xFF"s);
     EXPECT_EQ(tellKind(Bytes(with(iso, 512, outside))).kind, ImageKind::iso);
 }
 

@@ -2,8 +2,11 @@
 
 #include "images/DiskImage.h"
 #include "images/HostileImage.h"
+#include "images/MacVolume.h"
+#include "images/UdifWriter.h"
 #include "platform/Exception.h"
 #include "platform/linux/hdiutil/SevenZip.h"
+#include "platform/linux/hdiutil/VolumeWriter.h"
 #include "support/Child.h"
 #include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
@@ -53,8 +56,9 @@ std::string script(const std::string& body) { return "#!/bin/sh\n" + body + "\n"
 
 class Mount : public testing::Test {
 protected:
-    /// The volume "Tavo": a bundle with links of every sort, text, noise, and zeros over several chunks.
-    void makeImage(Made kind) const {
+    /// The content of the volume "Tavo": a bundle with links of every sort, text, noise, and zeros over
+    /// several chunks.
+    void makeContent() const {
         const std::string app = in_ + "/Tavo.app/Contents/";
         writeFile(app + "MacOS/Tavo", "#!/bin/sh\n");
         fs::permissions(app + "MacOS/Tavo", fs::perms(0750));
@@ -70,6 +74,10 @@ protected:
         fs::create_symlink("../../Tavo.app/Contents/empty", app + "up");
         fs::create_symlink("/Applications", in_ + "/Applications");
         fs::create_symlink("/missing/../../..", in_ + "/dangling");
+    }
+
+    void makeImage(Made kind) const {
+        makeContent();
         tools::makeDiskImage(in_, "Tavo", kind, image_);
     }
 
@@ -90,6 +98,12 @@ protected:
                            [](const auto& entry) { return entry.path().stem() == "Volumes"; });
     }
 
+    void expectShown(const std::string& image, const std::string& what) const {
+        writeFile(image_, image);
+        EXPECT_EQ(mount(), "/Volumes/Tavo") << what;
+        EXPECT_EQ(treeOf(volume_), treeOf(in_)) << what;
+    }
+
     void expectRefused(const std::string& what) const {
         EXPECT_THROW(mount(), Exception) << what;
         EXPECT_TRUE(isEmpty()) << what;
@@ -103,24 +117,96 @@ protected:
 };
 
 TEST_F(Mount, ShowsVolumesOfEveryKindAsTheyWereMade) {
-    for (const Made kind : {Made::udifZlib, Made::udifBzip2, Made::udifPlain, Made::hfsPlus, Made::iso}) {
-        fs::remove_all(in_);
-        makeImage(kind);
-        EXPECT_EQ(mount(), "/Volumes/Tavo");
-        EXPECT_EQ(treeOf(volume_), treeOf(in_)) << static_cast<int>(kind);
+    makeContent();
+    for (const auto& [name, kind] : tools::imageKinds()) {
+        tools::makeDiskImage(in_, "Tavo", kind, image_);
+        expectShown(contentsOf(image_), std::string(name));
     }
 }
 
+TEST_F(Mount, ShowsImagesAsMacsMakeThem) {
+    makeContent();
+    for (const char* name :
+         {"Icon\r", ".DS_Store", ".Trashes/501/old", ".fseventsd/fseventsd-uuid", ".background/picture.png",
+          ".VolumeIcon.icns", "bell\a and tab\t", "[HFS+]", "My HFS+ Private Data", "folder/.journal"})
+        writeFile(in_ + "/" + name, name);
+    const std::string volume = tools::macVolume({in_, "Tavo"});
+    for (const auto map :
+         {tools::PartitionMap::none, tools::PartitionMap::apple, tools::PartitionMap::guid}) {
+        const std::vector<tools::DiskPart> disk = tools::partitionedDisk(volume, map);
+        std::string bare;
+        for (const tools::DiskPart& part : disk)
+            bare += part.bytes;
+        const std::string what = "map " + std::to_string(static_cast<int>(map));
+        expectShown(bare, what + ", bare");
+        expectShown(tools::udifOf(disk, {}), what);
+        expectShown(tools::udifOf(disk, {.hasLicence = true, .isSigned = true}), what + ", signed");
+        const std::string writable = tools::udifOf(disk, {.isListed = false});
+        expectShown(writable, what + ", writable");
+        writeFile(image_, tools::withFlippedByte(writable, writable.size() / 2));
+        fs::remove_all(volume_);
+        expectRefused(what);
+    }
+}
+
+TEST_F(Mount, ShowsANameWithLineFeedsAsOneName) {
+    const std::string name = "a\n\nPath = b\nFolder = -\nSize = 0\n";
+    writeFile(in_ + "/" + name, "x");
+    tools::makeDiskImage(in_, "Tavo", Made::hfsPlus, image_);
+    mount();
+    EXPECT_EQ(std::distance(fs::recursive_directory_iterator(volume_), {}), 1);
+}
+
+TEST_F(Mount, TellsWhyAnImageIsRefused) {
+    const std::string sector(512, '\0');
+    const std::string fat =
+        "\xEB\x58\x90mkfs.fat" + std::string(43, '\0') + "FAT16   " + std::string(450, '\0');
+    writeFile(in_ + "/file", "x");
+    const std::string hardLinks = tools::macVolumeWithHardLinks({in_, "Tavo"});
+    const std::string volume = tools::macVolume({in_, "Tavo"});
+    const std::string name = "disk image (Apple_HFS : 1)";
+    const std::pair<std::string, std::string> cases[] = {
+        {"encrcdsa" + sector, "the image is encrypted"},
+        {sector + "cdsaencr", "the image is encrypted"},
+        {fat, "the image holds another file system: FAT"},
+        {tools::udifOf({{"disk image (DOS_FAT_16 : 1)", fat}}, {}),
+         "the image holds another file system: FAT"},
+        {hardLinks, "the volume holds hard links"},
+        {tools::udifOf(hardLinks, tools::ChunkKind::zlib), "the volume holds hard links"},
+        {tools::udifOf({{name, volume}, {name, volume}}, {}), "the image holds more than one volume"},
+        {tools::udifOf({{" (Apple_Free : 0)", sector}}, {}), "the image holds no volume"}};
+    for (const auto& [image, reason] : cases) {
+        writeFile(image_, image);
+        try {
+            ADD_FAILURE() << mount() << " for " << reason;
+        } catch (const Exception& refusal) {
+            EXPECT_EQ(refusal.what(), reason);
+        }
+    }
+    EXPECT_TRUE(isEmpty());
+}
+
 TEST_F(Mount, TakesTheRicherPartOfADiscThatHoldsItsFilesTwice) {
-    makeImage(Made::iso);
-    for (const char* option : {"-J", "-hfsplus"}) {
-        test::Child maker(
-            {.command = {"xorrisofs", "-quiet", "-r", "-V", "Tavo", option, "-o", image_, in_}});
+    makeContent();
+    for (const char* option : {"-J", "-hfsplus", "--norock"}) {
+        const bool isPoor = option == std::string("--norock");
+        test::Child maker({.command = {"xorrisofs", "-quiet", isPoor ? "-J" : "-r", "-V", "Tavo", option,
+                                       "-o", image_, in_}});
         ASSERT_EQ(maker.wait(), 0);
-        mount();
-        EXPECT_EQ(contentsOf(volume_ + "/noise * [1]"), contentsOf(in_ + "/noise * [1]"));
-        EXPECT_EQ(fs::read_symlink(volume_ + "/Tavo.app/Contents/up"), "../../Tavo.app/Contents/empty");
-        EXPECT_EQ(fs::status(volume_ + "/Tavo.app/Contents/MacOS/Tavo").permissions(), fs::perms(0555));
+        // Where there is nothing better, Joliet's name of the volume counts, which can be any.
+        const auto padded = [](const std::string& name) { return name + std::string(28, ' '); };
+        const std::string made = contentsOf(image_);
+        const std::string disc = isPoor ? tools::replaced(made, padded("Tavo"), padded("TAVO")) : made;
+        for (const std::string& image : {disc, tools::udifOf({{"whole disk (Apple_ISO : 0)", disc}}, {})}) {
+            writeFile(image_, image);
+            EXPECT_EQ(mount(), "/Volumes/Tavo");
+            const std::string noise = isPoor ? "/noise _ [1]" : "/noise * [1]"; // Joliet has no "*"
+            EXPECT_EQ(contentsOf(volume_ + noise), contentsOf(in_ + "/noise * [1]"));
+            if (isPoor)
+                continue;
+            EXPECT_EQ(fs::read_symlink(volume_ + "/Tavo.app/Contents/up"), "../../Tavo.app/Contents/empty");
+            EXPECT_EQ(fs::status(volume_ + "/Tavo.app/Contents/MacOS/Tavo").permissions(), fs::perms(0555));
+        }
     }
 }
 
@@ -268,6 +354,21 @@ TEST_F(Mount, LeavesNothingWhenTheVolumeCannotBeWritten) {
     expectRefused("full");
     ::setrlimit(RLIMIT_FSIZE, &before);
     ::signal(SIGXFSZ, handler);
+}
+
+TEST(VolumeWriter, TakesALinkThatEndsWithNulAsApfsHasIt) {
+    const test::TemporaryFolder folder;
+    std::string bytes("../x y\0", 7);
+    const VolumePlan plan{
+        .name = {},
+        .entries = {
+            {.kind = EntryKind::link, .path = "way", .size = bytes.size(), .modified = {}, .linkText = {}}}};
+    writeVolume(plan, folder.path(), [&](char* buffer, std::size_t size) {
+        const std::size_t count = bytes.copy(buffer, size);
+        bytes.erase(0, count);
+        return count;
+    });
+    EXPECT_EQ(fs::read_symlink(folder / "way"), "../x y");
 }
 
 } // namespace join::platform::hdiutil

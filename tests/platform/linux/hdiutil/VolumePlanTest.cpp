@@ -13,28 +13,33 @@ namespace join::platform::hdiutil {
 namespace {
 
 ListedEntry folder(std::string path) {
-    return {
-        .path = std::move(path), .isFolder = true, .mode = S_IFDIR | 0755, .modified = {}, .linkText = {}};
+    return {.path = std::move(path),
+            .isFolder = true,
+            .mode = S_IFDIR | 0755,
+            .modified = {},
+            .linkText = {},
+            .comment = {}};
 }
 
 ListedEntry file(std::string path, std::uint64_t size = 1, mode_t mode = S_IFREG | 0644) {
-    return {.path = std::move(path), .size = size, .mode = mode, .modified = {}, .linkText = {}};
+    return {
+        .path = std::move(path), .size = size, .mode = mode, .modified = {}, .linkText = {}, .comment = {}};
 }
 
 ListedEntry link(std::string path, std::uint64_t size) { return file(std::move(path), size, S_IFLNK | 0777); }
 
 Listing hfsPlus(const std::vector<ListedEntry>& entries) {
-    Listing listing{.types = {"HFS"}, .volumeName = {}, .entries = {folder("V")}};
+    Listing listing{.types = {"HFS"}, .volumeNames = {}, .entries = {folder("V")}};
     listing.entries.insert(listing.entries.end(), entries.begin(), entries.end());
     return listing;
 }
 
 Listing iso(const std::string& name, const std::vector<ListedEntry>& entries) {
-    return {.types = {"Iso"}, .volumeName = name, .entries = entries};
+    return {.types = {"Iso"}, .volumeNames = {name}, .entries = entries};
 }
 
 VolumePlan plan(const Listing& listing, ImageKind kind = ImageKind::hfsPlus) {
-    return planVolume(listing, {.kind = kind}, {.entries = 5, .bytes = 100, .depth = 2});
+    return planVolume(listing, kind, {.entries = 5, .bytes = 100, .depth = 2});
 }
 
 bool isRefused(const Listing& listing, ImageKind kind = ImageKind::hfsPlus) {
@@ -61,14 +66,20 @@ TEST(VolumePlan, NamesAreThoseBelowTheVolumesTopFolder) {
     EXPECT_EQ(made.entries[3].kind, EntryKind::link);
 }
 
-TEST(VolumePlan, FilesOfTheFileSystemAreHidden) {
-    const VolumePlan made = plan(hfsPlus({folder("V/____HFS+ Private Data"),
-                                          folder("V/.HFS+ Private Directory Data_"), file("V/.journal", 9)}));
-    EXPECT_EQ(made.bytes, 9U);
+TEST(VolumePlan, WhatIsOfTheFileSystemIsHiddenAtTheTopAlone) {
+    const VolumePlan made =
+        plan(hfsPlus({file("V/____HFS+ Private Data/temp1", 2), folder("V/HFS+ Private Data"),
+                      folder("V/.HFS+ Private Directory Data_"), file("V/.journal", 9)}));
+    EXPECT_EQ(made.bytes, 11U);
     for (std::size_t n = 1; n < made.entries.size(); ++n)
         EXPECT_EQ(made.entries[n].kind, EntryKind::hidden) << made.entries[n].path;
+    const VolumePlan others = plan(hfsPlus({folder("V/a"), file("V/a/.journal"), file("V/private-dir")}));
+    EXPECT_EQ(others.entries[2].kind, EntryKind::file);
+    EXPECT_EQ(others.entries[3].kind, EntryKind::file);
     EXPECT_EQ(plan(iso("I", {folder("[BOOT]"), file("[BOOT]/x")}), ImageKind::iso).entries[1].kind,
               EntryKind::hidden);
+    const Listing apfs{.types = {"APFS"}, .volumeNames = {"V"}, .entries = {file("private-dir/a\nb")}};
+    EXPECT_EQ(plan(apfs, ImageKind::apfs).entries[0].kind, EntryKind::hidden);
 }
 
 TEST(VolumePlan, HostileVolumesAreRefused) {
@@ -88,7 +99,6 @@ TEST(VolumePlan, HostileVolumesAreRefused) {
         {file("V")},
         {file(std::string("V/a\0b", 5))},
         {file("V/a\nb")},
-        {file("V/a\x7F")},
         {file("V/\xFF")},
         {file("V/" + std::string(256, 'a'))},
         {file("V/a"), file("V/a")},
@@ -104,7 +114,8 @@ TEST(VolumePlan, HostileVolumesAreRefused) {
         {device},
         {pipe},
         {socket},
-        {folder("V/____HFS+ Private Data"), file("V/____HFS+ Private Data/iNode12")},
+        {file("V/____HFS+ Private Data/iNode12")},
+        {folder("V/.HFS+ Private Directory Data_/dir_12")},
         {file("V/a", 101)},
         {file("V/a", 60), file("V/b", 60)},
         {file("V/a", 60), file("V/b", UINT64_MAX - 30)},
@@ -115,25 +126,20 @@ TEST(VolumePlan, HostileVolumesAreRefused) {
 }
 
 TEST(VolumePlan, VolumesWithoutAPlainNameAreRefused) {
-    for (const char* name : {"", ".", "..", "a/b", "/", "../../a", "a\tb", ".hidden", "\xC3"})
+    for (const char* name : {"", ".", "..", "a/b", "/", "../../a", "a\nb", ".hidden", "\xC3"})
         EXPECT_TRUE(isRefused(iso(name, {file("a")}), ImageKind::iso)) << name;
     EXPECT_FALSE(isRefused(iso("Ä b", {file("a")}), ImageKind::iso));
 }
 
-TEST(VolumePlan, OtherLayersThanTheImageWasTakenForAreRefused) {
-    Listing listing = hfsPlus({});
-    EXPECT_TRUE(isRefused(listing, ImageKind::udif));
-    listing.types = {"Dmg"};
-    EXPECT_TRUE(isRefused(listing, ImageKind::udif));
-    listing.types = {"zip", "HFS"};
-    EXPECT_TRUE(isRefused(listing, ImageKind::udif));
-    for (const char* kind : {"APFS", "HFS"}) {
-        listing.types = {"Dmg", kind};
-        listing.volumeName = "V";
-        EXPECT_FALSE(isRefused(listing, ImageKind::udif)) << kind;
-    }
-    listing.offset = 512;
-    EXPECT_TRUE(isRefused(listing, ImageKind::udif));
+TEST(VolumePlan, OtherThanTheOneVolumeThatTheImageWasTakenForIsRefused) {
+    Listing listing = iso("V", {});
+    EXPECT_TRUE(isRefused(listing, ImageKind::apfs));
+    listing.types = {"APFS"};
+    EXPECT_FALSE(isRefused(listing, ImageKind::apfs));
+    listing.volumeNames.emplace_back("V");
+    EXPECT_TRUE(isRefused(listing, ImageKind::apfs));
+    listing.types = {"Dmg", "HFS"};
+    EXPECT_TRUE(isRefused(listing, ImageKind::hfsPlus));
 }
 
 } // namespace join::platform::hdiutil
