@@ -154,6 +154,7 @@ TEST_F(FileManagerOfLinux, OnAFullDiskTheOldFileStaysAndNothingElseIsLeft) {
               (std::vector{
                   file + " could not be copied to " + user_ + "/copy : File too large",
                   folder_ / "tree could not be copied to " + user_ + "/tree : File too large",
+                  file + " could not be copied to " + old + " : File too large",
                   folder_ / "missing could not be copied to /Applications/A.app : No such file or directory",
                   "/dev/null could not be copied to " + user_ + "/null : Invalid argument"}));
     EXPECT_EQ(contentsOf(old), "old");
