@@ -88,8 +88,9 @@ public:
     virtual ~Connection() = default;
 };
 
-/// HTTPS with certificates verified, against the system's and those in the file that SSL_CERT_FILE names.
-/// Redirects are followed, never off HTTPS.
+/// HTTPS with certificates verified, against the system's and those that SSL_CERT_FILE and SSL_CERT_DIR name.
+/// Redirects are followed, never off HTTPS. Answers that are compressed come decoded, and their limits hold
+/// for the decoded bytes; the body of a download stays as it is.
 class HttpClient {
 public:
     virtual ~HttpClient() = default;

@@ -4,7 +4,6 @@
 #include "support/Child.h"
 #include "support/Environment.h"
 #include "support/FakeTime.h"
-#include "support/Gzipped.h"
 #include "support/ScriptedHttpsServer.h"
 #include "support/TemporaryFolder.h"
 
@@ -16,6 +15,7 @@
 
 namespace {
 
+using namespace std::string_literals;
 using namespace join::platform;
 using namespace join::test;
 using News = std::vector<std::string>;
@@ -103,6 +103,7 @@ TEST(CurlConnection, ReadsAFileInSmallPiecesAndFailsWhenItHasBecomeShorter) {
 TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
     World world;
     const std::string longest(65536, 'x');
+    const std::string zipped = "\37\213\10\0\0\0\0\0\2\3\13\16uvv\15\16\6\0\250!EP\7\0\0\0"s; // "SUCCESS"
     const char* final =
         "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nwhole\r\n0\r\nX: 1\r\n\r\n";
     const std::tuple<ScriptedAnswer, News, std::string> cases[] = {
@@ -114,7 +115,7 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
         {{103, "", {}, Fault::endUnannounced}, {"fail"}, "No whole answer"},
         {{413, longest + "x"}, {"response", longest, "finish"}, ""}, // is cut
         {{200, longest, {}, Fault::endless}, {"response", longest, "finish"}, ""},
-        {{200, gzipped("SUCCESS"), {"Content-Encoding: gzip"}}, {"response", "SUCCESS", "finish"}, ""},
+        {{200, zipped, {"Content-Encoding: gzip"}}, {"response", "SUCCESS", "finish"}, ""},
         {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "No whole answer"},
         {{200, "half of it", {}, Fault::stallBody}, {"response", "half ", "fail"}, "slow"},
         {{.fault = Fault::reset}, {"fail"}, "No whole answer"},
