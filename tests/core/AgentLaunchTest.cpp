@@ -52,6 +52,7 @@ TEST_F(AgentLaunch, AnAgentThatIsNotRunningYetKeepsTheJoinAppUp) {
     workspace.running = {"com.tavo.fendel.Tavo.helper"};
     delegate.appLaunch();
     EXPECT_EQ(workspace.launches.size(), 1U);
+    EXPECT_FALSE(delegate.applicationShouldHandleReopen());
     EXPECT_FALSE(progressWindow().isVisible());
     EXPECT_EQ(countBeginningWith(journal, "start "), 0);
     EXPECT_EQ(said("-[AppDelegate crashDetectorLaunch]"), Journal{});
@@ -62,6 +63,9 @@ TEST_F(AgentLaunch, AMissingAgentIsDownloadedWithTheProgressWindowOpen) {
     delegate.appLaunch();
     EXPECT_EQ(agentDownloads(), 1);
     EXPECT_TRUE(workspace.launches.empty());
+    EXPECT_TRUE(progressWindow().isVisible());
+    progressWindow().orderOut();
+    EXPECT_TRUE(delegate.applicationShouldHandleReopen());
     EXPECT_TRUE(progressWindow().isVisible());
     EXPECT_EQ(std::ranges::count(logSink.lines, "tavo dmg not yet installed"), 1);
 }

@@ -1,5 +1,3 @@
-#include "install/JoinDMGDownloader.h"
-#include "install/TavoDMGDownloader.h"
 #include "support/LogicTest.h"
 #include "ui/ErrorWindow.h"
 #include "ui/TavoJoinWindowHandler.h"
@@ -122,27 +120,6 @@ TEST_F(StartUp, AFirstRunWritesBothFilesAndGoesOnToTheAgent) {
                                   "version to zero ( default)"}));
     EXPECT_EQ(agentDownloads(), 1);
     EXPECT_FALSE(delegate.firstTimeCheck());
-}
-
-TEST_F(StartUp, OpenedAgainItShowsItsWindowAsLongAsADownloadGoesOn) {
-    application.version = {10, 8, 0};
-    prepared();
-    EXPECT_FALSE(delegate.applicationShouldHandleReopen());
-    application.version = {11, 0, 0};
-    prepared();
-    slots().tavoJoinWindow->closeWindow();
-    EXPECT_FALSE(delegate.applicationShouldHandleReopen());
-    EXPECT_FALSE(progressWindow().isVisible());
-    const std::function<void()> downloads[] = {
-        [] { slots().tavoDmgDownloader->startDownLoadingTavoMacDmg(); },
-        [] { slots().joinDmgDownloader->startDownLoadingJoinMacDmg(); }};
-    for (const auto& start : downloads) {
-        prepared();
-        slots().tavoJoinWindow->closeWindow();
-        start();
-        EXPECT_TRUE(delegate.applicationShouldHandleReopen());
-        EXPECT_TRUE(progressWindow().isVisible());
-    }
 }
 
 TEST_F(StartUp, NotificationsReachTheirHandlersOnce) {

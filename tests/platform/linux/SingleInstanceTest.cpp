@@ -2,14 +2,12 @@
 
 #include "platform/Exception.h"
 #include "platform/linux/InstanceFolder.h"
-#include "support/Child.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <csignal>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -98,27 +96,7 @@ TEST(SingleInstance, TakesThePlaceOfOneThatHasLeftItsSocketAndLock) {
     EXPECT_EQ(SingleInstance(opened(folder.path())).start({}), Start::handedOver);
 }
 
-TEST(SingleInstance, SaysSoWhenTheOneThatRunsDoesNotAnswer) {
-    const TemporaryFolder folder;
-    const pid_t stopped = ::fork();
-    ASSERT_GE(stopped, 0);
-    if (stopped == 0) {
-        SingleInstance first(opened(folder.path()));
-        if (first.start({}) == Start::first)
-            ::raise(SIGSTOP);
-        ::_exit(0);
-    }
-    int status = 0;
-    ASSERT_EQ(::waitpid(stopped, &status, WUNTRACED), stopped);
-    ASSERT_TRUE(WIFSTOPPED(status));
-    EXPECT_EQ(SingleInstance(opened(folder.path()), 50ms).start(urlMessage("tavojoin://x")),
-              Start::unanswered);
-    ::kill(stopped, SIGKILL);
-    ::waitpid(stopped, &status, 0);
-    EXPECT_EQ(SingleInstance(opened(folder.path()), 50ms).start({}), Start::first);
-}
-
-TEST(SingleInstance, DoesNotTakeLateWhatItsSenderHasGivenUp) {
+TEST(SingleInstance, TakesNothingLateWhoseSenderWasToldThatNobodyAnswers) {
     const TemporaryFolder folder;
     SingleInstance first(opened(folder.path()));
     ASSERT_EQ(first.start({}), Start::first);
