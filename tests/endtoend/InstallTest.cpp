@@ -100,26 +100,21 @@ TEST(Install, ABareComputerJoinsAndTheNextRunOnlyStartsThePrograms) {
 TEST(Install, JoinLivesInAnyHomeAndNeverRemovesTheCopyThatRuns) {
     const std::string odd = "caf\xE9"; // no UTF-8
     const struct {
-        std::string home;    ///< how $HOME is spelled; the folder is the odd one
-        const char* system;  ///< where the link of that name leads; a folder of its own when empty
-        const char* ofUsers; ///< the same
-    } cases[] = {{"home/", "", ""},
-                 {odd, "", "users"},
-                 {"home", "system", "users"},
-                 {odd + "/", "", "home/.local/share/tavojoin/root/Applications"}};
-    for (const auto& [home, system, ofUsers] : cases) {
+        std::string home; ///< how $HOME is spelled; the folder is the odd one
+        const char*
+            ofUsers; ///< where the Applications folder that is the user's leads; the system's elsewhere
+    } cases[] = {{"home/", "users"}, {odd, "users"}, {odd + "/", "system"}};
+    for (const auto& [home, ofUsers] : cases) {
         const JoinWorld world(delivering());
         const fs::path folder = fs::path(world.home()).parent_path();
         fs::rename(world.home(), folder / odd);
         fs::create_directory_symlink(odd, world.home());
         const std::pair<std::string, std::string> applications[] = {
-            {world.systemRoot() + "/Applications", system}, {world.home() + "/Applications", ofUsers}};
+            {world.systemRoot() + "/Applications", "system"}, {world.home() + "/Applications", ofUsers}};
         for (const auto& [path, target] : applications) {
-            fs::create_directories(target.empty() ? fs::path(path) : folder / target);
-            if (!target.empty()) {
-                fs::create_directories(fs::path(path).parent_path());
-                fs::create_directory_symlink(folder / target, path);
-            }
+            fs::create_directories(folder / target);
+            fs::create_directories(fs::path(path).parent_path());
+            fs::create_directory_symlink(folder / target, path);
         }
         const auto start = [&, home = home](std::vector<std::string> arguments, const std::string& bundle) {
             Launch launch = world.launch(std::move(arguments), bundle);

@@ -2,6 +2,7 @@
 
 #include "platform/Exception.h"
 #include "platform/linux/LinuxFileManager.h"
+#include "platform/linux/PlistPropertyLists.h"
 #include "support/TemporaryFolder.h"
 
 #include <filesystem>
@@ -14,18 +15,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Reads "NAME=TEXT" as a dictionary of one text, "text" as a text and anything else as no list.
-class PropertyListsOfOneName : public PropertyLists {
-public:
-    std::optional<Value> parse(std::string_view bytes) override {
-        const auto sign = bytes.find('=');
-        if (sign == std::string_view::npos)
-            return bytes == "text" ? std::optional(Value{std::string(bytes)}) : std::nullopt;
-        const std::string name(bytes.substr(0, sign));
-        return Value{Value::Dictionary{{name, Value{std::string(bytes.substr(sign + 1))}}}};
-    }
-};
-
 class BundlesOfLinux : public testing::Test {
 protected:
     BundlesOfLinux() { writeProgram(contents_ + "/MacOS/Run"); }
@@ -34,12 +23,15 @@ protected:
         ::chmod(writeFile(path, "#!/bin/sh\n").c_str(), 0755);
     }
 
-    void writeList(std::string_view list) { writeFile(contents_ + "/Info.plist", list); }
+    void writeList(const std::string& list) { writeFile(contents_ + "/Info.plist", list); }
+    void writeName(const std::string& name, const std::string& key = "CFBundleExecutable") {
+        writeList("<plist><dict><key>" + key + "</key><string>" + name + "</string></dict></plist>");
+    }
 
     TemporaryFolder folder_;
     SystemRoot root_{folder_ / "root"};
     LinuxFileManager files_{root_};
-    PropertyListsOfOneName lists_;
+    PlistPropertyLists lists_;
     LinuxBundles bundles_{files_, lists_, root_};
     const std::string path_ = "/Applications/A.app";
     const std::string contents_ = folder_ / "root/Applications/A.app/Contents";
@@ -48,7 +40,7 @@ protected:
 } // namespace
 
 TEST_F(BundlesOfLinux, TheMainExecutableIsToldByTheSystemsPath) {
-    writeList("CFBundleExecutable=Run");
+    writeName("Run");
     for (const char* path : {"/Applications/A.app", "/Applications/A.app/", "//Applications/./A.app"})
         EXPECT_EQ(bundles_.mainExecutable(path), "/Applications/A.app/Contents/MacOS/Run");
     fs::create_directory_symlink(folder_ / "root/Applications/A.app", folder_ / "Link.app");
@@ -66,16 +58,18 @@ TEST_F(BundlesOfLinux, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
         "",       ".",       "..",    "missing",    "data",       "pipe", "shell",
         "folder", "/bin/sh", "./Run", "folder/Run", "../Outside", "Run/", std::string("Run\0x", 5)};
     for (const std::string& name : names) {
-        writeList("CFBundleExecutable=" + name);
+        writeName(name);
         EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << name;
     }
-    for (const char* list : {"Other=Run", "text", "no list"}) {
+    writeName("Run", "Other");
+    EXPECT_THROW(bundles_.mainExecutable(path_), Exception);
+    for (const char* list : {"<plist><string>text</string></plist>", "no list"}) {
         writeList(list);
         EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << list;
     }
     EXPECT_THROW(bundles_.mainExecutable("/Applications/Missing.app"), Exception);
     fs::remove_all(programs);
     fs::create_directory_symlink("/bin", contents_ + "/MacOS");
-    writeList("CFBundleExecutable=sh");
+    writeName("sh");
     EXPECT_THROW(bundles_.mainExecutable(path_), Exception);
 }

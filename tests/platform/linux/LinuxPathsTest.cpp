@@ -5,6 +5,7 @@
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
+#include <array>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -42,38 +43,25 @@ TEST_F(LinuxPathsOfAUser, TheLibraryIsMadePrivateAndAnExistingOneIsLeftAlone) {
 }
 
 TEST_F(LinuxPathsOfAUser, ABundleInAnApplicationsFolderIsThereWhateverLinksLeadThere) {
-    const std::string home = folder_.path();
-    fs::create_directories(folder_ / "real/share/root/Applications");
-    fs::create_directories(folder_ / "real/system");
-    fs::create_directories(folder_ / "real/user");
-    fs::create_directories(folder_ / "elsewhere");
-    fs::create_directory_symlink("real", folder_ / "link");
-    fs::create_directory_symlink("loop", folder_ / "loop");
-    const SystemRoot root(folder_ / "link/share/root");
-    struct Case {
-        const char* bundleFolder;
-        const char* applicationsOfUser; ///< where that link leads
-        const char* known;
-    };
-    const std::string system = folder_ / "real/share/root/Applications";
-    for (const auto& [bundleFolder, user, known] :
-         {Case{"/real/share/root/Applications", "real/user", "/Applications"},
-          Case{"/link/share/root/Applications", "real/user", "/Applications"},
-          Case{"/real/user", "real/user", "HOME/Applications"},
-          Case{"/real/share/root/Applications", "real/share/root/Applications", "/Applications"},
-          Case{"/elsewhere", "real/user", "HOME/elsewhere"}, Case{"/elsewhere", "nowhere", "HOME/elsewhere"},
-          Case{"/elsewhere", "loop", "HOME/elsewhere"}}) {
-        fs::create_directory_symlink(user, folder_ / "Applications");
-        std::string expected = known;
-        if (expected.starts_with("HOME"))
-            expected.replace(0, 4, home);
-        EXPECT_EQ(paths_.bundlePath(home + bundleFolder + "/Join.app", root), expected + "/Join.app")
-            << bundleFolder << " " << user;
-        fs::remove(folder_ / "Applications");
+    const std::string home = paths_.home();
+    const std::string ofSystem = home + "/share/root/Applications";
+    for (const std::string& folder : {ofSystem, home + "/user", home + "/elsewhere"})
+        fs::create_directories(folder);
+    fs::create_directory_symlink(".", home + "/link");
+    const SystemRoot root(home + "/link/share/root");
+    using Case = std::array<std::string, 3>;
+    for (const auto& [folder, ofUserLeadsTo, known] :
+         {Case{ofSystem, "user", "/Applications"}, Case{home + "/user", "user", home + "/Applications"},
+          Case{ofSystem, ofSystem, "/Applications"}, Case{home + "/elsewhere", "user", home + "/elsewhere"},
+          Case{home + "/elsewhere", "nowhere", home + "/elsewhere"},
+          Case{home + "/elsewhere", "Applications", home + "/elsewhere"}}) {
+        fs::create_directory_symlink(ofUserLeadsTo, home + "/Applications");
+        EXPECT_EQ(paths_.bundlePath(folder + "/Join.app", root), known + "/Join.app") << ofUserLeadsTo;
+        fs::remove(home + "/Applications");
     }
-    fs::remove(system);
-    fs::create_directory_symlink(folder_ / "real/system", system);
-    EXPECT_EQ(paths_.bundlePath(folder_ / "real/system/Join.app", root), "/Applications/Join.app");
+    fs::remove(ofSystem);
+    fs::create_directory_symlink(home + "/elsewhere", ofSystem);
+    EXPECT_EQ(paths_.bundlePath(home + "/elsewhere/Join.app", root), "/Applications/Join.app");
 }
 
 TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheStart) {

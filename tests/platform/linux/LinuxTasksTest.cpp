@@ -100,27 +100,23 @@ TEST_F(LinuxTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot)
     EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
 }
 
-TEST_F(LinuxTasksTest, ChildrenGetNoDescriptorButTheStandardStreams) {
+TEST_F(LinuxTasksTest, ChildrenGetTheStandardStreamsOnlyAndASessionOfTheirOwnWhenTheyAreLeft) {
     const Descriptor leak(::open("/dev/zero", O_RDONLY)); // as a library may open it, without a mark
-    const std::string listing = "readlink /proc/$$/fd/* > \"$1.part\"; mv \"$1.part\" \"$1\"\n";
+    const std::string listing = "{ readlink /proc/$$/fd/*; cut -d' ' -f6 /proc/$$/stat; } > \"$1.part\"\n"
+                                "mv \"$1.part\" \"$1\"\n";
     const std::string program = script("tool", listing);
     tasks.run({program, {folder / "waited"}, "/"});
     tasks.start({program, {folder / "left"}, "/"});
     ASSERT_TRUE(tasks.startDetached({program, {folder / "detached"}, "/"}));
     for (const char* name : {"waited", "left", "detached"}) {
         ASSERT_TRUE(eventually([&] { return !contentsOf(folder / name).empty(); }));
-        EXPECT_EQ(contentsOf(folder / name).find("/dev/zero"), std::string::npos) << name;
+        const std::string text = contentsOf(folder / name);
+        EXPECT_EQ(text.find("/dev/zero"), std::string::npos) << name;
+        const bool isOfOurs = text.ends_with("\n" + std::to_string(::getsid(0)) + "\n");
+        EXPECT_EQ(isOfOurs, name == std::string("waited")) << text;
     }
     const std::string detached = contentsOf(folder / "detached");
     EXPECT_TRUE(detached.starts_with("/dev/null\n")) << detached;
-}
-
-TEST_F(LinuxTasksTest, ADetachedProgramLivesInASessionOfItsOwn) {
-    const std::string program =
-        script("tool", "cut -d' ' -f6 /proc/$$/stat > \"$1.part\"; mv \"$1.part\" \"$1\"\n");
-    ASSERT_TRUE(tasks.startDetached({program, {folder / "session"}, "/"}));
-    ASSERT_TRUE(eventually([&] { return !contentsOf(folder / "session").empty(); }));
-    EXPECT_NE(std::stoi(contentsOf(folder / "session")), ::getsid(0));
 }
 
 } // namespace

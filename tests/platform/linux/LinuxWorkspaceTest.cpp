@@ -5,24 +5,19 @@
 #include "platform/linux/LinuxFileManager.h"
 #include "platform/linux/PlistPropertyLists.h"
 #include "platform/linux/ProcessTable.h"
+#include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <array>
-#include <csignal>
-#include <fcntl.h>
-#include <spawn.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
 
 using namespace join::platform;
-using join::test::TemporaryFolder;
-using join::test::writeFile;
+using namespace join::test;
 
 class RecordingLog : public Log {
 public:
@@ -32,37 +27,14 @@ public:
 };
 
 /// A child process that writes a line as soon as it runs what it was started for, and ends with this object.
-class RunningProgram {
-public:
-    explicit RunningProgram(std::vector<std::string> command) {
-        std::array<int, 2> output{};
-        EXPECT_EQ(::pipe2(output.data(), O_CLOEXEC), 0);
-        posix_spawn_file_actions_t actions;
-        ::posix_spawn_file_actions_init(&actions);
-        ::posix_spawn_file_actions_adddup2(&actions, output[1], STDOUT_FILENO);
-        std::vector<char*> arguments;
-        arguments.reserve(command.size() + 1);
-        for (std::string& argument : command)
-            arguments.push_back(argument.data());
-        arguments.push_back(nullptr);
-        EXPECT_EQ(::posix_spawnp(&process_, arguments[0], &actions, nullptr, arguments.data(), environ), 0);
-        ::posix_spawn_file_actions_destroy(&actions);
-        ::close(output[1]);
-        char first = 0;
-        EXPECT_EQ(::read(output[0], &first, 1), 1) << command[0];
-        output_ = output[0];
+struct RunningProgram {
+    explicit RunningProgram(const std::vector<std::string>& command)
+        : child({.command = command, .output = folder / "output"}) {
+        EXPECT_TRUE(eventually([this] { return !contentsOf(folder / "output").empty(); })) << command[0];
     }
-    ~RunningProgram() {
-        ::kill(process_, SIGKILL);
-        ::waitpid(process_, nullptr, 0);
-        ::close(output_);
-    }
-    RunningProgram(const RunningProgram&) = delete;
-    RunningProgram& operator=(const RunningProgram&) = delete;
 
-private:
-    pid_t process_ = 0;
-    int output_ = -1;
+    TemporaryFolder folder;
+    Child child;
 };
 
 class LinuxWorkspaceTest : public testing::Test {
