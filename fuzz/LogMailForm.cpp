@@ -25,7 +25,7 @@ void tryOut(std::string_view input) {
     const std::string key = launchUrlText(takeText(input));
     const std::string comment = launchUrlText(takeText(input));
     const std::string archive = launchUrlText(input);
-    const std::string form = logMailAttachment(path, archive) + logMailTexts(key, comment);
+    const std::string form = logMailAttachmentHead(path) + archive + logMailTexts(key, comment);
 
     // Nothing in the form is escaped, so a text that begins like the line between two parts ends its part.
     const std::string line = "--" + std::string(logMailBoundary);
