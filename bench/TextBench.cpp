@@ -5,9 +5,9 @@
 #include "core/JoinSessionDetails.h"
 #include "diag/EmbeddedPropertyList.h"
 #include "params/JoinParameterFile.h"
-#include "platform/linux/NlohmannJson.h"
-#include "platform/linux/StderrLog.h"
-#include "platform/linux/SystemClock.h"
+#include "platform/linux/documents/NlohmannJson.h"
+#include "platform/linux/system/StderrLog.h"
+#include "platform/linux/system/SystemClock.h"
 #include "url/JoinDetails.h"
 #include "url/LaunchUrl.h"
 

@@ -1,6 +1,6 @@
 // The paths in a desktop entry: of the program, which may lie in any folder, and of its icon.
 
-#include "platform/linux/registerscheme/DesktopEntry.h"
+#include "platform/linux/helpers/register-scheme/DesktopEntry.h"
 #include "Target.h"
 #include "platform/Utf8.h"
 

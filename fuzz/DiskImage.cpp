@@ -6,9 +6,9 @@
 
 #include "Target.h"
 #include "platform/Exception.h"
-#include "platform/linux/hdiutil/ImageKind.h"
-#include "platform/linux/hdiutil/IsoTrees.h"
-#include "platform/linux/hdiutil/UdifTrailer.h"
+#include "platform/linux/helpers/hdiutil/ImageKind.h"
+#include "platform/linux/helpers/hdiutil/IsoTrees.h"
+#include "platform/linux/helpers/hdiutil/UdifTrailer.h"
 
 #include <algorithm>
 #include <vector>

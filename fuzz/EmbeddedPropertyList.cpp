@@ -2,7 +2,7 @@
 
 #include "diag/EmbeddedPropertyList.h"
 #include "Target.h"
-#include "platform/linux/PlistPropertyLists.h"
+#include "platform/linux/documents/PlistPropertyLists.h"
 
 namespace join::fuzz {
 

@@ -1,6 +1,6 @@
 // A URL to ask. Where curl takes one that we take, it must see the same server in it.
 
-#include "platform/linux/HttpUrl.h"
+#include "platform/linux/http/HttpUrl.h"
 #include "Target.h"
 
 #include <curl/curl.h>

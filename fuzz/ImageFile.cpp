@@ -1,7 +1,7 @@
 // The reading of an image at places that an image names: eight bytes for the place, four for the size, the
 // rest is the image.
 
-#include "platform/linux/hdiutil/ImageFile.h"
+#include "platform/linux/helpers/hdiutil/ImageFile.h"
 #include "Target.h"
 
 #include <sys/mman.h>

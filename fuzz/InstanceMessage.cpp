@@ -1,8 +1,8 @@
 // What another process says to the running program.
 
-#include "platform/linux/InstanceMessage.h"
+#include "platform/linux/instance/InstanceMessage.h"
 #include "Target.h"
-#include "platform/linux/LaunchUrlScheme.h"
+#include "platform/linux/instance/LaunchUrlScheme.h"
 
 namespace join::fuzz {
 

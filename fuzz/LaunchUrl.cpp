@@ -4,7 +4,7 @@
 #include "Target.h"
 #include "core/Text.h"
 #include "platform/Utf8.h"
-#include "platform/linux/LaunchUrlScheme.h"
+#include "platform/linux/instance/LaunchUrlScheme.h"
 
 #include <algorithm>
 

@@ -1,6 +1,6 @@
 // A log message that holds what a server, a URL or a file said.
 
-#include "platform/linux/LogText.h"
+#include "platform/linux/system/LogText.h"
 #include "Target.h"
 #include "platform/Utf8.h"
 

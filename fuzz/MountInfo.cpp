@@ -1,6 +1,6 @@
 // The system's list of mounts; anybody who can mount gives names in it.
 
-#include "platform/linux/MountInfo.h"
+#include "platform/linux/bundles/MountInfo.h"
 #include "Target.h"
 
 #include <algorithm>

@@ -2,9 +2,9 @@
 
 #include "Target.h"
 #include "platform/Utf8.h"
-#include "platform/linux/NlohmannJson.h"
-#include "platform/linux/PlistGuard.h"
-#include "platform/linux/PlistPropertyLists.h"
+#include "platform/linux/documents/NlohmannJson.h"
+#include "platform/linux/documents/PlistGuard.h"
+#include "platform/linux/documents/PlistPropertyLists.h"
 
 namespace join::fuzz {
 

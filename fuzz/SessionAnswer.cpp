@@ -5,7 +5,7 @@
 #include "core/JoinSessionDetails.h"
 #include "platform/Exception.h"
 #include "platform/Utf8.h"
-#include "platform/linux/NlohmannJson.h"
+#include "platform/linux/documents/NlohmannJson.h"
 
 namespace join::fuzz {
 

@@ -2,8 +2,8 @@
 
 #include "Target.h"
 #include "platform/Utf8.h"
-#include "platform/linux/PlistPropertyLists.h"
-#include "platform/linux/SystemVersionFile.h"
+#include "platform/linux/documents/PlistPropertyLists.h"
+#include "platform/linux/system/SystemVersionFile.h"
 
 namespace join::fuzz {
 

@@ -3,9 +3,9 @@
 #include "Target.h"
 #include "platform/Exception.h"
 #include "platform/Utf8.h"
-#include "platform/linux/hdiutil/Listing.h"
-#include "platform/linux/hdiutil/Partitions.h"
-#include "platform/linux/hdiutil/VolumePlan.h"
+#include "platform/linux/helpers/hdiutil/Listing.h"
+#include "platform/linux/helpers/hdiutil/Partitions.h"
+#include "platform/linux/helpers/hdiutil/VolumePlan.h"
 
 #include <map>
 

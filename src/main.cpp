@@ -1,10 +1,10 @@
 #include "JoinApp.h"
 
-#include "platform/linux/InstanceFolder.h"
-#include "platform/linux/LaunchUrlScheme.h"
-#include "platform/linux/RunningBundle.h"
-#include "platform/linux/SingleInstance.h"
-#include "platform/linux/StandardStreams.h"
+#include "platform/linux/bundles/RunningBundle.h"
+#include "platform/linux/instance/InstanceFolder.h"
+#include "platform/linux/instance/LaunchUrlScheme.h"
+#include "platform/linux/instance/SingleInstance.h"
+#include "platform/linux/system/StandardStreams.h"
 
 #include <dlfcn.h>
 #include <sysexits.h>

@@ -3,7 +3,7 @@
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyLists.h"
-#include "platform/linux/SystemVersionFile.h"
+#include "platform/linux/system/SystemVersionFile.h"
 
 #include <QApplication>
 #include <QTimer>

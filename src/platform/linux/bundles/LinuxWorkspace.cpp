@@ -1,0 +1,151 @@
+#include "platform/linux/bundles/LinuxWorkspace.h"
+
+#include "platform/linux/bundles/BootMark.h"
+#include "platform/linux/bundles/MountInfo.h"
+#include "platform/linux/bundles/ProcessTable.h"
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/linux/files/LinuxPaths.h"
+
+#include <algorithm>
+#include <exception>
+#include <fcntl.h>
+#include <filesystem>
+#include <map>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+constexpr const char* imageVolumes = "/Volumes";
+
+std::string contentsOf(const std::string& path) {
+    constexpr std::size_t maximumSize = std::size_t{4} << 20;
+    const Descriptor file = openForReading(AT_FDCWD, path.c_str());
+    return file ? readAll(file.get(), maximumSize).value_or("") : "";
+}
+
+std::vector<Mount> localMounts() {
+    std::vector<Mount> mounts = parseMountInfo(contentsOf("/proc/self/mountinfo"));
+    std::erase_if(mounts, [](const Mount& mount) { return !isLocalVolume(mount); });
+    return mounts;
+}
+
+bool isRemovable(const Mount& mount) {
+    constexpr int loopDevices = 7; // in the kernel's list of devices
+    if (mount.major == loopDevices || isServedByProgram(mount))
+        return true;
+    // A partition has no such flag; the device that it is part of has, one folder above.
+    const std::string device =
+        "/sys/dev/block/" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
+    return contentsOf(device + "/removable") == "1\n" || contentsOf(device + "/../removable") == "1\n";
+}
+
+/// Without links: so the kernel names the places of mounts. The same when it cannot be told.
+std::string realPathOf(const std::string& path) {
+    std::error_code failed;
+    const auto real = std::filesystem::canonical(path, failed);
+    return failed ? path : real.string();
+}
+
+bool isFolder(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+/// What stands for the volume of a disk image. Hidden folders are still being filled.
+bool isImageVolume(const std::string& realFolder, const std::string& name) {
+    return !name.starts_with('.') && isFolder(realFolder + "/" + name);
+}
+
+void addOnce(std::vector<std::string>& paths, const std::string& path) {
+    if (std::ranges::find(paths, path) == paths.end())
+        paths.push_back(path);
+}
+
+} // namespace
+
+LinuxWorkspace::LinuxWorkspace(const SystemRoot& root, Bundles& bundles, Log& log, Launcher launchDetached)
+    : root_(root), bundles_(bundles), log_(log), launchDetached_(std::move(launchDetached)) {}
+
+bool LinuxWorkspace::launchApplication(const std::string& bundlePath,
+                                       const std::vector<std::string>& arguments) {
+    try {
+        const std::string executable = root_.toReal(bundles_.mainExecutable(bundlePath));
+        if (launchDetached_({.path = executable, .arguments = arguments, .workingDirectory = "/"}))
+            return true;
+        log_.write("Cannot launch " + bundlePath + ": " + executable + " did not start");
+    } catch (const std::exception& error) {
+        log_.write("Cannot launch " + bundlePath + ": " + error.what());
+    }
+    return false;
+}
+
+std::vector<std::string> LinuxWorkspace::runningApplications(const std::string& bundleIdentifier) {
+    std::map<std::string, std::string> identifiers; // by bundle: many processes may run from one
+    std::vector<std::string> running;
+    for (const Process& process : ownProcesses()) {
+        const std::string bundle = bundleProgramOf(process).bundle;
+        if (bundle.empty())
+            continue;
+        auto known = identifiers.find(bundle);
+        if (known == identifiers.end())
+            known = identifiers.emplace(bundle, identifierOf(bundle)).first;
+        if (!known->second.empty() && known->second == bundleIdentifier)
+            running.push_back(bundleIdentifier);
+    }
+    return running;
+}
+
+std::string LinuxWorkspace::identifierOf(const std::string& realBundlePath) {
+    const auto information = bundles_.infoDictionary(root_.toSystem(realBundlePath));
+    const Value* identifier = information ? information->member("CFBundleIdentifier") : nullptr;
+    const std::string* text = identifier ? identifier->text() : nullptr;
+    return text ? *text : std::string();
+}
+
+std::vector<std::string> LinuxWorkspace::mountedLocalVolumePaths() {
+    std::vector<std::string> paths;
+    const std::string folder = root_.toReal(imageVolumes);
+    const bool areOfThisBoot = endVolumesOfEarlierBoots(root_);
+    const Descriptor volumes = openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY);
+    if (areOfThisBoot && volumes)
+        for (const std::string& name : namesIn(volumes.get()).value_or(std::vector<std::string>()))
+            if (isImageVolume(folder, name))
+                paths.push_back(std::string(imageVolumes) + "/" + name);
+    std::ranges::sort(paths);
+    for (const Mount& mount : localMounts())
+        addOnce(paths, mount.path);
+    return paths;
+}
+
+FileSystemInfo LinuxWorkspace::fileSystemInfo(const std::string& volumePath) {
+    if (!volumePath.starts_with('/'))
+        return {};
+    const std::string path = normalised(volumePath);
+    if (parentOf(path) == imageVolumes && isImageVolume(root_.toReal(imageVolumes), nameOf(path)))
+        return {.known = true,
+                .removable = true,
+                .writable = ::access(root_.toReal(path).c_str(), W_OK) == 0,
+                .unmountable = true,
+                .description = "opened disk image",
+                .type = "disk image"};
+
+    const auto mounts = localMounts();
+    const auto topmost =
+        std::find_if(mounts.rbegin(), mounts.rend(), [&](const Mount& mount) { return mount.path == path; });
+    if (topmost == mounts.rend())
+        return {};
+    return {.known = true,
+            .removable = isRemovable(*topmost),
+            .writable = topmost->writable,
+            .unmountable = isUnmountable(path, realPathOf(LinuxPaths().home())),
+            .description = topmost->source,
+            .type = topmost->type};
+}
+
+} // namespace join::platform

@@ -1,0 +1,121 @@
+#include "platform/linux/bundles/ProcessTable.h"
+
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/files/Folders.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <fcntl.h>
+#include <optional>
+#include <sstream>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+constexpr std::size_t processNameSize = 15; // TASK_COMM_LEN less its NUL
+
+/// The beginning of a file; empty when it cannot be read.
+std::string beginningOf(int folder, const char* path) {
+    const Descriptor file = openForReading(folder, path);
+    std::array<char, 4096> buffer{};
+    const ssize_t count = file ? readSome(file.get(), buffer.data(), buffer.size()) : 0;
+    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+}
+
+std::string executableOf(int process) {
+    constexpr std::string_view deleted = " (deleted)";
+    std::array<char, PATH_MAX> buffer{};
+    const ssize_t size = ::readlinkat(process, "exe", buffer.data(), buffer.size());
+    std::string_view path(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
+    if (path.ends_with(deleted))
+        path.remove_suffix(deleted.size());
+    return std::string(path);
+}
+
+std::vector<std::string> argumentsIn(const std::string& commandLine) {
+    constexpr std::size_t few = 6; // an interpreter's options stand before the script
+    std::vector<std::string> arguments;
+    std::istringstream text(commandLine);
+    for (std::string argument; arguments.size() < few && std::getline(text, argument, '\0');)
+        arguments.push_back(argument);
+    return arguments;
+}
+
+/// Nothing for a process of another user, and for one that has ended: it has no program any more.
+std::optional<Process> ownProcess(int proc, const std::string& number) {
+    const Descriptor folder = openForReading(proc, number.c_str(), O_DIRECTORY);
+    struct stat status {};
+    if (!folder || ::fstat(folder.get(), &status) != 0 || status.st_uid != ::geteuid())
+        return std::nullopt;
+    std::string executable = executableOf(folder.get());
+    if (executable.empty())
+        return std::nullopt;
+    std::string name = beginningOf(folder.get(), "comm");
+    if (name.ends_with('\n'))
+        name.pop_back();
+    return Process{std::move(executable), std::move(name), argumentsIn(beginningOf(folder.get(), "cmdline"))};
+}
+
+std::string shortName(const std::string& path) { return nameOf(path).substr(0, processNameSize); }
+
+/// Whether the script's first line has env look for a program of that name: "#!/usr/bin/env [OPTION]...
+/// NAME".
+bool isRunThroughEnv(const std::string& script, const std::string& processName) {
+    std::istringstream line(beginningOf(AT_FDCWD, script.c_str()));
+    std::string first;
+    std::getline(line, first);
+    if (!first.starts_with("#!"))
+        return false;
+    std::istringstream words(first.substr(2));
+    std::string word;
+    words >> word;
+    if (nameOf(word) != "env")
+        return false;
+    while (words >> word)
+        if (shortName(word) == processName)
+            return true;
+    return false;
+}
+
+} // namespace
+
+std::vector<Process> ownProcesses() {
+    std::vector<Process> processes;
+    const Descriptor proc = openForReading(AT_FDCWD, "/proc", O_DIRECTORY);
+    if (!proc)
+        return processes;
+    for (const std::string& name : namesIn(proc.get()).value_or(std::vector<std::string>()))
+        if (name.find_first_not_of("0123456789") == std::string::npos)
+            if (auto process = ownProcess(proc.get(), name))
+                processes.push_back(std::move(*process));
+    return processes;
+}
+
+BundleProgram bundleProgramAt(const std::string& path) {
+    constexpr std::string_view ending = ".app";
+    constexpr std::string_view folder = ".app/Contents/MacOS/";
+    const auto at = path.rfind(folder);
+    if (!path.starts_with('/') || at == std::string::npos || at + folder.size() == path.size())
+        return {};
+    return {.bundle = path.substr(0, at + ending.size()), .file = path};
+}
+
+BundleProgram bundleProgramOf(const Process& process) {
+    if (auto program = bundleProgramAt(process.executable); !program.bundle.empty())
+        return program;
+    for (const std::string& argument : process.arguments) {
+        auto script = bundleProgramAt(argument);
+        if (script.bundle.empty())
+            continue;
+        if (shortName(script.file) == process.name || isRunThroughEnv(script.file, process.name))
+            return script;
+    }
+    return {};
+}
+
+} // namespace join::platform

@@ -1,0 +1,191 @@
+#include "platform/linux/files/LinuxFileManager.h"
+
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/linux/files/StagedPath.h"
+#include "platform/linux/files/TreeCopy.h"
+#include "platform/linux/files/TreeRemoval.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+constexpr mode_t defaultFileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
+constexpr mode_t defaultFolderMode = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// The size of an open regular file; nothing for any other kind of thing.
+std::optional<std::size_t> regularSize(const Descriptor& file) {
+    struct stat status {};
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return std::nullopt;
+    return static_cast<std::size_t>(status.st_size);
+}
+
+bool mayBeReplaced(const std::string& path) {
+    struct stat status {};
+    return ::lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
+}
+
+/// Whether a folder that cannot be renamed may be removed all the same: it is part of an overlay's lower
+/// layer, or the disk is too full for another name.
+bool cannotBeMoved(int error) { return error == EXDEV || error == ENOSPC || error == EDQUOT; }
+
+class Mapping : public MappedFile {
+public:
+    Mapping(void* start, std::size_t size) : start_(start), size_(size) {}
+    ~Mapping() override { ::munmap(start_, size_); }
+    Mapping(const Mapping&) = delete;
+    Mapping& operator=(const Mapping&) = delete;
+
+    std::span<const std::byte> bytes() const override {
+        return {static_cast<const std::byte*>(start_), size_};
+    }
+
+private:
+    void* start_;
+    std::size_t size_;
+};
+
+class OpenFile : public ReadableFile {
+public:
+    OpenFile(Descriptor file, std::size_t size) : file_(std::move(file)), size_(size) {}
+
+    std::uint64_t size() const override { return size_; }
+    std::size_t read(std::uint64_t offset, std::span<char> buffer) const override {
+        ssize_t count = -1;
+        do
+            count = ::pread(file_.get(), buffer.data(), buffer.size(), static_cast<off_t>(offset));
+        while (count < 0 && errno == EINTR);
+        return count < 0 ? 0 : static_cast<std::size_t>(count);
+    }
+
+private:
+    Descriptor file_;
+    std::size_t size_;
+};
+
+} // namespace
+
+bool LinuxFileManager::exists(const std::string& path) {
+    const auto real = realPath(path);
+    struct stat status {};
+    return real && ::stat(real->c_str(), &status) == 0;
+}
+
+bool LinuxFileManager::createFolder(const std::string& path) {
+    const auto real = realPath(path);
+    return real && makeFolders(*real, defaultFolderMode);
+}
+
+bool LinuxFileManager::copy(const std::string& source, const std::string& target) {
+    const auto from = realPath(source);
+    const auto to = realPath(target);
+    struct stat status {};
+    if (!from || !to || ::lstat(to->c_str(), &status) == 0)
+        return false;
+    StagedPath staged(*to);
+    return (copyTree(*from, staged.path()) && staged.commitNew()) || copyFailed(source, target);
+}
+
+bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
+    const auto from = realPath(source);
+    const auto to = realPath(target);
+    if (!from || !to)
+        return false;
+    StagedPath staged(*to);
+    const bool isReplaced =
+        copyTree(*from, staged.path()) &&
+        (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(*to) && staged.commitNew()));
+    return isReplaced || copyFailed(source, target);
+}
+
+bool LinuxFileManager::remove(const std::string& path) {
+    const auto real = realPath(path);
+    struct stat status {};
+    if (!real || ::lstat(real->c_str(), &status) != 0)
+        return false;
+    if (!S_ISDIR(status.st_mode))
+        return removeTree(*real);
+    // It goes from its name at once: should we be killed now, half a bundle would pass for one.
+    const StagedPath apart(*real);
+    if (::rename(real->c_str(), apart.path().c_str()) == 0)
+        return true;
+    return cannotBeMoved(errno) && removeTree(*real);
+}
+
+std::optional<std::string> LinuxFileManager::read(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return std::nullopt;
+    const Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const auto size = regularSize(file);
+    if (!size || *size > maximumReadSize)
+        return std::nullopt;
+    return readAll(file.get(), maximumReadSize);
+}
+
+bool LinuxFileManager::create(const std::string& path, std::string_view contents) {
+    const auto real = realPath(path);
+    if (!real || !mayBeReplaced(*real))
+        return false;
+    StagedPath staged(*real);
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    Descriptor file(::open(staged.path().c_str(), flags, defaultFileMode));
+    return file && writeAll(file.get(), contents) && file.close() && staged.commitOver();
+}
+
+bool LinuxFileManager::truncate(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return false;
+    const Descriptor file(::open(real->c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    return regularSize(file) && ::ftruncate(file.get(), 0) == 0;
+}
+
+std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return nullptr;
+    const Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const auto size = regularSize(file);
+    if (!size || *size == 0)
+        return nullptr;
+    void* start = ::mmap(nullptr, *size, PROT_READ, MAP_PRIVATE, file.get(), 0);
+    if (start == MAP_FAILED)
+        return nullptr;
+    return std::make_unique<Mapping>(start, *size);
+}
+
+/// Says why in the log: errno.
+bool LinuxFileManager::copyFailed(const std::string& source, const std::string& target) const {
+    if (log_ && errno != EEXIST)
+        log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
+    return false;
+}
+
+std::unique_ptr<ReadableFile> LinuxFileManager::open(const std::string& path) {
+    const auto real = realPath(path);
+    if (!real)
+        return nullptr;
+    Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const auto size = regularSize(file);
+    return size ? std::make_unique<OpenFile>(std::move(file), *size) : nullptr;
+}
+
+/// A path with a zero byte would be cut there by the kernel, and name something else.
+std::optional<std::string> LinuxFileManager::realPath(const std::string& path) const {
+    if (!path.starts_with('/') || path.find('\0') != std::string::npos)
+        return std::nullopt;
+    return root_.toReal(path);
+}
+
+} // namespace join::platform

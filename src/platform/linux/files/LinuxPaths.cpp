@@ -1,0 +1,113 @@
+#include "platform/linux/files/LinuxPaths.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/files/Environment.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/linux/files/TreeRemoval.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+constexpr mode_t privateMode = S_IRWXU;
+
+std::string homeInPasswordEntry() {
+    passwd entry{};
+    passwd* found = nullptr;
+    std::array<char, 16384> buffer{};
+    const bool isKnown = ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
+                         found && found->pw_dir && *found->pw_dir == '/';
+    return isKnown ? found->pw_dir : "/"; // as login(1) has it, for the users of containers
+}
+
+[[noreturn]] void refuse(const std::string& path, const char* reason) {
+    throw Exception("The folder " + path + " cannot be used: " + reason);
+}
+
+/// Opens a folder of ours, made when it is missing, and takes the rights to it from all others. Opening it
+/// first makes sure that what was checked is what is changed, and used.
+Descriptor openPrivate(int parent, const char* name, const std::string& path) {
+    ::mkdirat(parent, name, privateMode); // it may be there; what is there is checked
+    Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
+    struct stat found {};
+    if (!folder || ::fstat(folder.get(), &found) != 0)
+        refuse(path, std::strerror(errno));
+    if (found.st_uid != ::geteuid())
+        refuse(path, "it belongs to another user");
+    if ((found.st_mode & ALLPERMS) != privateMode && ::fchmod(folder.get(), privateMode) != 0)
+        refuse(path, std::strerror(errno));
+    return folder;
+}
+
+/// The names of our folder in the cache, and of the one for temporary files in it.
+constexpr const char* cacheName = "tavojoin";
+constexpr const char* temporaryName = "tmp";
+
+bool isPrivateFolder(const std::string& path) {
+    struct stat found {};
+    return ::stat(path.c_str(), &found) == 0 && isPrivate(found);
+}
+
+} // namespace
+
+LinuxPaths::LinuxPaths() {
+    const auto fromEnvironment = absoluteFromEnvironment("HOME");
+    home_ = normalised(fromEnvironment ? *fromEnvironment : homeInPasswordEntry());
+}
+
+std::string LinuxPaths::userLibrary() { return normalised(home_ + "/Library"); }
+
+std::string LinuxPaths::bundlePath(const std::string& realPath, const SystemRoot& root) {
+    for (const std::string& applications : {localApplications(), home_ + "/Applications"})
+        if (isSameFolder(parentOf(realPath), root.toReal(applications)))
+            return applications + "/" + nameOf(realPath);
+    return root.toSystem(realPath);
+}
+
+bool LinuxPaths::prepare() {
+    removeTemporary();
+    return makeFolders(userLibrary(), privateMode);
+}
+
+/// Below open descriptors: others may write to the cache as well.
+void LinuxPaths::removeTemporary() const {
+    const Descriptor cache = openForReading(AT_FDCWD, this->cache().c_str(), O_DIRECTORY);
+    const Descriptor ours =
+        cache ? openForReading(cache.get(), cacheName, O_DIRECTORY | O_NOFOLLOW) : Descriptor();
+    struct stat found {};
+    if (ours && ::fstat(ours.get(), &found) == 0 && isPrivate(found))
+        removeTreeIn(ours.get(), temporaryName);
+}
+
+Descriptor LinuxPaths::openCache() const {
+    const std::string path = cache();
+    if (!makeFolders(path, privateMode))
+        refuse(path, std::strerror(errno));
+    const Descriptor parent = openForReading(AT_FDCWD, path.c_str(), O_DIRECTORY);
+    if (!parent)
+        refuse(path, std::strerror(errno));
+    return openPrivate(parent.get(), cacheName, path + "/" + cacheName);
+}
+
+std::string LinuxPaths::temporary() {
+    if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivateFolder(*given))
+        return normalised(*given) + "/";
+    const std::string path = cache() + "/" + cacheName + "/" + temporaryName;
+    openPrivate(openCache().get(), temporaryName, path);
+    return path + "/";
+}
+
+std::string LinuxPaths::cache() const {
+    return normalised(absoluteFromEnvironment("XDG_CACHE_HOME").value_or(home_ + "/.cache"));
+}
+
+} // namespace join::platform

@@ -1,0 +1,57 @@
+#include "platform/linux/files/StagedFile.h"
+
+#include "platform/linux/files/Folders.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
+
+bool isFolder(const std::string& path) {
+    struct stat found {};
+    return ::lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
+
+} // namespace
+
+StagedFile::StagedFile(const std::string& destination)
+    : destination_(normalised(destination)), staged_(destination_) {}
+
+bool StagedFile::open() {
+    if (isFolder(destination_)) {
+        errno = EISDIR;
+        return false;
+    }
+    file_ = Descriptor(::open(parentOf(destination_).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, privateMode));
+    if (file_ || errno != EOPNOTSUPP)
+        return static_cast<bool>(file_);
+    hasName_ = true;
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
+    file_ = Descriptor(::open(staged_.path().c_str(), flags, privateMode));
+    return static_cast<bool>(file_);
+}
+
+bool StagedFile::write(std::string_view bytes) { return writeAll(file_.get(), bytes); }
+
+std::optional<std::uint64_t> StagedFile::freeSpace() const {
+    struct statvfs found {};
+    if (::fstatvfs(file_.get(), &found) != 0 || found.f_blocks == 0) // some network file systems do not know
+        return std::nullopt;
+    return static_cast<std::uint64_t>(found.f_bavail) * found.f_frsize;
+}
+
+bool StagedFile::commit() {
+    const std::string opened = "/proc/self/fd/" + std::to_string(file_.get());
+    hasName_ = hasName_ ||
+               ::linkat(AT_FDCWD, opened.c_str(), AT_FDCWD, staged_.path().c_str(), AT_SYMLINK_FOLLOW) == 0;
+    return hasName_ && file_.close() && staged_.commitOver();
+}
+
+} // namespace join::platform

@@ -1,0 +1,141 @@
+#include "platform/linux/files/StagedPath.h"
+
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/linux/files/TreeRemoval.h"
+
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <optional>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+constexpr std::string_view suffix = ".partial";
+
+/// The next number of this process.
+std::atomic<unsigned> nextNumber = 1;
+
+struct Mark {
+    pid_t process = 0;
+    unsigned number = 0; ///< earlier versions of the program gave none
+};
+
+template <typename Number>
+bool takeNumber(std::string_view& text, Number& number) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    return error == std::errc();
+}
+
+/// Who staged something under this name, when it is one of ".NAME.<pid>.<number>.partial".
+std::optional<Mark> markIn(std::string_view name, std::string_view prefix) {
+    if (!name.starts_with(prefix) || !name.ends_with(suffix) || name.size() <= prefix.size() + suffix.size())
+        return std::nullopt;
+    std::string_view text = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
+    Mark mark;
+    if (!takeNumber(text, mark.process) || mark.process <= 0)
+        return std::nullopt;
+    if (text.starts_with('.')) {
+        text.remove_prefix(1);
+        if (!takeNumber(text, mark.number))
+            return std::nullopt;
+    }
+    return text.empty() ? std::optional(mark) : std::nullopt;
+}
+
+/// Whether nobody is at work there any more: its process is dead, or had our number before us.
+bool isLeft(const Mark& mark) {
+    if (mark.process == ::getpid())
+        return mark.number == 0 || mark.number >= nextNumber.load();
+    return ::kill(mark.process, 0) != 0 && errno == ESRCH;
+}
+
+void removeLeftovers(const std::string& folder, const std::string& prefix) {
+    const Descriptor opened = openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY);
+    const auto names = opened ? namesIn(opened.get()) : std::nullopt;
+    if (!names)
+        return;
+    for (const std::string& name : *names) {
+        if (const auto mark = markIn(name, prefix); mark && isLeft(*mark))
+            removeTree(std::string(folder).append("/").append(name));
+    }
+}
+
+bool renamed(const std::string& from, const std::string& to, unsigned flags) {
+    return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
+}
+
+/// For file systems that cannot refuse to replace: neither way here ever does. A folder may only be renamed
+/// over an empty one, so an empty one of ours is made first.
+bool renameToNewByOtherMeans(const char* source, const char* target) {
+    struct stat found {};
+    if (::lstat(source, &found) != 0)
+        return false;
+    if (!S_ISDIR(found.st_mode))
+        return ::link(source, target) == 0 && ::unlink(source) == 0;
+    if (::mkdir(target, S_IRWXU) != 0)
+        return false;
+    if (::rename(source, target) == 0)
+        return true;
+    ::rmdir(target);
+    return false;
+}
+
+} // namespace
+
+StagedPath::StagedPath(const std::string& target) : target_(target) {
+    const std::string folder = parentOf(target);
+    const std::string prefix = "." + nameOf(target) + ".";
+    removeLeftovers(folder, prefix);
+    const std::string beginning = folder + "/" + prefix + std::to_string(::getpid()) + ".";
+    struct stat found {};
+    do
+        path_ = beginning + std::to_string(nextNumber++) + std::string(suffix);
+    while (::lstat(path_.c_str(), &found) == 0); // a leftover that could not be removed
+}
+
+StagedPath::~StagedPath() {
+    const int reason = errno; // of what has failed before
+    removeTree(path_);
+    errno = reason;
+}
+
+bool StagedPath::commitNew() {
+    if (renamed(path_, target_, RENAME_NOREPLACE))
+        return true;
+    return (errno == EINVAL || errno == ENOSYS) && renameToNewByOtherMeans(path_.c_str(), target_.c_str());
+}
+
+bool StagedPath::commitOver() { return ::rename(path_.c_str(), target_.c_str()) == 0; }
+
+bool StagedPath::commitInstead() {
+    const StagedPath aside(target_);
+    return moveInPlace(path_, target_, aside.path());
+}
+
+bool moveInPlace(const std::string& from, const std::string& place, const std::string& aside) {
+    if (renamed(from, place, RENAME_NOREPLACE) || (errno == EEXIST && renamed(from, place, RENAME_EXCHANGE)))
+        return true;
+    if (errno != EINVAL && errno != ENOSYS)
+        return false;
+    // A file system that knows neither way.
+    const bool isMoved = renamed(place, aside, 0);
+    if (renamed(from, place, 0))
+        return true;
+    const int reason = errno;
+    if (isMoved)
+        renamed(aside, place, 0);
+    errno = reason;
+    return false;
+}
+
+} // namespace join::platform

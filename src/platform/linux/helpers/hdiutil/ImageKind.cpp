@@ -1,0 +1,105 @@
+#include "platform/linux/helpers/hdiutil/ImageKind.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/helpers/hdiutil/Partitions.h"
+#include "platform/linux/helpers/hdiutil/UdifTrailer.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace join::platform::hdiutil {
+
+namespace {
+
+using namespace std::string_view_literals;
+
+bool isUdif(const RandomAccess& image) {
+    return image.size() >= UdifTrailer::size &&
+           isUdifTrailer(image.read(image.size() - UdifTrailer::size, UdifTrailer::size));
+}
+
+/// The second version has its header at the beginning, the first one at the end.
+bool isEncrypted(const RandomAccess& image) {
+    constexpr std::string_view first = "cdsaencr";
+    return image.read(0, 8) == "encrcdsa" ||
+           (image.size() >= first.size() && image.read(image.size() - first.size(), first.size()) == first);
+}
+
+bool isHfsPlus(const RandomAccess& image, const Extent& place) {
+    const std::string header = image.read(place.offset + 1024, 512);
+    if (header.size() != 512 || (!header.starts_with("H+\0\4"sv) && !header.starts_with("HX\0\5"sv)))
+        return false;
+    if (bigEndian(header, 40, 4) * bigEndian(header, 44, 4) > place.size)
+        throw Exception("the image is damaged: its volume is cut off");
+    return true;
+}
+
+/// An HFS+ volume may lie within one of its predecessor, which tells old Macs that they cannot read it.
+Extent unwrapped(const RandomAccess& image, const Extent& place) {
+    const std::string header = image.read(place.offset + 1024, 512);
+    if (header.size() != 512 || !header.starts_with("BD") || header.compare(124, 2, "H+") != 0)
+        return place;
+    const std::uint64_t blockSize = bigEndian(header, 20, 4);
+    const Extent volume{bigEndian(header, 28, 2) * 512 + bigEndian(header, 126, 2) * blockSize,
+                        bigEndian(header, 128, 2) * blockSize};
+    if (volume.offset > place.size || volume.size > place.size - volume.offset)
+        throw Exception("the image is damaged: its volume is cut off");
+    return {place.offset + volume.offset, volume.size};
+}
+
+std::optional<ImageFacts> volumeAt(const RandomAccess& image, const Extent& place) {
+    const Extent inner = unwrapped(image, place);
+    if (isHfsPlus(image, inner))
+        return ImageFacts{ImageKind::hfsPlus, inner};
+    if (image.read(place.offset + 32, 4) == "NXSB")
+        return ImageFacts{ImageKind::apfs, place};
+    return std::nullopt;
+}
+
+void refuseOtherFileSystems(const RandomAccess& image, std::uint64_t offset) {
+    struct Signature {
+        std::uint64_t place;
+        std::string_view bytes;
+        const char* fileSystem;
+    };
+    constexpr Signature signatures[] = {{3, "EXFAT   "sv, "exFAT"}, {3, "NTFS    "sv, "NTFS"},
+                                        {54, "FAT1"sv, "FAT"},      {82, "FAT32"sv, "FAT"},
+                                        {1024, "BD"sv, "HFS"},      {1080, "\x53\xEF"sv, "ext"},
+                                        {32769, "BEA01"sv, "UDF"}};
+    for (const Signature& signature : signatures) {
+        if (image.read(offset + signature.place, signature.bytes.size()) == signature.bytes)
+            throw Exception(std::string("the image holds another file system: ") + signature.fileSystem);
+    }
+}
+
+} // namespace
+
+ImageFacts tellKind(const RandomAccess& image) {
+    const Extent whole{0, image.size()};
+    if (isUdif(image))
+        return {ImageKind::udif, whole};
+    if (isEncrypted(image))
+        throw Exception("the image is encrypted");
+    if (const auto volume = volumeAt(image, whole))
+        return *volume;
+    const std::vector<Extent> partitions = partitionsOf(image);
+    std::optional<ImageFacts> found;
+    for (const Extent& partition : partitions) {
+        const auto volume = volumeAt(image, partition);
+        if (volume && found)
+            throw Exception("the image holds more than one volume");
+        if (volume)
+            found = volume;
+    }
+    if (found)
+        return *found;
+    if (image.read(32769, 5) == "CD001")
+        return {ImageKind::iso, whole};
+    refuseOtherFileSystems(image, 0);
+    for (const Extent& partition : partitions)
+        refuseOtherFileSystems(image, partition.offset);
+    throw Exception("this is no disk image");
+}
+
+} // namespace join::platform::hdiutil

@@ -1,0 +1,74 @@
+#include "platform/linux/helpers/hdiutil/IsoTrees.h"
+
+namespace join::platform::hdiutil {
+
+namespace {
+
+constexpr std::uint64_t sectorSize = 2048;
+constexpr std::uint64_t firstDescriptor = 16;
+constexpr std::uint64_t maximumDescriptors = 64;
+constexpr std::size_t nameSize = 32;
+
+enum DescriptorType : char { primary = 1, supplementary = 2 };
+
+/// The first record of the root folder begins its Rock Ridge part, if any, with a mark behind the 34 bytes of
+/// ISO 9660's own.
+bool hasRockRidge(const RandomAccess& image, std::string_view descriptor) {
+    constexpr std::size_t placeOfRoot = 162;
+    const std::uint64_t root = bigEndian(descriptor, placeOfRoot, 4) * sectorSize;
+    return image.read(root + 34, 6) == "SP\x07\x01\xBE\xEF";
+}
+
+/// One in UCS-2, by its escape sequence.
+bool isJoliet(std::string_view descriptor) {
+    const std::string_view escape = descriptor.substr(88, 3);
+    return descriptor.front() == supplementary && (escape == "%/@" || escape == "%/C" || escape == "%/E");
+}
+
+std::string utf8Of(unsigned unit) {
+    const auto byte = [](unsigned value) { return static_cast<char>(value); };
+    if (unit < 0x80)
+        return {byte(unit)};
+    const char last = byte(0x80U | (unit & 0x3FU));
+    if (unit < 0x800)
+        return {byte(0xC0U | unit >> 6U), last};
+    return {byte(0xE0U | unit >> 12U), byte(0x80U | (unit >> 6U & 0x3FU)), last};
+}
+
+std::string volumeNameIn(std::string_view descriptor) {
+    const std::string_view field = descriptor.substr(40, nameSize);
+    std::string name;
+    if (isJoliet(descriptor)) {
+        for (std::size_t place = 0; place < nameSize; place += 2)
+            name += utf8Of(static_cast<unsigned>(bigEndian(field, place, 2)));
+    } else {
+        name = field;
+    }
+    return name.substr(0, name.find_last_not_of(std::string(" \0", 2)) + 1);
+}
+
+} // namespace
+
+IsoTree richerTree(const RandomAccess& image) {
+    IsoTree tree;
+    bool isRicherBefore = false;
+    for (std::uint64_t number = 0; number < maximumDescriptors; ++number) {
+        const std::uint64_t place = (firstDescriptor + number) * sectorSize;
+        const std::string descriptor = image.read(place, sectorSize);
+        if (descriptor.size() != sectorSize || descriptor.compare(1, 5, "CD001") != 0)
+            break;
+        if (descriptor.front() == primary) {
+            isRicherBefore = hasRockRidge(image, descriptor);
+            tree.volumeName = volumeNameIn(descriptor);
+        } else if (isJoliet(descriptor)) {
+            if (isRicherBefore)
+                tree.poorer = place;
+            else
+                tree.volumeName = volumeNameIn(descriptor);
+            break;
+        }
+    }
+    return tree;
+}
+
+} // namespace join::platform::hdiutil

@@ -1,0 +1,212 @@
+#include "platform/linux/helpers/hdiutil/VolumePlan.h"
+
+#include "platform/Exception.h"
+#include "platform/Utf8.h"
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <string_view>
+#include <sys/stat.h>
+#include <unordered_map>
+
+namespace join::platform::hdiutil {
+
+namespace {
+
+constexpr std::size_t maximumName = NAME_MAX;
+constexpr std::size_t maximumPath = 1024;
+constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
+
+/// As a Mac shows a volume that knows no modes: anything in it may be started.
+constexpr mode_t modeWithoutOne = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
+
+enum class Store { none, ofFiles, ofFolders };
+
+/// The folders in which HFS+ keeps what hard links share. The name of the first begins with four NULs, that
+/// of the second ends with a carriage return; what 7zz makes of that depends on its version.
+Store storeNamed(std::string_view name) {
+    using namespace std::string_view_literals;
+    constexpr std::array ofFiles{"[HFS+ Private Data]"sv, "HFS+ Private Data"sv, "____HFS+ Private Data"sv,
+                                 "\0\0\0\0HFS+ Private Data"sv};
+    constexpr std::array ofFolders{".HFS+ Private Directory Data\r"sv, ".HFS+ Private Directory Data_"sv,
+                                   ".HFS+ Private Directory Data"sv};
+    if (std::find(ofFiles.begin(), ofFiles.end(), name) != ofFiles.end())
+        return Store::ofFiles;
+    return std::find(ofFolders.begin(), ofFolders.end(), name) != ofFolders.end() ? Store::ofFolders
+                                                                                  : Store::none;
+}
+
+/// Whether what has this name at the top of a volume belongs to the file system itself: stores of hard links,
+/// the journal, what APFS has yet to remove, what a disc starts a computer with.
+bool isOfTheFileSystem(std::string_view name, ImageKind kind) {
+    if (kind == ImageKind::iso)
+        return name == "[BOOT]";
+    if (kind == ImageKind::apfs)
+        return name == "private-dir";
+    return storeNamed(name) != Store::none || name == ".journal" || name == ".journal_info_block";
+}
+
+std::string_view firstComponent(std::string_view path) { return path.substr(0, path.find('/')); }
+
+const char* typeOf(ImageKind kind) {
+    if (kind == ImageKind::hfsPlus)
+        return "HFS";
+    return kind == ImageKind::apfs ? "APFS" : "Iso";
+}
+
+class Planner {
+public:
+    Planner(const Listing& listing, ImageKind kind, const VolumeLimits& limits)
+        : listing_(listing), kind_(kind), limits_(limits) {}
+
+    VolumePlan plan() {
+        plan_.name = volumeName();
+        if (!isPlainName(plan_.name) || plan_.name.starts_with('.'))
+            throw Exception("the volume's name cannot be used");
+        if (listing_.entries.size() > limits_.entries)
+            throw Exception("the volume holds too many files");
+        for (const ListedEntry& entry : listing_.entries)
+            add(entry);
+        for (const PlannedEntry& entry : plan_.entries)
+            requireFolderOf(entry.path);
+        return std::move(plan_);
+    }
+
+private:
+    /// Files of an HFS+ volume are listed below a top folder of its name.
+    bool hasTopFolder() const { return kind_ == ImageKind::hfsPlus; }
+
+    std::string volumeName() const {
+        if (listing_.types != std::vector<std::string>{typeOf(kind_)})
+            throw Exception("7zz takes the volume for something else than it is");
+        if (listing_.volumeNames.size() > 1)
+            throw Exception("the image holds more than one volume");
+        if (!hasTopFolder())
+            return listing_.volumeNames.empty() ? std::string() : listing_.volumeNames.front();
+        return listing_.entries.empty() ? std::string()
+                                        : std::string(firstComponent(listing_.entries.front().path));
+    }
+
+    std::string pathInVolume(const ListedEntry& entry) const {
+        if (!hasTopFolder())
+            return entry.path;
+        if (entry.path == plan_.name && entry.isFolder)
+            return {};
+        if (!entry.path.starts_with(plan_.name + "/"))
+            throw Exception("the image holds more than one volume");
+        return entry.path.substr(plan_.name.size() + 1);
+    }
+
+    void add(const ListedEntry& entry) {
+        PlannedEntry planned{.kind = EntryKind::hidden,
+                             .path = pathInVolume(entry),
+                             .size = entry.size,
+                             .mode = entry.mode.value_or(modeWithoutOne) & permissions,
+                             .modified = entry.modified,
+                             .linkText = linkTextOf(entry)};
+        if (isOfTheFileSystem(firstComponent(planned.path), kind_))
+            requireNoHardLink(planned.path);
+        else
+            show(planned, entry);
+        weigh(entry.size);
+        plan_.entries.push_back(std::move(planned));
+    }
+
+    void show(PlannedEntry& planned, const ListedEntry& entry) {
+        planned.kind = kindOf(entry);
+        requirePlainPath(planned.path, entry);
+        if (planned.kind == EntryKind::link)
+            requireLinkText(planned);
+        if (!kinds_.emplace(planned.path, planned.kind).second)
+            throw Exception("the volume holds two things of the same name: " + planned.path);
+    }
+
+    /// 7zz puts a separator behind a last ".." of an ISO volume's link, where none can be.
+    std::string linkTextOf(const ListedEntry& entry) const {
+        std::string text = entry.linkText;
+        if (kind_ == ImageKind::iso && text.ends_with("./"))
+            text.pop_back();
+        return text;
+    }
+
+    static EntryKind kindOf(const ListedEntry& entry) {
+        const mode_t type = entry.mode.value_or(0) & S_IFMT;
+        const bool isLink = type == S_IFLNK || !entry.linkText.empty();
+        if (entry.isFolder && !isLink && (type == 0 || type == S_IFDIR))
+            return EntryKind::folder;
+        if (!entry.isFolder && isLink)
+            return EntryKind::link;
+        if (!entry.isFolder && (type == 0 || type == S_IFREG))
+            return EntryKind::file;
+        throw Exception("the volume holds something else than files, folders and links");
+    }
+
+    /// The empty path is the volume's own.
+    void requirePlainPath(std::string_view path, const ListedEntry& entry) const {
+        const bool isVolume = path.empty() && hasTopFolder() && entry.isFolder;
+        bool isPlain = isVolume || path.size() <= maximumPath;
+        std::size_t depth = 0;
+        for (std::string_view rest = path; isPlain && !isVolume; ++depth) {
+            const std::string_view name = firstComponent(rest);
+            isPlain = isPlainName(name) && depth <= limits_.depth;
+            if (name.size() == rest.size())
+                break;
+            rest.remove_prefix(name.size() + 1);
+        }
+        if (!isPlain)
+            throw Exception("the volume holds a name that cannot be used");
+    }
+
+    /// 7zz shows what has hard links as empty files: what is in them lies in the store. It also holds files
+    /// that were removed while they were open ("temp" and a number), which are nobody's loss.
+    static void requireNoHardLink(std::string_view path) {
+        const std::string_view folder = firstComponent(path);
+        const std::string_view stored = path.substr(std::min(folder.size() + 1, path.size()));
+        const Store store = storeNamed(folder);
+        if ((store == Store::ofFiles && stored.starts_with("iNode")) ||
+            (store == Store::ofFolders && stored.starts_with("dir_")))
+            throw Exception("the volume holds hard links");
+    }
+
+    static void requireLinkText(const PlannedEntry& link) {
+        const bool isListed = link.size == 0 && !link.linkText.empty() && link.linkText.size() < PATH_MAX;
+        const bool isPutOut = link.size > 0 && link.size < PATH_MAX;
+        if (!isListed && !isPutOut)
+            throw Exception("the volume holds a link to nowhere: " + link.path);
+    }
+
+    void weigh(std::uint64_t size) {
+        if (size > limits_.bytes - plan_.bytes)
+            throw Exception("the volume is too large");
+        plan_.bytes += size;
+    }
+
+    void requireFolderOf(const std::string& path) const {
+        const auto separator = path.rfind('/');
+        if (separator == std::string::npos || isOfTheFileSystem(firstComponent(path), kind_))
+            return;
+        const auto folder = kinds_.find(path.substr(0, separator));
+        if (folder == kinds_.end() || folder->second != EntryKind::folder)
+            throw Exception("the volume holds a file in no folder: " + path);
+    }
+
+    const Listing& listing_;
+    ImageKind kind_;
+    const VolumeLimits& limits_;
+    VolumePlan plan_;
+    std::unordered_map<std::string, EntryKind> kinds_;
+};
+
+} // namespace
+
+bool isPlainName(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." && name.size() <= maximumName &&
+           name.find_first_of(std::string_view("/\n\0", 3)) == std::string_view::npos && isUtf8(name);
+}
+
+VolumePlan planVolume(const Listing& listing, ImageKind kind, const VolumeLimits& limits) {
+    return Planner(listing, kind, limits).plan();
+}
+
+} // namespace join::platform::hdiutil

@@ -1,0 +1,153 @@
+#include "platform/linux/helpers/hdiutil/VolumeWriter.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/files/Descriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace join::platform::hdiutil {
+
+namespace {
+
+[[noreturn]] void raise(const std::string& path) {
+    throw Exception("cannot make " + path + " of the volume: " + std::strerror(errno));
+}
+
+/// The path of an entry as the calls below a folder want it.
+const char* placeOf(const PlannedEntry& entry) { return entry.path.empty() ? "." : entry.path.c_str(); }
+
+std::array<timespec, 2> timesOf(const PlannedEntry& entry) {
+    const timespec modified{entry.modified.value_or(0), entry.modified ? 0 : UTIME_NOW};
+    return {modified, modified};
+}
+
+bool setTime(int descriptor, const PlannedEntry& entry) {
+    return ::futimens(descriptor, timesOf(entry).data()) == 0;
+}
+
+class Writer {
+public:
+    Writer(const std::string& folder, const ByteSource& source)
+        : top_(openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY | O_NOFOLLOW)), source_(source) {
+        if (!top_)
+            raise("the folder");
+    }
+
+    void write(const VolumePlan& plan) {
+        const std::vector<const PlannedEntry*> folders = foldersOf(plan);
+        for (const PlannedEntry* folder : folders) {
+            if (!folder->path.empty() && ::mkdirat(top_.get(), placeOf(*folder), S_IRWXU) != 0)
+                raise(folder->path);
+        }
+        for (const PlannedEntry& entry : plan.entries)
+            takeBytes(entry);
+        requireEnd();
+        for (const Link& link : links_)
+            makeLink(link);
+        // The innermost first: what is done to one changes the time of the one around it.
+        std::for_each(folders.rbegin(), folders.rend(), [&](const auto* folder) { setAttributes(*folder); });
+    }
+
+private:
+    struct Link {
+        const PlannedEntry* entry;
+        std::string text;
+    };
+
+    /// Sorted, so that each comes after the one it lies in.
+    static std::vector<const PlannedEntry*> foldersOf(const VolumePlan& plan) {
+        std::vector<const PlannedEntry*> folders;
+        for (const PlannedEntry& entry : plan.entries) {
+            if (entry.kind == EntryKind::folder)
+                folders.push_back(&entry);
+        }
+        std::sort(folders.begin(), folders.end(),
+                  [](const auto* one, const auto* other) { return one->path < other->path; });
+        return folders;
+    }
+
+    void takeBytes(const PlannedEntry& entry) {
+        if (entry.kind == EntryKind::file)
+            writeFile(entry);
+        else if (entry.kind == EntryKind::link)
+            links_.push_back({&entry, entry.size > 0 ? readText(entry) : entry.linkText});
+        else if (entry.kind == EntryKind::hidden)
+            readBytes(entry.size, [](std::string_view) { return true; });
+    }
+
+    void writeFile(const PlannedEntry& entry) {
+        constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+        Descriptor file(::openat(top_.get(), placeOf(entry), flags, S_IRUSR | S_IWUSR));
+        const auto append = [&](std::string_view bytes) { return writeAll(file.get(), bytes); };
+        if (!file || !readBytes(entry.size, append) || ::fchmod(file.get(), entry.mode) != 0 ||
+            !setTime(file.get(), entry) || !file.close())
+            raise(entry.path);
+    }
+
+    std::string readText(const PlannedEntry& link) {
+        std::string text;
+        readBytes(link.size, [&](std::string_view bytes) {
+            text += bytes;
+            return true;
+        });
+        if (text.ends_with('\0'))
+            text.pop_back(); // APFS ends it so
+        if (text.empty() || text.find('\0') != std::string::npos)
+            throw Exception("the volume holds a link to nowhere: " + link.path);
+        return text;
+    }
+
+    /// Hands so many bytes on; false as soon as they are not taken.
+    template <typename Sink>
+    bool readBytes(std::uint64_t size, const Sink& sink) {
+        while (size > 0) {
+            const std::size_t wanted = std::min<std::uint64_t>(size, buffer_.size());
+            const std::size_t count = source_(buffer_.data(), wanted);
+            if (count == 0)
+                throw Exception("the image is damaged: the volume's files are cut off");
+            if (!sink({buffer_.data(), count}))
+                return false;
+            size -= count;
+        }
+        return true;
+    }
+
+    void requireEnd() {
+        if (source_(buffer_.data(), 1) != 0)
+            throw Exception("the image is damaged: the volume's files are longer than listed");
+    }
+
+    void makeLink(const Link& link) {
+        const char* path = placeOf(*link.entry);
+        if (::symlinkat(link.text.c_str(), top_.get(), path) != 0 ||
+            ::utimensat(top_.get(), path, timesOf(*link.entry).data(), AT_SYMLINK_NOFOLLOW) != 0)
+            raise(link.entry->path);
+    }
+
+    void setAttributes(const PlannedEntry& folder) {
+        const Descriptor opened = openForReading(top_.get(), placeOf(folder), O_DIRECTORY | O_NOFOLLOW);
+        if (!opened || ::fchmod(opened.get(), folder.mode | S_IRWXU) != 0 || !setTime(opened.get(), folder))
+            raise(folder.path);
+    }
+
+    Descriptor top_;
+    const ByteSource& source_;
+    std::vector<char> buffer_ = std::vector<char>(std::size_t{1} << 18);
+    std::vector<Link> links_;
+};
+
+} // namespace
+
+void writeVolume(const VolumePlan& plan, const std::string& folder, const ByteSource& source) {
+    Writer(folder, source).write(plan);
+}
+
+} // namespace join::platform::hdiutil

@@ -1,0 +1,76 @@
+#include "platform/linux/helpers/register-scheme/DesktopEntry.h"
+
+#include "platform/linux/helpers/register-scheme/DesktopEntryTemplate.h"
+#include "platform/linux/system/LogText.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+bool canStandInAFile(std::string_view path) {
+    return path.find_first_of("\n\t") == std::string_view::npos && escapedForLog(path) == path;
+}
+
+std::string escaped(std::string_view text, std::string_view special, char escape) {
+    std::string result;
+    for (const char c : text) {
+        if (special.find(c) != std::string_view::npos)
+            result += escape;
+        result += c;
+    }
+    return result;
+}
+
+/// A value of the type string. Its other escapes are for control characters.
+std::string stringValue(std::string_view text) { return escaped(text, "\\", '\\'); }
+
+/// The path as the beginning of a command line. Quotes are for the paths that need them: some launchers split
+/// at blanks and know no quotes. GLib looks for a program before it takes "%%" for "%", so it is shown env.
+std::string command(std::string_view path) {
+    std::string word = escaped(path, "%", '%');
+    if (word.find_first_of(" \"'\\><~|&;$*?#()`") != std::string::npos)
+        word = std::string("\"").append(escaped(word, "\"`$\\", '\\')).append("\"");
+    return word.find('%') == std::string::npos ? word : "/usr/bin/env " + word;
+}
+
+using Values = std::array<std::pair<std::string_view, std::string>, 3>;
+
+/// What is put in is not looked at again: a path may look like a placeholder.
+std::string filledIn(std::string_view text, const Values& values) {
+    std::string result;
+    while (!text.empty()) {
+        const auto value =
+            std::ranges::find_if(values, [&](const auto& named) { return text.starts_with(named.first); });
+        if (value != values.end())
+            result.append(value->second);
+        else
+            result += text.front();
+        text.remove_prefix(value != values.end() ? value->first.size() : 1);
+    }
+    return result;
+}
+
+} // namespace
+
+std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
+    if (!canStandInAFile(entry.executable) || !canStandInAFile(entry.icon) ||
+        entry.executable.find('=') != std::string::npos)
+        return std::nullopt;
+    const Values values{{{"@JOIN_ENTRY_EXEC@", stringValue(command(entry.executable))},
+                         {"@JOIN_ENTRY_TRY_EXEC@", stringValue(entry.executable)},
+                         {"@JOIN_ENTRY_ICON@", stringValue(entry.icon)}}};
+    return filledIn(desktopEntryTemplate, values);
+}
+
+bool isPlainName(std::string_view text) {
+    constexpr std::string_view signs = ".+_-";
+    constexpr std::string_view all = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789.+_-";
+    return !text.empty() && signs.find(text.front()) == std::string_view::npos &&
+           text.find_first_not_of(all) == std::string_view::npos;
+}
+
+} // namespace join::platform

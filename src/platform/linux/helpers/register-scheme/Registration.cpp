@@ -1,0 +1,163 @@
+#include "platform/linux/helpers/register-scheme/Registration.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/desktop/SchemeRegistration.h"
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/files/Environment.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/linux/files/LinuxPaths.h"
+#include "platform/linux/files/StagedFile.h"
+#include "platform/linux/helpers/register-scheme/DesktopEntry.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <gio/gio.h>
+#include <memory>
+#include <string_view>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace join::platform::registerscheme {
+
+namespace {
+
+constexpr std::size_t maximumEntry = 1 << 20;
+constexpr mode_t privateFolder = S_IRWXU;
+constexpr mode_t privateFile = S_IRUSR | S_IWUSR;
+constexpr mode_t readableFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
+
+[[noreturn]] void raise(const std::string& path, const char* reason) {
+    throw Exception(path + " cannot be written: " + reason);
+}
+
+/// Where GIO looks for the user's folders: in the same places as the rest of this program.
+void setEnvironment() {
+    ::setenv("HOME", LinuxPaths().home().c_str(), 1);
+    for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
+        if (!absoluteFromEnvironment(name))
+            ::unsetenv(name);
+    ::setenv("GIO_USE_VFS", "local", 1); // no service of the session is needed or started
+}
+
+/// Open and locked; not open when another process has locked it.
+Descriptor lockMark(const std::string& path) {
+    makeFolders(parentOf(path), privateFolder);
+    constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
+    Descriptor mark(::open(path.c_str(), flags, privateFile));
+    if (mark && ::flock(mark.get(), LOCK_EX | LOCK_NB) == 0)
+        return mark;
+    if (mark && errno == EWOULDBLOCK)
+        return {};
+    throw Exception(path + " cannot be locked: " + std::strerror(errno));
+}
+
+std::string entryText(const Registration& registration) {
+    const std::string executable = registration.bundle + "/Contents/MacOS/Join";
+    const std::string icon = registration.bundle + "/Contents/Resources/Join.svg";
+    const bool hasIcon = ::access(icon.c_str(), R_OK) == 0;
+    const auto text =
+        desktopEntryText({.executable = executable, .icon = hasIcon ? icon : registration.bundleIdentifier});
+    if (!text)
+        throw Exception("no desktop entry can name the program " + executable);
+    return *text;
+}
+
+struct Unref {
+    void operator()(void* object) const { g_object_unref(object); }
+    void operator()(GKeyFile* file) const { g_key_file_unref(file); }
+    void operator()(GError* error) const { g_error_free(error); }
+    void operator()(char* text) const { g_free(text); }
+};
+template <typename Type>
+using Held = std::unique_ptr<Type, Unref>;
+
+void write(const std::string& path, std::string_view text) {
+    StagedFile file(path);
+    if (!makeFolders(parentOf(path), privateFolder) || !file.open() || !file.write(text) || !file.commit())
+        raise(path, std::strerror(errno));
+}
+
+/// Only a file of ours is written over; a link or a folder was put there by somebody.
+void ensureEntry(const std::string& path, const std::string& text) {
+    struct stat found {};
+    if (::lstat(path.c_str(), &found) == 0) {
+        if (!S_ISREG(found.st_mode))
+            raise(path, "something else has its name");
+        const Descriptor written = openForReading(AT_FDCWD, path.c_str(), O_NOFOLLOW);
+        if (written && readAll(written.get(), maximumEntry) == text)
+            return;
+    }
+    write(path, text);
+    if (const Descriptor written = openForReading(AT_FDCWD, path.c_str(), O_NOFOLLOW))
+        ::fchmod(written.get(), readableFile);
+}
+
+/// The list with all that it holds; an empty one when there is none. Throws Exception when it cannot be read.
+Held<GKeyFile> readDefaults(const std::string& list) {
+    Held<GKeyFile> file(g_key_file_new());
+    struct stat found {};
+    if (::stat(list.c_str(), &found) != 0 || found.st_size == 0)
+        return file;
+    constexpr auto flags =
+        static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
+    GError* error = nullptr;
+    if (!g_key_file_load_from_file(file.get(), list.c_str(), flags, &error))
+        throw Exception(list + " is left as it is: " + Held<GError>(error)->message);
+    return file;
+}
+
+/// Makes the entry the list's default for the type and leaves the rest of the list as it is. GIO's own
+/// function drops its comments, and everything in a list that it cannot read.
+void ensureDefault(const std::string& list, const std::string& type, const std::string& entryId) {
+    constexpr const char* group = "Default Applications";
+    const Held<GKeyFile> file = readDefaults(list);
+    const Held<char> value(g_key_file_get_string(file.get(), group, type.c_str(), nullptr));
+    const std::string_view entries = value ? value.get() : "";
+    if (entries.substr(0, entries.find(';')) == entryId)
+        return;
+    g_key_file_set_string(file.get(), group, type.c_str(), entryId.c_str());
+    std::error_code error; // the list may be a link into a folder that the user keeps
+    const std::string place = std::filesystem::weakly_canonical(list, error);
+    const Held<char> text(g_key_file_to_data(file.get(), nullptr, nullptr));
+    write(error ? list : place, text.get());
+}
+
+/// The desktop takes an entry only if it can be started, and a list of its own goes before the user's.
+void requireDefault(const std::string& type, const std::string& entryId) {
+    const Held<GAppInfo> opened(g_app_info_get_default_for_type(type.c_str(), FALSE));
+    const char* openedId = opened ? g_app_info_get_id(opened.get()) : nullptr;
+    if (openedId == nullptr || entryId != openedId)
+        throw Exception("links of " + type + " go to " + (openedId != nullptr ? openedId : "no program"));
+}
+
+} // namespace
+
+std::optional<Registration> registrationFrom(const std::vector<std::string>& arguments) {
+    if (arguments.size() != 3 || !isPlainName(arguments[0]) || !isPlainName(arguments[1]) ||
+        !arguments[2].starts_with('/'))
+        return std::nullopt;
+    return Registration{arguments[0], arguments[1], arguments[2]};
+}
+
+void registerScheme(const Registration& registration) {
+    setEnvironment();
+    const RegistrationFiles files(registration.bundleIdentifier);
+    const Descriptor mark = lockMark(files.mark);
+    if (!mark)
+        return;
+    ensureEntry(files.entry, entryText(registration));
+    const std::string type = "x-scheme-handler/" + registration.scheme;
+    const std::string entryId = nameOf(files.entry);
+    ensureDefault(files.defaults, type, entryId);
+    requireDefault(type, entryId);
+    if (::ftruncate(mark.get(), 0) != 0 ||
+        !writeAll(mark.get(), registrationFacts(files, registration.bundle)))
+        raise(files.mark, std::strerror(errno));
+}
+
+} // namespace join::platform::registerscheme

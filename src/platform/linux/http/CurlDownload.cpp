@@ -1,0 +1,169 @@
+#include "platform/linux/http/CurlDownload.h"
+
+#include "platform/linux/files/StagedFile.h"
+
+#include <openssl/ssl.h>
+
+#include <cerrno>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+using Failure = std::optional<std::string>; ///< a description; nothing when all went well
+
+constexpr long bufferSize = 256L << 10;
+
+std::string withReason(const std::string& text, int error) {
+    return text + ": " + std::generic_category().message(error);
+}
+
+/// In bytes; -1 when none is announced.
+curl_off_t announcedLength(CURL* handle) {
+    curl_off_t length = -1;
+    curl_easy_getinfo(handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
+    return length;
+}
+
+/// Whether only the end of the connection says where the body ends (RFC 9112, 6.3).
+bool endsWithConnection(CURL* handle) {
+    long version = CURL_HTTP_VERSION_NONE;
+    curl_easy_getinfo(handle, CURLINFO_HTTP_VERSION, &version);
+    curl_header* coding = nullptr;
+    return announcedLength(handle) < 0 && version < CURL_HTTP_VERSION_2_0 &&
+           curl_easy_header(handle, "Transfer-Encoding", 0, CURLH_HEADER, -1, &coding) != CURLHE_OK;
+}
+
+/// The way of one body into its file.
+class Transfer {
+public:
+    Transfer(const DownloadRequest& request, CURL* handle)
+        : request_(request), handle_(handle), exchange_(request.url, maximumDownloadSize),
+          file_(request.destination) {}
+
+    /// Makes the file and the request ready.
+    Failure prepare();
+
+    /// The request has ended with this code: puts the whole file at its destination.
+    Failure conclude(CURLcode code);
+
+private:
+    static std::size_t receive(char* bytes, std::size_t one, std::size_t size, void* transfer) noexcept;
+    static int noteEndOfTls(void* transfer, curl_off_t total, curl_off_t now, curl_off_t sendTotal,
+                            curl_off_t sentNow) noexcept;
+    bool setOptions();
+    Failure reasonToRefuseAnswer() const;
+    Failure take(std::string_view bytes);
+
+    const DownloadRequest& request_;
+    CURL* handle_;
+    CurlExchange exchange_;
+    StagedFile file_;
+    bool hasBody_ = false;
+    bool hasEndOfTls_ = false; ///< of the connection that was used last
+    Failure failure_;          ///< found while the body arrived
+};
+
+Failure Transfer::prepare() {
+    if (!file_.open())
+        return withReason("A file cannot be made at " + request_.destination, errno);
+    if (!setOptions())
+        return optionsRefused;
+    return std::nullopt;
+}
+
+bool Transfer::setOptions() {
+    CurlOptions options(handle_, exchange_);
+    options.set(CURLOPT_USERAGENT, withoutControls(request_.userAgent).c_str());
+    options.setStallTimeout(request_.stallTimeout);
+    options.set(CURLOPT_BUFFERSIZE, bufferSize);
+    options.set(CURLOPT_WRITEFUNCTION, &receive);
+    options.set(CURLOPT_WRITEDATA, this);
+    options.set(CURLOPT_XFERINFOFUNCTION, &noteEndOfTls);
+    options.set(CURLOPT_XFERINFODATA, this);
+    options.set(CURLOPT_NOPROGRESS, 0L);
+    return options.accepted();
+}
+
+std::size_t Transfer::receive(char* bytes, std::size_t /*one*/, std::size_t size, void* transfer) noexcept {
+    auto& self = *static_cast<Transfer*>(transfer);
+    if (!self.exchange_.count(size))
+        return CURL_WRITEFUNC_ERROR;
+    self.failure_ = self.take({bytes, size});
+    return self.failure_ ? CURL_WRITEFUNC_ERROR : size;
+}
+
+Failure Transfer::take(std::string_view bytes) {
+    if (!std::exchange(hasBody_, true))
+        if (auto reason = reasonToRefuseAnswer())
+            return reason;
+    if (!file_.write(bytes))
+        return withReason("The file cannot be written", errno);
+    return std::nullopt;
+}
+
+Failure Transfer::reasonToRefuseAnswer() const {
+    long status = 0;
+    curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+    if (status < 200 || status > 299)
+        return "The server has answered with status " + std::to_string(status);
+    const curl_off_t announced = announcedLength(handle_);
+    const auto room = file_.freeSpace();
+    if (room && announced > 0 && static_cast<std::uint64_t>(announced) > *room)
+        return "The file needs " + std::to_string(announced) + " bytes, but the disk has room for " +
+               std::to_string(*room);
+    return std::nullopt;
+}
+
+/// libcurl takes the end of the network connection for that of TLS as well, so that anyone on the way could
+/// shorten a file whose length was not announced. It asks here a last time before it closes the connection.
+int Transfer::noteEndOfTls(void* transfer, curl_off_t /*total*/, curl_off_t /*now*/, curl_off_t /*sendTotal*/,
+                           curl_off_t /*sentNow*/) noexcept {
+    auto& self = *static_cast<Transfer*>(transfer);
+    curl_tlssessioninfo* session = nullptr;
+    curl_easy_getinfo(self.handle_, CURLINFO_TLS_SSL_PTR, &session);
+    if (session && session->internals)
+        self.hasEndOfTls_ = SSL_get_shutdown(static_cast<SSL*>(session->internals)) & SSL_RECEIVED_SHUTDOWN;
+    return 0;
+}
+
+Failure Transfer::conclude(CURLcode code) {
+    if (failure_)
+        return failure_;
+    if (code != CURLE_OK)
+        return exchange_.descriptionOf(code);
+    if (!hasBody_)
+        return reasonToRefuseAnswer().value_or("The server has sent no file");
+    if (endsWithConnection(handle_) && !hasEndOfTls_)
+        return "No whole answer has come: the connection was cut off";
+    if (!file_.commit())
+        return withReason("The file cannot be put at " + request_.destination, errno);
+    return std::nullopt;
+}
+
+} // namespace
+
+CurlDownload::CurlDownload(DownloadRequest request, MainQueue& mainQueue, DownloadDelegate& delegate)
+    : request_(std::move(request)), report_(mainQueue, delegate),
+      worker_([this](CURL* handle, const std::stop_token& stop) { run(handle, stop); }) {}
+
+void CurlDownload::run(CURL* handle, const std::stop_token& stop) {
+    auto failure = fetch(handle, stop);
+    if (failure)
+        report_.tell(&DownloadDelegate::downloadDidFail, HttpError{std::move(*failure), request_.url});
+    else
+        report_.tell(&DownloadDelegate::downloadDidFinish);
+}
+
+Failure CurlDownload::fetch(CURL* handle, const std::stop_token& stop) {
+    Transfer transfer(request_, handle);
+    if (auto failure = transfer.prepare())
+        return failure;
+    report_.tell(&DownloadDelegate::downloadDidBegin);
+    return transfer.conclude(CurlWorker::perform(handle, stop));
+}
+
+} // namespace join::platform

@@ -1,0 +1,155 @@
+#include "platform/linux/instance/InstanceListener.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdint>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <sys/socket.h>
+#include <unistd.h>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using namespace std::chrono_literals;
+
+/// A start that connects and then says nothing has been stopped on its way.
+constexpr auto patience = 5s;
+constexpr std::size_t maximumConnections = 256;
+
+/// The signals of the program are the main thread's: a thread inherits what is blocked when it begins.
+class AllSignalsBlocked {
+public:
+    AllSignalsBlocked() {
+        sigset_t all;
+        ::sigfillset(&all);
+        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+    }
+    ~AllSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
+    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
+
+private:
+    sigset_t before_{};
+};
+
+} // namespace
+
+bool isOwnPeer(int socket) {
+    ucred peer{};
+    socklen_t size = sizeof peer;
+    return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
+}
+
+struct InstanceListener::Connection {
+    Descriptor socket;
+    Clock::time_point limit;
+    bool isReady = false;
+};
+
+InstanceListener::InstanceListener(Descriptor socket)
+    : socket_(std::move(socket)), stop_(::eventfd(0, EFD_CLOEXEC)), buffer_(maximumInstanceMessageSize + 1) {}
+
+InstanceListener::~InstanceListener() { close(); }
+
+void InstanceListener::begin() {
+    const AllSignalsBlocked blocked;
+    thread_ = std::thread([this] { serve(); });
+}
+
+void InstanceListener::setNotification(std::function<void()> notify) {
+    const std::scoped_lock lock(mutex_);
+    notify_ = std::move(notify);
+    for (std::size_t i = 0; i < waiting_.size(); ++i)
+        notify_();
+}
+
+std::optional<InstanceMessage> InstanceListener::next() {
+    const std::scoped_lock lock(mutex_);
+    if (waiting_.empty())
+        return std::nullopt;
+    InstanceMessage message = std::move(waiting_.front());
+    waiting_.pop_front();
+    return message;
+}
+
+std::vector<InstanceMessage> InstanceListener::close() {
+    std::vector<InstanceMessage> left;
+    {
+        const std::scoped_lock lock(mutex_);
+        closed_ = true;
+        left.assign(std::make_move_iterator(waiting_.begin()), std::make_move_iterator(waiting_.end()));
+        waiting_.clear();
+    }
+    if (thread_.joinable()) {
+        const std::uint64_t one = 1;
+        [[maybe_unused]] const auto written = ::write(stop_.get(), &one, sizeof one);
+        thread_.join();
+    }
+    socket_.close();
+    return left;
+}
+
+void InstanceListener::serve() {
+    std::vector<Connection> connections;
+    for (;;) {
+        std::vector<pollfd> polled = {{stop_.get(), POLLIN, 0}};
+        for (const Connection& connection : connections)
+            polled.push_back({connection.socket.get(), POLLIN, 0});
+        if (connections.size() < maximumConnections)
+            polled.push_back({socket_.get(), POLLIN, 0});
+        const int timeout =
+            connections.empty() ? -1 : static_cast<int>(std::chrono::milliseconds(1s).count());
+        if (::poll(polled.data(), polled.size(), timeout) < 0 && errno != EINTR)
+            return;
+        if (polled.front().revents != 0)
+            return;
+        for (std::size_t i = 0; i < connections.size(); ++i)
+            connections[i].isReady = polled[i + 1].revents != 0;
+        std::erase_if(connections, [this](Connection& connection) {
+            if (connection.isReady)
+                answer(connection);
+            return connection.isReady || Clock::now() > connection.limit;
+        });
+        acceptAll(connections);
+    }
+}
+
+void InstanceListener::acceptAll(std::vector<Connection>& connections) {
+    while (connections.size() < maximumConnections) {
+        Descriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        if (socket && isOwnPeer(socket.get()))
+            connections.push_back({std::move(socket), Clock::now() + patience});
+        else if (!socket && errno == EAGAIN)
+            return;
+        else if (!socket && errno != EINTR && errno != ECONNABORTED) {
+            std::this_thread::sleep_for(10ms); // no descriptors are left for now, and poll would not wait
+            return;
+        }
+    }
+}
+
+void InstanceListener::answer(Connection& connection) {
+    const ssize_t size = ::recv(connection.socket.get(), buffer_.data(), buffer_.size(), 0);
+    if (size <= 0)
+        return;
+    if (auto message = parseInstanceMessage({buffer_.data(), static_cast<std::size_t>(size)}))
+        take(connection.socket, std::move(*message));
+}
+
+/// What cannot be answered is not taken, and the other way round.
+void InstanceListener::take(const Descriptor& sender, InstanceMessage message) {
+    const std::scoped_lock lock(mutex_);
+    if (closed_ || ::send(sender.get(), instanceReply.data(), instanceReply.size(), MSG_NOSIGNAL) < 0)
+        return;
+    waiting_.push_back(std::move(message));
+    if (notify_)
+        notify_();
+}
+
+} // namespace join::platform

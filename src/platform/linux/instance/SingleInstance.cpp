@@ -1,0 +1,163 @@
+#include "platform/linux/instance/SingleInstance.h"
+
+#include "platform/Exception.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <sys/file.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+using namespace std::chrono_literals;
+using SteadyClock = std::chrono::steady_clock;
+
+constexpr const char* lockName = "instance.lock";
+constexpr const char* socketName = "instance";
+
+[[noreturn]] void raise(const std::string& what) { throw Exception(what + ": " + std::strerror(errno)); }
+
+Descriptor packetSocket() {
+    Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    if (!socket)
+        raise("No socket can be had");
+    return socket;
+}
+
+/// The socket's address by way of its open folder: an address is short, and a folder's path may be long.
+sockaddr_un addressIn(const Descriptor& folder) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string path = "/proc/self/fd/" + std::to_string(folder.get()) + "/" + socketName;
+    path.copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+    return address;
+}
+
+void setPatience(const Descriptor& socket, std::chrono::microseconds patience) {
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(patience);
+    const timeval value{.tv_sec = seconds.count(), .tv_usec = (patience - seconds).count()};
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &value, sizeof value);
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
+}
+
+/// Whether the name in the folder is that of the open file, and not of one made after it was removed.
+bool isStillNamed(const Descriptor& file, const Descriptor& folder, const char* name) {
+    struct stat open {};
+    struct stat named {};
+    return ::fstat(file.get(), &open) == 0 &&
+           ::fstatat(folder.get(), name, &named, AT_SYMLINK_NOFOLLOW) == 0 && open.st_dev == named.st_dev &&
+           open.st_ino == named.st_ino;
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(Descriptor folder, std::chrono::milliseconds patience)
+    : folder_(std::move(folder)), patience_(patience) {}
+
+SingleInstance::Start SingleInstance::start(const InstanceMessage& message) {
+    const auto bytes = instanceMessageBytes(message);
+    const auto limit = SteadyClock::now() + patience_;
+    for (;;) {
+        if (takePlace())
+            return Start::first;
+        if (!bytes)
+            return Start::unanswered;
+        const Answer answer = send(*bytes, limit);
+        if (answer == Answer::taken)
+            return Start::handedOver;
+        if (answer == Answer::none || SteadyClock::now() > limit)
+            return Start::unanswered;
+        std::this_thread::sleep_for(1ms); // the first one is about to listen, or about to be gone
+    }
+}
+
+bool SingleInstance::handOver(const InstanceMessage& message) {
+    const auto bytes = instanceMessageBytes(message);
+    const auto limit = SteadyClock::now() + patience_;
+    while (bytes && SteadyClock::now() < limit) {
+        if (const Answer answer = send(*bytes, limit); answer != Answer::nobodyThere)
+            return answer == Answer::taken;
+        std::this_thread::sleep_for(1ms);
+    }
+    return false;
+}
+
+std::vector<InstanceMessage> SingleInstance::resign() {
+    std::vector<InstanceMessage> left;
+    if (listener_) {
+        left = listener_->close();
+        ::unlinkat(folder_.get(), socketName, 0);
+    }
+    lock_.close();
+    return left;
+}
+
+bool SingleInstance::takePlace() {
+    Descriptor lock(
+        ::openat(folder_.get(), lockName, O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR));
+    if (!lock)
+        raise("The lock file cannot be opened");
+    if (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        if (errno != EWOULDBLOCK)
+            raise("The lock file takes no lock");
+        return false;
+    }
+    if (!isStillNamed(lock, folder_, lockName))
+        return false; // somebody tidied up; the next try meets the new file
+    listener_.emplace(listeningSocket());
+    lock_ = std::move(lock);
+    return true;
+}
+
+Descriptor SingleInstance::listeningSocket() const {
+    Descriptor socket = packetSocket();
+    const sockaddr_un address = addressIn(folder_);
+    ::unlinkat(folder_.get(), socketName, 0); // whoever left it is dead: we hold the lock
+    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(socket.get(), SOMAXCONN) != 0 || ::fcntl(socket.get(), F_SETFL, O_NONBLOCK) != 0)
+        raise("The socket cannot be made");
+    return socket;
+}
+
+SingleInstance::Answer SingleInstance::send(const std::string& bytes, SteadyClock::time_point limit) const {
+    const Descriptor socket = packetSocket();
+    const int size = static_cast<int>(maximumInstanceMessageSize);
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
+    // Never zero, which would mean for ever.
+    setPatience(socket,
+                std::max<std::chrono::microseconds>(
+                    1ms, std::chrono::duration_cast<std::chrono::microseconds>(limit - SteadyClock::now())));
+    const sockaddr_un address = addressIn(folder_);
+    if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
+        return errno == EAGAIN ? Answer::none : Answer::nobodyThere;
+    if (!isOwnPeer(socket.get()))
+        return Answer::none;
+    std::array<char, instanceReply.size()> reply{};
+    if (::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) < 0)
+        return errno == EAGAIN ? Answer::none : Answer::nobodyThere;
+    ssize_t received = ::recv(socket.get(), reply.data(), reply.size(), 0);
+    if (received < 0 && errno == EAGAIN) {
+        ::shutdown(socket.get(), SHUT_RD); // no answer can be sent any more; one that was counts
+        received = ::recv(socket.get(), reply.data(), reply.size(), MSG_DONTWAIT);
+        if (received <= 0)
+            return Answer::none;
+    }
+    if (received < 0)
+        return Answer::nobodyThere;
+    return std::string_view(reply.data(), static_cast<std::size_t>(received)) == instanceReply
+               ? Answer::taken
+               : Answer::nobodyThere;
+}
+
+} // namespace join::platform

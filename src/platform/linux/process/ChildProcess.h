@@ -1,0 +1,51 @@
+#pragma once
+
+#include "platform/linux/files/Descriptor.h"
+#include "platform/linux/process/Interruption.h"
+
+#include <cstddef>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+namespace join::platform::hdiutil {
+
+/// A program to run: its absolute path, its arguments, and the one file that it finds open beside its
+/// standard streams, as descriptor 3.
+struct ChildProgram {
+    static constexpr const char* fileArgument = "/proc/self/fd/3"; ///< what to call that file in arguments
+
+    std::string path;
+    std::vector<std::string> arguments;
+    int file;
+};
+
+/// A running program with nothing of ours but that file: no input, a minimal environment, errors unheard. It
+/// leads a process group of its own, which is killed when this object goes, and dies with us.
+class ChildProcess {
+public:
+    enum class Output { read, ignored };
+
+    /// Throws Exception when it cannot be started. The interruption must outlive this.
+    ChildProcess(const ChildProgram& program, Output output, const Interruption& interruption);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /// Like read(2) on its output. Throws Exception on an error or an interruption.
+    std::size_t read(char* buffer, std::size_t size);
+
+    /// Waits for its end; gives its exit status, or minus the signal that ended it. Throws Exception on an
+    /// interruption.
+    int finish();
+
+private:
+    int reap();
+
+    const Interruption& interruption_;
+    Descriptor output_;
+    Descriptor handle_;
+    pid_t process_ = -1;
+};
+
+} // namespace join::platform::hdiutil

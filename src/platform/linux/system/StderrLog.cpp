@@ -1,0 +1,58 @@
+#include "platform/linux/system/StderrLog.h"
+
+#include "platform/linux/system/LogText.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+Descriptor openLogFile(const std::string& path) {
+    // Not to wait for the other end of a pipe that somebody has put there.
+    constexpr int flags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    return Descriptor(::open(path.c_str(), flags, 0666));
+}
+
+bool pointAt(int stream, int file) {
+    int result = -1;
+    do
+        result = ::dup2(file, stream);
+    while (result < 0 && errno == EINTR);
+    return result >= 0;
+}
+
+} // namespace
+
+StderrLog::StderrLog(std::string processName, Clock& clock)
+    : processName_(std::move(processName)), clock_(clock),
+      first_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {}
+
+void StderrLog::write(std::string_view message) {
+    std::string line = logPrefix(clock_.localTime(), {processName_, ::getpid(), ::gettid()});
+    line += escapedForLog(message);
+    line += '\n';
+    if (!writeAll(STDERR_FILENO, line))
+        writeAll(first_.get(), line);
+}
+
+std::uint64_t StderrLog::redirectStandardStreams(const std::string& path) {
+    struct stat status {};
+    if (::stat(path.c_str(), &status) == 0 && current_ == FileIdentity{status.st_dev, status.st_ino})
+        return static_cast<std::uint64_t>(status.st_size);
+
+    const Descriptor file = openLogFile(path);
+    if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
+        return 0;
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (!pointAt(stream, file.get()))
+            return 0;
+    current_ = FileIdentity{status.st_dev, status.st_ino};
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+} // namespace join::platform

@@ -1,0 +1,75 @@
+#include "platform/linux/bundles/LinuxBundles.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/documents/PlistPropertyLists.h"
+#include "platform/linux/files/LinuxFileManager.h"
+#include "support/TemporaryFolder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+using namespace join::platform;
+using namespace join::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+class BundlesOfLinux : public testing::Test {
+protected:
+    BundlesOfLinux() { writeProgram(contents_ + "/MacOS/Run"); }
+
+    static void writeProgram(const std::string& path) {
+        ::chmod(writeFile(path, "#!/bin/sh\n").c_str(), 0755);
+    }
+
+    void writeList(const std::string& list) { writeFile(contents_ + "/Info.plist", list); }
+    void writeName(const std::string& name, const std::string& key = "CFBundleExecutable") {
+        writeList("<plist><dict><key>" + key + "</key><string>" + name + "</string></dict></plist>");
+    }
+
+    TemporaryFolder folder_;
+    SystemRoot root_{folder_ / "root"};
+    LinuxFileManager files_{root_};
+    PlistPropertyLists lists_;
+    LinuxBundles bundles_{files_, lists_, root_};
+    const std::string path_ = "/Applications/A.app";
+    const std::string contents_ = folder_ / "root/Applications/A.app/Contents";
+};
+
+} // namespace
+
+TEST_F(BundlesOfLinux, TheMainExecutableIsToldByTheSystemsPath) {
+    writeName("Run");
+    for (const char* path : {"/Applications/A.app", "/Applications/A.app/", "//Applications/./A.app"})
+        EXPECT_EQ(bundles_.mainExecutable(path), "/Applications/A.app/Contents/MacOS/Run");
+    fs::create_directory_symlink(folder_ / "root/Applications/A.app", folder_ / "Link.app");
+    EXPECT_EQ(bundles_.mainExecutable(folder_ / "Link.app"), folder_ / "Link.app/Contents/MacOS/Run");
+}
+
+TEST_F(BundlesOfLinux, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
+    const std::string programs = contents_ + "/MacOS/";
+    writeProgram(programs + "folder/Run");
+    writeProgram(contents_ + "/Outside");
+    writeFile(programs + "data", "x");
+    fs::create_symlink("/bin/sh", programs + "shell");
+    ASSERT_EQ(::mkfifo((programs + "pipe").c_str(), 0755), 0);
+    const std::string names[] = {
+        "",       ".",       "..",    "missing",    "data",       "pipe", "shell",
+        "folder", "/bin/sh", "./Run", "folder/Run", "../Outside", "Run/", std::string("Run\0x", 5)};
+    for (const std::string& name : names) {
+        writeName(name);
+        EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << name;
+    }
+    writeName("Run", "Other");
+    EXPECT_THROW(bundles_.mainExecutable(path_), Exception);
+    for (const char* list : {"<plist><string>text</string></plist>", "no list"}) {
+        writeList(list);
+        EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << list;
+    }
+    EXPECT_THROW(bundles_.mainExecutable("/Applications/Missing.app"), Exception);
+    fs::remove_all(programs);
+    fs::create_directory_symlink("/bin", contents_ + "/MacOS");
+    writeName("sh");
+    EXPECT_THROW(bundles_.mainExecutable(path_), Exception);
+}

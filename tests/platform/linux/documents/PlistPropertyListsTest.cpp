@@ -1,0 +1,169 @@
+#include "platform/linux/documents/PlistPropertyLists.h"
+
+#include "platform/linux/documents/NlohmannJson.h"
+#include "platform/linux/documents/PlistGuard.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+using join::platform::isReasonablePropertyList;
+
+/// The list as JSON, "nothing" when it is refused.
+std::string read(const std::string& bytes) {
+    const auto value = join::platform::PlistPropertyLists().parse(bytes);
+    return value ? join::platform::NlohmannJson().serialise(*value) : "nothing";
+}
+
+std::string xml(const std::string& content) {
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST "
+           "1.0//EN\" "
+           "\"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n<plist version=\"1.0\">" +
+           content + "</plist>\n";
+}
+
+std::string repeated(int count, const std::string& text) {
+    std::string result;
+    for (int i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
+std::string bigEndian(std::uint64_t number, int size) {
+    std::string bytes;
+    for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+        bytes += static_cast<char>(number >> shift);
+    return bytes;
+}
+
+/// A binary list of these objects, with two bytes for an offset and one for a reference; the first is the top
+/// one.
+std::string binary(const std::vector<std::string>& objects) {
+    std::string bytes = "bplist00";
+    std::string table;
+    for (const std::string& object : objects) {
+        table += bigEndian(bytes.size(), 2);
+        bytes += object;
+    }
+    const auto tableOffset = bytes.size();
+    return bytes + table + "\0\0\0\0\0\0\2\1"s + bigEndian(objects.size(), 8) + bigEndian(0, 8) +
+           bigEndian(tableOffset, 8);
+}
+
+/// Object number n refers to number n + 1 in all its elements.
+std::string chain(std::size_t length, const std::string& elementsOfEach, const std::string& last) {
+    std::vector<std::string> objects;
+    for (std::size_t next = 1; next <= length; ++next)
+        objects.push_back(elementsOfEach +
+                          repeated(elementsOfEach[0] & 0xF, std::string(1, static_cast<char>(next))));
+    objects.push_back(last);
+    return binary(objects);
+}
+
+TEST(PlistPropertyLists, ReadXmlLists) {
+    EXPECT_EQ(read("\xEF\xBB\xBF\n" +
+                   xml("<dict><key>b</key><string>a &lt; \xC3\xA9</string><key>a</key><array><true/><false/>"
+                       "<integer>-7</integer><real>2.5</real><string/><dict/></array><!-- <dict> -->"
+                       "<key>d</key><data>D+E=</data><key>t</key><date>2026-11-22T21:56:36Z</date></dict>")),
+              "{\"b\":\"a < \xC3\xA9\",\"a\":[true,false,-7,2.5,\"\",{}],\"d\":\"<0fe1>\","
+              "\"t\":\"2026-11-22 21:56:36 +0000\"}");
+}
+
+TEST(PlistPropertyLists, ReadBinaryLists) {
+    EXPECT_EQ(
+        read(binary({"\xD3\x01\x02\x03\x04\x05\x06"s, "Qb", "Qa", "Qd", "\x5F\x10\x10" + "sixteen letters!"s,
+                     "\xA5\x07\x08\x09\x0A\x0B"s, "\x42\x0F\xE1"s, "\x09", "\x10\x2A", "\x61\x00\xE9"s,
+                     "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xF9", "\x80\x05"s})),
+        "{\"b\":\"sixteen letters!\",\"a\":[true,42,\"\xC3\xA9\",-7,\"5\"],\"d\":\"<0fe1>\"}");
+}
+
+TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothing) {
+    const std::string lists[] = {xml("<dict><key>a</key><string>b</string></dict>"),
+                                 binary({"\xD1\x01\x02"s, "Qa", "\x5F\x10\x10" + "sixteen letters!"s})};
+    for (const std::string& whole : lists) {
+        ASSERT_NE(read(whole), "nothing");
+        const auto size = whole.find_last_not_of('\n') + 1;
+        for (std::size_t length = 0; length < size; ++length)
+            EXPECT_EQ(read(whole.substr(0, length)), "nothing") << length;
+    }
+}
+
+TEST(PlistPropertyLists, NoByteOfABinaryListCanDoHarm) {
+    const std::string whole =
+        binary({"\xD2\x01\x02\x03\x04"s, "Qa", "\x61\x00\xE9"s, "\xA2\x05\x05", "\x09", "\x10\x2A"});
+    for (std::size_t at = 8; at < whole.size(); ++at)
+        for (int byte = 0; byte < 256; ++byte) {
+            std::string changed = whole;
+            changed[at] = static_cast<char>(byte);
+            read(changed);
+        }
+}
+
+TEST(PlistPropertyLists, OtherFormsAndBrokenListsGiveNothing) {
+    const std::string texts[] = {// other forms
+                                 "", "{a = b;}", "{\"a\":1}", "<html></html>", "bplist00",
+                                 "bplist01" + std::string(64, '\0'),
+                                 // broken lists
+                                 "<plist></plist>", xml(""), xml("<dict></array>"), xml("<surprise/>"),
+                                 xml("<array><string>\xFF</string></array>")};
+    for (const std::string& text : texts)
+        EXPECT_EQ(read(text), "nothing") << text;
+}
+
+TEST(PlistGuard, ListsWithinProportionPass) {
+    EXPECT_TRUE(isReasonablePropertyList(xml(repeated(512, "<array>") + repeated(512, "</array>"))));
+    EXPECT_TRUE(isReasonablePropertyList(xml(repeated(600, "<array></array><dict/>"))));
+    EXPECT_TRUE(isReasonablePropertyList(chain(200, "\xA1", "\x09")));
+    EXPECT_TRUE(isReasonablePropertyList(chain(10, "\xA2", "\x09")));
+}
+
+TEST(PlistGuard, ListsOutOfProportionAreRefused) {
+    const std::string mebibyte(std::size_t{1} << 20, ' ');
+    const std::pair<const char*, std::string> lists[] = {
+        {"large", xml("<array>" + mebibyte + "</array>")},
+        {"deep", xml(repeated(513, "<array>") + repeated(513, "</array>"))},
+        {"very deep", xml(repeated(100'000, "<dict>"))},
+        {"deep behind a comment", xml(repeated(513, "<array><!--</array>-->") + repeated(513, "</array>"))},
+        {"many elements", xml("<array>" + repeated(10'000, "<true/>") + "</array>")},
+        {"unended comment", xml("<!-- ")},
+        {"cycle of one", binary({"\xA1\x00"s})},
+        {"cycle of two", binary({"\xA1\x01", "\xD1\x02\x00"s, "Qa"})},
+        {"exponential", chain(60, "\xA2", "\x09")},
+        {"large text, often", chain(3, "\xAA", "\x5F\x11\x40\x00"s + std::string(0x4000, 'x'))},
+        {"reference outside", binary({"\xA1\x07"})},
+        {"key that is no text", binary({"\xD1\x01\x01", "\x09"})},
+        {"key with a NUL", binary({"\xD1\x01\x02"s, "\x52x\0"s, "\x09"})},
+        {"text longer than the list", binary({"\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})},
+        {"array longer than the list", binary({"\xAF\x13\x20\x00\x00\x00\x00\x00\x00\x00"s})},
+        {"unknown kind", binary({"\xB0"})},
+        {"integer of 32 bytes", binary({"\x15" + std::string(32, '\1')})},
+    };
+    for (const auto& [name, bytes] : lists)
+        EXPECT_FALSE(isReasonablePropertyList(bytes)) << name;
+}
+
+TEST(PlistGuard, TrailersThatDoNotFitAreRefused) {
+    const std::string list = binary({"\xA1\x01", "\x09"});
+    ASSERT_TRUE(isReasonablePropertyList(list));
+    const std::size_t trailer = list.size() - 32;
+    const std::pair<std::size_t, std::string> changes[] = {// the sizes of an offset and of a reference
+                                                           {6, "\0"s},
+                                                           {6, "\x09"},
+                                                           {7, "\0"s},
+                                                           {7, "\x09"},
+                                                           // the number of objects
+                                                           {8, bigEndian(0, 8)},
+                                                           {8, bigEndian(4097, 8)},
+                                                           {8, bigEndian(1ULL << 63U, 8)},
+                                                           // the top object, the place of the table
+                                                           {16, bigEndian(2, 8)},
+                                                           {24, bigEndian(0, 8)},
+                                                           {24, bigEndian(~0ULL, 8)},
+                                                           {24, bigEndian(trailer, 8)}};
+    for (const auto& [at, bytes] : changes)
+        EXPECT_FALSE(isReasonablePropertyList(std::string(list).replace(trailer + at, bytes.size(), bytes)))
+            << at;
+}
+
+} // namespace

@@ -1,0 +1,265 @@
+#include "platform/linux/files/LinuxFileManager.h"
+
+#include "support/OrdinaryUser.h"
+#include "support/RefusedSystemCall.h"
+#include "support/TemporaryFolder.h"
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <future>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+using namespace join::platform;
+using namespace join::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+struct KeptLog final : Log {
+    std::vector<std::string> lines;
+    void write(std::string_view line) override { lines.emplace_back(line); }
+    std::uint64_t redirectStandardStreams(const std::string& /*path*/) override { return 0; }
+};
+
+class FileManagerOfLinux : public testing::Test {
+protected:
+    /// A file manager for whom the folder "root" is the system's, and a folder that is a user's.
+    FileManagerOfLinux() { fs::create_directory(user_); }
+
+    auto entries() const { return std::distance(fs::directory_iterator(user_), {}); }
+
+    TemporaryFolder folder_;
+    KeptLog log_;
+    LinuxFileManager files_{SystemRoot(folder_ / "root"), &log_};
+    std::string user_ = folder_ / "user";
+};
+
+} // namespace
+
+TEST_F(FileManagerOfLinux, TheSystemsFoldersAreBelowTheSystemRoot) {
+    EXPECT_TRUE(files_.createFolder("/Applications/A.app"));
+    EXPECT_TRUE(files_.create("/Applications/A.app/file", "x"));
+    EXPECT_EQ(contentsOf(folder_ / "root/Applications/A.app/file"), "x");
+    EXPECT_TRUE(files_.copy("/Applications/A.app", user_ + "/B.app"));
+    EXPECT_EQ(files_.read(user_ + "/B.app/file"), "x");
+    EXPECT_TRUE(files_.remove("/Applications/A.app"));
+    EXPECT_FALSE(files_.exists("/Applications/A.app"));
+}
+
+TEST_F(FileManagerOfLinux, APathThatIsNotAbsoluteOrWouldBeCutShortNamesNothing) {
+    const std::string file = writeFile(user_ + "/file", "x");
+    for (const std::string& path : {std::string(), std::string("."), file + std::string("\0/../x", 6)}) {
+        EXPECT_FALSE(files_.exists(path));
+        EXPECT_FALSE(files_.createFolder(path));
+        EXPECT_FALSE(files_.create(path, "y"));
+        EXPECT_FALSE(files_.copy(path, user_ + "/copy"));
+        EXPECT_FALSE(files_.copy(file, path));
+        EXPECT_FALSE(files_.truncate(path));
+        EXPECT_FALSE(files_.read(path));
+        EXPECT_FALSE(files_.map(path));
+        EXPECT_FALSE(files_.open(path));
+        EXPECT_FALSE(files_.remove(path));
+    }
+    EXPECT_EQ(contentsOf(file), "x");
+}
+
+TEST_F(FileManagerOfLinux, AFolderIsMadeWithItsParentsUnlessAFileIsInTheWay) {
+    EXPECT_TRUE(files_.createFolder(user_ + "/a/b/c"));
+    EXPECT_TRUE(files_.createFolder(user_ + "/a/b/c"));
+    writeFile(user_ + "/a/file", "");
+    EXPECT_FALSE(files_.createFolder(user_ + "/a/file"));
+    EXPECT_FALSE(files_.createFolder(user_ + "/a/file/b"));
+}
+
+TEST_F(FileManagerOfLinux, OnlyRegularFilesAreReadMappedAndTruncated) {
+    ASSERT_EQ(::mkfifo((user_ + "/pipe").c_str(), 0600), 0);
+    for (const auto& path : {user_, user_ + "/pipe", user_ + "/missing", std::string("/dev/zero")}) {
+        EXPECT_FALSE(files_.read(path)) << path;
+        EXPECT_FALSE(files_.map(path)) << path;
+        EXPECT_FALSE(files_.open(path)) << path;
+        EXPECT_FALSE(files_.truncate(path)) << path;
+    }
+}
+
+TEST_F(FileManagerOfLinux, AFileIsReadWholeUpToTheLargestSize) {
+    const std::string path = writeFile(user_ + "/file", std::string("a\0b", 3));
+    EXPECT_EQ(files_.read(path), std::string("a\0b", 3));
+    fs::resize_file(path, maximumReadSize);
+    EXPECT_EQ(files_.read(path).value_or("").size(), maximumReadSize);
+    fs::resize_file(path, maximumReadSize + 1);
+    EXPECT_FALSE(files_.read(path));
+}
+
+TEST_F(FileManagerOfLinux, AMappedFileIsItsBytesAndAnEmptyOneIsNotMapped) {
+    const auto mapped = files_.map(writeFile(user_ + "/file", "bytes"));
+    ASSERT_TRUE(mapped);
+    const auto bytes = mapped->bytes();
+    EXPECT_EQ(std::string_view(reinterpret_cast<const char*>(bytes.data()), bytes.size()), "bytes");
+    EXPECT_FALSE(files_.map(writeFile(user_ + "/empty", "")));
+}
+
+TEST_F(FileManagerOfLinux, TruncatingKeepsTheFileItself) {
+    const std::string path = writeFile(user_ + "/file", "x");
+    fs::create_hard_link(path, user_ + "/same");
+    EXPECT_TRUE(files_.truncate(path));
+    EXPECT_EQ(fs::file_size(user_ + "/same"), 0U);
+}
+
+TEST_F(FileManagerOfLinux, AMadeFileReplacesAFileOrLinkAndNothingElse) {
+    writeFile(user_ + "/file", "old");
+    fs::create_symlink("file", user_ + "/link");
+    fs::create_directory(user_ + "/folder");
+    ASSERT_EQ(::mkfifo((user_ + "/pipe").c_str(), 0600), 0);
+    EXPECT_TRUE(files_.create(user_ + "/link", "new"));
+    EXPECT_EQ(contentsOf(user_ + "/link"), "new");
+    EXPECT_EQ(contentsOf(user_ + "/file"), "old");
+    EXPECT_TRUE(files_.create(user_ + "/file", "newer"));
+    EXPECT_EQ(contentsOf(user_ + "/file"), "newer");
+    for (const char* path : {"/folder", "/pipe", "/missing/file"})
+        EXPECT_FALSE(files_.create(user_ + path, "x")) << path;
+    EXPECT_EQ(entries(), 4);
+}
+
+TEST_F(FileManagerOfLinux, AMadeFileHasTheModeThatTheUserWantsForFiles) {
+    const mode_t before = ::umask(027);
+    EXPECT_TRUE(files_.create(user_ + "/file", ""));
+    EXPECT_TRUE(files_.createFolder(user_ + "/folder"));
+    ::umask(before);
+    EXPECT_EQ(fs::status(user_ + "/file").permissions(), fs::perms{0640});
+    EXPECT_EQ(fs::status(user_ + "/folder").permissions(), fs::perms{0750});
+}
+
+TEST_F(FileManagerOfLinux, OnAFullDiskTheOldFileStaysAndNothingElseIsLeft) {
+    const std::string large(100'000, 'x');
+    const std::string old = writeFile(user_ + "/old", "old");
+    const std::string file = writeFile(folder_ / "tree/large", large);
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit full{large.size() / 2, before.rlim_max}; // no file may grow beyond that
+    std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
+    EXPECT_FALSE(files_.create(old, large));
+    EXPECT_FALSE(files_.create(user_ + "/new", large));
+    EXPECT_FALSE(files_.copy(file, user_ + "/copy"));
+    EXPECT_FALSE(files_.copy(folder_ / "tree", user_ + "/tree"));
+    EXPECT_FALSE(files_.replace(file, old));
+    EXPECT_FALSE(files_.copy(folder_ / "missing", "/Applications/A.app"));
+    EXPECT_FALSE(files_.copy("/dev/null", user_ + "/null"));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    EXPECT_EQ(log_.lines,
+              (std::vector{
+                  file + " could not be copied to " + user_ + "/copy : File too large",
+                  folder_ / "tree could not be copied to " + user_ + "/tree : File too large",
+                  file + " could not be copied to " + old + " : File too large",
+                  folder_ / "missing could not be copied to /Applications/A.app : No such file or directory",
+                  "/dev/null could not be copied to " + user_ + "/null : Invalid argument"}));
+    EXPECT_EQ(contentsOf(old), "old");
+    EXPECT_EQ(entries(), 1);
+}
+
+TEST_F(FileManagerOfLinux, ACopyFailsWhenAnythingStandsAtTheTarget) {
+    const std::string source = writeFile(folder_ / "source", "new");
+    writeFile(user_ + "/file", "old");
+    fs::create_directory(user_ + "/folder");
+    fs::create_symlink("nowhere", user_ + "/link");
+    for (const char* target : {"/file", "/folder", "/folder/", "/link", ""})
+        EXPECT_FALSE(files_.copy(source, user_ + target)) << target;
+    EXPECT_EQ(log_.lines, std::vector<std::string>());
+    EXPECT_EQ(contentsOf(user_ + "/file"), "old");
+    EXPECT_EQ(entries(), 3);
+}
+
+TEST_F(FileManagerOfLinux, AReplacementTakesThePlaceOfAnything) {
+    const std::string outside = writeFile(folder_ / "outside/file", "x");
+    for (const unsigned refused : {0U, static_cast<unsigned>(SYS_renameat2)}) // as some file systems do
+        std::async(std::launch::async, [&, this] {
+            if (refused != 0)
+                refuseSystemCall(refused, EINVAL);
+            const std::string source = fs::path(writeFile(folder_ / "new/file", "new")).parent_path();
+            writeFile(user_ + "/file", "old");
+            writeFile(user_ + "/folder/inner/file", "old");
+            fs::create_directory_symlink(folder_ / "outside", user_ + "/link");
+            for (const char* target : {"/file", "/folder", "/link", "/none"}) {
+                EXPECT_TRUE(files_.replace(source, user_ + target)) << target;
+                EXPECT_TRUE(fs::is_directory(fs::symlink_status(user_ + target))) << target;
+                EXPECT_EQ(contentsOf(user_ + target + "/file"), "new") << target;
+            }
+            EXPECT_TRUE(files_.replace(user_ + "/folder", user_ + "/folder")); // by itself
+            EXPECT_EQ(contentsOf(user_ + "/folder/file"), "new");
+            EXPECT_FALSE(files_.replace(folder_ / "missing", user_ + "/folder"));
+            EXPECT_EQ(entries(), 4);
+            fs::remove_all(user_);
+            fs::create_directory(user_);
+        }).get();
+    EXPECT_EQ(contentsOf(outside), "x");
+}
+
+TEST_F(FileManagerOfLinux, WhatAnotherUserHasWrittenInOurFolderIsOutOfTheWay) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make what belongs to another user";
+    const std::string source = writeFile(folder_ / "new", "new");
+    const auto giveAway = [](const std::string& path) { ASSERT_EQ(::chown(path.c_str(), 1, 1), 0); };
+    for (const bool isReplaced : {true, false}) {
+        writeFile(user_ + "/A.app/Contents/file", "old");
+        giveAway(user_ + "/A.app/Contents");
+        giveAway(user_ + "/A.app");
+        const OrdinaryUser user;
+        if (!isReplaced) {
+            EXPECT_TRUE(files_.remove(user_ + "/A.app"));
+        }
+        for (int time = 0; time < 2; ++time)
+            EXPECT_TRUE(files_.replace(source, user_ + "/A.app"));
+        EXPECT_EQ(contentsOf(user_ + "/A.app"), "new");
+        EXPECT_TRUE(files_.remove(user_ + "/A.app"));
+    }
+    EXPECT_EQ(entries(), 2); // hidden
+    // Where nothing can be made or moved, all stays as it was.
+    writeFile(user_ + "/A.app/Contents/file", "old");
+    giveAway(user_);
+    const OrdinaryUser user;
+    EXPECT_FALSE(files_.replace(source, user_ + "/A.app"));
+    EXPECT_FALSE(files_.remove(user_ + "/A.app"));
+    EXPECT_EQ(contentsOf(user_ + "/A.app/Contents/file"), "old");
+}
+
+TEST_F(FileManagerOfLinux, RemovingATreeSparesWhatItsLinksLeadTo) {
+    writeFile(folder_ / "outside/file", "x");
+    fs::create_directory_symlink(folder_ / "outside", user_ + "/link");
+    fs::create_directories(user_ + "/tree/inner");
+    fs::create_directory_symlink(folder_ / "outside", user_ + "/tree/inner/link");
+    EXPECT_TRUE(files_.remove(user_ + "/tree"));
+    EXPECT_TRUE(files_.remove(user_ + "/link"));
+    EXPECT_FALSE(files_.remove(user_ + "/link"));
+    EXPECT_EQ(entries(), 0);
+    EXPECT_EQ(contentsOf(folder_ / "outside/file"), "x");
+}
+
+TEST_F(FileManagerOfLinux, AFolderThatIsRemovedIsNeverSeenInPart) {
+    constexpr int files = 3000;
+    const std::string tree = user_ + "/tree";
+    for (int number = 0; number < files; ++number)
+        writeFile(tree + "/" + std::to_string(number), "");
+    const auto removal = std::async(std::launch::async, [&] { EXPECT_TRUE(files_.remove(tree)); });
+    for (std::error_code error; fs::exists(tree);) {
+        int seen = 0;
+        for (fs::directory_iterator entry(tree, error); !error && entry != fs::directory_iterator();
+             entry.increment(error))
+            ++seen;
+        EXPECT_TRUE(seen == files || !fs::exists(tree)) << seen;
+    }
+}
+
+TEST_F(FileManagerOfLinux, RemovesTreesWhoseModesKeepTheirOwnerOut) {
+    const OrdinaryUser user;
+    for (const mode_t mode : {0555U, 0400U, 0300U, 0U}) {
+        writeFile(user_ + "/tree/inner/file", "x");
+        ::chmod((user_ + "/tree/inner").c_str(), mode);
+        ::chmod((user_ + "/tree").c_str(), mode);
+        EXPECT_TRUE(files_.remove(user_ + "/tree")) << mode;
+        EXPECT_FALSE(fs::exists(user_ + "/tree")) << mode;
+    }
+}

@@ -1,0 +1,85 @@
+#include "platform/linux/files/StagedPath.h"
+
+#include "support/RefusedSystemCall.h"
+#include "support/TemporaryFolder.h"
+
+#include <cerrno>
+#include <filesystem>
+#include <future>
+#include <gtest/gtest.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace join::platform;
+using namespace join::test;
+namespace fs = std::filesystem;
+
+namespace {
+
+pid_t deadProcess() {
+    const pid_t process = ::fork();
+    if (process == 0)
+        ::_exit(0);
+    ::waitpid(process, nullptr, 0);
+    return process;
+}
+
+/// A file and a folder each get a new name, and no name that is taken.
+void commitToNewNames() {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "old");
+    fs::create_directory(folder / "empty");
+    fs::create_symlink("nowhere", folder / "link");
+    for (const char* made : {"", "/file"}) {
+        for (const char* name : {"file", "empty", "link"}) {
+            StagedPath staged(folder / name);
+            writeFile(staged.path() + made, "new");
+            EXPECT_FALSE(staged.commitNew()) << name << made;
+        }
+        StagedPath staged(folder / "new");
+        writeFile(staged.path() + made, "new");
+        EXPECT_TRUE(staged.commitNew()) << made;
+        EXPECT_EQ(contentsOf((folder / "new") + made), "new");
+        fs::remove_all(folder / "new");
+    }
+    EXPECT_EQ(contentsOf(folder / "file"), "old");
+    EXPECT_TRUE(fs::is_empty(folder / "empty"));
+    EXPECT_EQ(fs::read_symlink(folder / "link"), "nowhere");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 3);
+}
+
+} // namespace
+
+TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElseStays) {
+    const TemporaryFolder folder;
+    const std::string dead = std::to_string(deadProcess());
+    const std::string own = std::to_string(::getpid());
+    const std::string staged = ".A.app.";
+    for (const std::string& mark : {dead, dead + ".7", own, own + ".4000000000"})
+        writeFile(folder / staged + mark + ".partial/Contents/file", "x");
+    const StagedPath other(folder / "A.app"); // is at work all the time
+    writeFile(other.path(), "x");
+    // The first process of the system always lives.
+    const std::string kept[] = {
+        fs::path(other.path()).filename(), staged + "1.partial",        staged + "1.7.partial",
+        staged + dead + ".7.7.partial",    staged + dead + "..partial", staged + "0.partial",
+        staged + "-" + dead + ".partial",  staged + dead + "x.partial", staged + dead,
+        ".B.app." + dead + ".partial",     staged + ".partial",         "A.app." + dead + ".partial",
+        staged + "99999999999999.partial"};
+    for (const std::string& name : kept)
+        writeFile(folder / name, "x");
+    EXPECT_NE(StagedPath(folder / "A.app").path(), other.path());
+    for (const std::string& name : kept)
+        EXPECT_TRUE(fs::exists(folder / name)) << name;
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), std::ssize(kept));
+}
+
+TEST(StagedPath, ACommitToANewNameReplacesNothing) {
+    commitToNewNames();
+    // Nor where the file system cannot be told to.
+    std::async(std::launch::async, [] {
+        refuseSystemCall(SYS_renameat2, EINVAL);
+        commitToNewNames();
+    }).get();
+}

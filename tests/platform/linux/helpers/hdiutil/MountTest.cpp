@@ -1,0 +1,374 @@
+#include "platform/linux/helpers/hdiutil/Mount.h"
+
+#include "images/DiskImage.h"
+#include "images/HostileImage.h"
+#include "images/MacVolume.h"
+#include "images/UdifWriter.h"
+#include "platform/Exception.h"
+#include "platform/linux/helpers/hdiutil/SevenZip.h"
+#include "platform/linux/helpers/hdiutil/VolumeWriter.h"
+#include "support/Child.h"
+#include "support/RefusedSystemCall.h"
+#include "support/TemporaryFolder.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <future>
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+
+namespace join::platform::hdiutil {
+
+namespace fs = std::filesystem;
+using test::contentsOf;
+using test::writeFile;
+using Made = tools::ImageKind;
+
+namespace {
+
+/// Type, permissions, time and content of all below a folder, but for that of folders' times.
+std::map<std::string, std::string> treeOf(const std::string& top) {
+    std::map<std::string, std::string> tree;
+    for (const auto& entry : fs::recursive_directory_iterator(top)) {
+        struct stat found {};
+        ::lstat(entry.path().c_str(), &found);
+        std::string& text = tree[fs::relative(entry.path().parent_path(), top) / entry.path().filename()];
+        text = std::to_string(S_ISLNK(found.st_mode) ? mode_t{S_IFLNK} : found.st_mode) + " ";
+        if (entry.is_symlink())
+            text += fs::read_symlink(entry.path());
+        else if (entry.is_regular_file())
+            text += std::to_string(found.st_mtime) + " " +
+                    std::to_string(std::hash<std::string>()(contentsOf(entry.path())));
+    }
+    return tree;
+}
+
+std::string script(const std::string& body) { return "#!/bin/sh\n" + body + "\n"; }
+
+} // namespace
+
+class Mount : public testing::Test {
+protected:
+    /// The content of the volume "Tavo": a bundle with links of every sort, text, noise, and zeros over
+    /// several chunks.
+    void makeContent() const {
+        const std::string app = in_ + "/Tavo.app/Contents/";
+        writeFile(app + "MacOS/Tavo", "#!/bin/sh\n");
+        fs::permissions(app + "MacOS/Tavo", fs::perms(0750));
+        writeFile(app + "empty", "");
+        writeFile(app + "zeros", std::string(600000, '\0'));
+        std::mt19937 random; // NOLINT(bugprone-random-generator-seed): the same image each time
+        std::string noise(10000, ' ');
+        std::generate(noise.begin(), noise.end(), [&] { return static_cast<char>(random()); });
+        writeFile(in_ + "/noise * [1]", noise);
+        fs::permissions(in_ + "/noise * [1]", fs::perms(0444));
+        fs::create_directory(in_ + "/none");
+        fs::create_symlink("Contents/MacOS", in_ + "/Tavo.app/relative");
+        fs::create_symlink("../../Tavo.app/Contents/empty", app + "up");
+        fs::create_symlink("/Applications", in_ + "/Applications");
+        fs::create_symlink("/missing/../../..", in_ + "/dangling");
+    }
+
+    void makeImage(Made kind) const {
+        makeContent();
+        tools::makeDiskImage(in_, "Tavo", kind, image_);
+    }
+
+    /// Has 7zz done by a script that does all but one command as it should be.
+    void replace7zz(const std::string& command, const std::string& body) {
+        settings_.sevenZip = writeFile(folder_ / "7zz", script("[ \"$1\" = " + command + " ] || exec " +
+                                                               pathOf7zz() + " \"$@\"\n" + body));
+        fs::permissions(settings_.sevenZip, fs::perms::owner_all);
+    }
+
+    std::string mount() const { return mountImage(image_, settings_); }
+
+    bool isEmpty() const {
+        const auto everything = fs::exists(folder_ / "root")
+                                    ? fs::recursive_directory_iterator(folder_ / "root")
+                                    : fs::recursive_directory_iterator();
+        return std::all_of(begin(everything), end(everything),
+                           [](const auto& entry) { return entry.path().stem() == "Volumes"; });
+    }
+
+    void expectShown(const std::string& image, const std::string& what) const {
+        writeFile(image_, image);
+        EXPECT_EQ(mount(), "/Volumes/Tavo") << what;
+        EXPECT_EQ(treeOf(volume_), treeOf(in_)) << what;
+    }
+
+    void expectRefused(const std::string& what) const {
+        EXPECT_THROW(mount(), Exception) << what;
+        EXPECT_TRUE(isEmpty()) << what;
+    }
+
+    test::TemporaryFolder folder_;
+    std::string in_ = folder_ / "in";
+    std::string image_ = folder_ / "image";
+    std::string volume_ = folder_ / "root/Volumes/Tavo";
+    MountSettings settings_{.root = SystemRoot(folder_ / "root"), .sevenZip = pathOf7zz()};
+};
+
+TEST_F(Mount, ShowsVolumesOfEveryKindAsTheyWereMade) {
+    makeContent();
+    for (const auto& [name, kind] : tools::imageKinds()) {
+        tools::makeDiskImage(in_, "Tavo", kind, image_);
+        expectShown(contentsOf(image_), std::string(name));
+    }
+}
+
+TEST_F(Mount, ShowsImagesAsMacsMakeThem) {
+    makeContent();
+    for (const char* name :
+         {"Icon\r", ".DS_Store", ".Trashes/501/old", ".fseventsd/fseventsd-uuid", ".background/picture.png",
+          ".VolumeIcon.icns", "bell\a and tab\t", "[HFS+]", "My HFS+ Private Data", "folder/.journal"})
+        writeFile(in_ + "/" + name, name);
+    const std::string volume = tools::macVolume({in_, "Tavo"});
+    for (const auto map :
+         {tools::PartitionMap::none, tools::PartitionMap::apple, tools::PartitionMap::guid}) {
+        const std::vector<tools::DiskPart> disk = tools::partitionedDisk(volume, map);
+        std::string bare;
+        for (const tools::DiskPart& part : disk)
+            bare += part.bytes;
+        const std::string what = "map " + std::to_string(static_cast<int>(map));
+        expectShown(bare, what + ", bare");
+        expectShown(tools::udifOf(disk, {}), what);
+        expectShown(tools::udifOf(disk, {.hasLicence = true, .isSigned = true}), what + ", signed");
+        const std::string writable = tools::udifOf(disk, {.isListed = false});
+        expectShown(writable, what + ", writable");
+        writeFile(image_, tools::withFlippedByte(writable, writable.size() / 2));
+        fs::remove_all(volume_);
+        expectRefused(what);
+    }
+}
+
+TEST_F(Mount, ShowsANameWithLineFeedsAsOneName) {
+    const std::string name = "a\n\nPath = b\nFolder = -\nSize = 0\n";
+    writeFile(in_ + "/" + name, "x");
+    tools::makeDiskImage(in_, "Tavo", Made::hfsPlus, image_);
+    mount();
+    EXPECT_EQ(std::distance(fs::recursive_directory_iterator(volume_), {}), 1);
+}
+
+TEST_F(Mount, TellsWhyAnImageIsRefused) {
+    const std::string sector(512, '\0');
+    const std::string fat =
+        "\xEB\x58\x90mkfs.fat" + std::string(43, '\0') + "FAT16   " + std::string(450, '\0');
+    writeFile(in_ + "/file", "x");
+    const std::string hardLinks = tools::macVolumeWithHardLinks({in_, "Tavo"});
+    const std::string volume = tools::macVolume({in_, "Tavo"});
+    const std::string name = "disk image (Apple_HFS : 1)";
+    const std::pair<std::string, std::string> cases[] = {
+        {"encrcdsa" + sector, "the image is encrypted"},
+        {sector + "cdsaencr", "the image is encrypted"},
+        {fat, "the image holds another file system: FAT"},
+        {tools::udifOf({{"disk image (DOS_FAT_16 : 1)", fat}}, {}),
+         "the image holds another file system: FAT"},
+        {hardLinks, "the volume holds hard links"},
+        {tools::udifOf(hardLinks, tools::ChunkKind::zlib), "the volume holds hard links"},
+        {tools::udifOf({{name, volume}, {name, volume}}, {}), "the image holds more than one volume"},
+        {tools::udifOf({{" (Apple_Free : 0)", sector}}, {}), "the image holds no volume"}};
+    for (const auto& [image, reason] : cases) {
+        writeFile(image_, image);
+        try {
+            ADD_FAILURE() << mount() << " for " << reason;
+        } catch (const Exception& refusal) {
+            EXPECT_EQ(refusal.what(), reason);
+        }
+    }
+    EXPECT_TRUE(isEmpty());
+}
+
+TEST_F(Mount, TakesTheRicherPartOfADiscThatHoldsItsFilesTwice) {
+    makeContent();
+    for (const char* option : {"-J", "-hfsplus", "--norock"}) {
+        const bool isPoor = option == std::string("--norock");
+        test::Child maker({.command = {"xorrisofs", "-quiet", isPoor ? "-J" : "-r", "-V", "Tavo", option,
+                                       "-o", image_, in_}});
+        ASSERT_EQ(maker.wait(), 0);
+        // Where there is nothing better, Joliet's name of the volume counts, which can be any.
+        const auto padded = [](const std::string& name) { return name + std::string(28, ' '); };
+        const std::string made = contentsOf(image_);
+        const std::string disc = isPoor ? tools::replaced(made, padded("Tavo"), padded("TAVO")) : made;
+        for (const std::string& image : {disc, tools::udifOf({{"whole disk (Apple_ISO : 0)", disc}}, {})}) {
+            writeFile(image_, image);
+            EXPECT_EQ(mount(), "/Volumes/Tavo");
+            const std::string noise = isPoor ? "/noise _ [1]" : "/noise * [1]"; // Joliet has no "*"
+            EXPECT_EQ(contentsOf(volume_ + noise), contentsOf(in_ + "/noise * [1]"));
+            if (isPoor)
+                continue;
+            EXPECT_EQ(fs::read_symlink(volume_ + "/Tavo.app/Contents/up"), "../../Tavo.app/Contents/empty");
+            EXPECT_EQ(fs::status(volume_ + "/Tavo.app/Contents/MacOS/Tavo").permissions(), fs::perms(0555));
+        }
+    }
+}
+
+TEST_F(Mount, TakesThePlaceOfWhateverHadTheName) {
+    makeImage(Made::udifZlib);
+    const std::string outside = writeFile(folder_ / "outside/file", "x");
+    writeFile(volume_ + "/Tavo.app/Contents/old", "x");
+    mount();
+    EXPECT_EQ(treeOf(volume_), treeOf(in_));
+
+    fs::remove_all(volume_);
+    fs::create_directory_symlink(folder_ / "outside", volume_);
+    mount();
+    EXPECT_FALSE(fs::is_symlink(volume_));
+    EXPECT_EQ(treeOf(volume_), treeOf(in_));
+    EXPECT_TRUE(fs::exists(outside));
+
+    // On a file system that only renames plainly as well.
+    std::async(std::launch::async, [this] {
+        test::refuseSystemCall(SYS_renameat2, EINVAL);
+        writeFile(volume_ + "/old", "x");
+        mount();
+    }).get();
+    EXPECT_EQ(treeOf(volume_), treeOf(in_));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "root"), {}), 2); // with the mark of the boot
+}
+
+TEST_F(Mount, RemovesWhatKilledRunsLeft) {
+    makeImage(Made::udifZlib);
+    test::Child dead({.command = {"true"}});
+    const std::string left = folder_ / ("root/.hdiutil." + std::to_string(dead.process()) + ".partial");
+    dead.wait();
+    writeFile(left + "/volume/file", "x");
+    mount();
+    EXPECT_FALSE(fs::exists(left));
+}
+
+TEST_F(Mount, RefusesAnImageWithAnyByteFlippedOrShowsTheSame) {
+    makeImage(Made::udifPlain);
+    const std::string good = contentsOf(image_);
+    mount();
+    const auto wanted = treeOf(volume_);
+    std::mt19937 random; // NOLINT(bugprone-random-generator-seed): a failure is to come again
+    std::vector<std::size_t> places;
+    for (std::size_t n = 1; n <= 512; n += 3)
+        places.push_back(good.size() - n);
+    for (int n = 0; n < 60; ++n)
+        places.push_back(random() % good.size());
+    for (const std::size_t place : places) {
+        writeFile(image_, tools::withFlippedByte(good, place));
+        fs::remove_all(volume_);
+        try {
+            mount();
+            EXPECT_EQ(treeOf(volume_), wanted) << place;
+        } catch (const Exception&) {
+            EXPECT_TRUE(isEmpty()) << place;
+        }
+    }
+}
+
+TEST_F(Mount, RefusesDamagedImages) {
+    for (const tools::HostileImage& hostile : tools::damagedImages()) {
+        writeFile(image_, hostile.bytes);
+        expectRefused(hostile.name);
+    }
+}
+
+TEST_F(Mount, MakesNothingOutsideTheVolumeThatAHostileImageNames) {
+    fs::create_directories(folder_ / "target");
+    for (const tools::HostileImage& hostile : tools::maliciousImages(folder_ / "target")) {
+        writeFile(image_, hostile.bytes);
+        try {
+            fs::remove_all(folder_ / ("root" + mount()));
+        } catch (const Exception&) {
+        }
+        EXPECT_TRUE(isEmpty()) << hostile.name;
+        EXPECT_TRUE(fs::is_empty(folder_ / "target")) << hostile.name;
+        EXPECT_EQ(std::distance(fs::directory_iterator(folder_.path()), {}), 3) << hostile.name;
+    }
+}
+
+TEST_F(Mount, RefusesVolumesBeyondItsLimits) {
+    makeImage(Made::hfsPlus);
+    settings_.limits.entries = 5;
+    expectRefused("entries");
+    settings_.limits = {.bytes = 500000};
+    expectRefused("bytes");
+}
+
+TEST_F(Mount, RefusesWhatIsNoFile) {
+    fs::create_directory(image_);
+    expectRefused("folder");
+    image_ = folder_ / "pipe";
+    ::mkfifo(image_.c_str(), 0600);
+    expectRefused("pipe");
+    image_ = folder_ / "missing";
+    expectRefused("nothing");
+}
+
+TEST_F(Mount, LeavesNothingWhen7zzFails) {
+    makeImage(Made::udifZlib);
+    for (const char* command : {"l", "t", "x"}) {
+        replace7zz(command, pathOf7zz() + " \"$@\"; exit 1");
+        expectRefused(command);
+        replace7zz(command, pathOf7zz() + " \"$@\"; kill -KILL $$");
+        expectRefused(command);
+    }
+    replace7zz("x", "exit 0");
+    expectRefused("no bytes");
+    replace7zz("x", pathOf7zz() + " \"$@\"; echo more");
+    expectRefused("too many bytes");
+    settings_.sevenZip = folder_ / "missing";
+    expectRefused("missing");
+}
+
+TEST_F(Mount, EndsA7zzThatHangsWithAllThatItStarted) {
+    makeImage(Made::udifZlib);
+    settings_.allowed = std::chrono::milliseconds(500);
+    for (const char* command : {"l", "t", "x"}) {
+        replace7zz(command, "sleep 1000 & echo $! > " + (folder_ / "child") + "; wait");
+        expectRefused(command);
+        // A process that ended has no command line, also as long as nobody has asked for its status.
+        std::string process = contentsOf(folder_ / "child");
+        process.pop_back();
+        EXPECT_TRUE(test::eventually([&] { return contentsOf("/proc/" + process + "/cmdline").empty(); }));
+        fs::remove(folder_ / "child");
+    }
+}
+
+TEST_F(Mount, LeavesNothingWhenToldToEnd) {
+    makeImage(Made::udifZlib);
+    for (const char* signal : {"TERM", "INT", "HUP"}) {
+        replace7zz("x", std::string("kill -") + signal + " $PPID; sleep 1000");
+        expectRefused(signal);
+    }
+}
+
+TEST_F(Mount, LeavesNothingWhenTheVolumeCannotBeWritten) {
+    makeImage(Made::udifZlib);
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = ::signal(SIGXFSZ, SIG_IGN);
+    const rlimit small{100000, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &small);
+    expectRefused("full");
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    ::signal(SIGXFSZ, handler);
+}
+
+TEST(VolumeWriter, TakesALinkThatEndsWithNulAsApfsHasIt) {
+    const test::TemporaryFolder folder;
+    std::string bytes("../x y\0", 7);
+    const VolumePlan plan{
+        .name = {},
+        .entries = {
+            {.kind = EntryKind::link, .path = "way", .size = bytes.size(), .modified = {}, .linkText = {}}}};
+    writeVolume(plan, folder.path(), [&](char* buffer, std::size_t size) {
+        const std::size_t count = bytes.copy(buffer, size);
+        bytes.erase(0, count);
+        return count;
+    });
+    EXPECT_EQ(fs::read_symlink(folder / "way"), "../x y");
+}
+
+} // namespace join::platform::hdiutil

@@ -1,0 +1,60 @@
+#include "platform/linux/helpers/scselect/NetworkLocations.h"
+#include "support/Child.h"
+#include "support/TemporaryFolder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace join::test {
+
+using namespace platform::scselect;
+
+class Scselect : public testing::Test {
+protected:
+    Tool tool(const std::string& name, const std::string& script) const {
+        const std::string path = writeFile(folder_ / name, "#!/bin/sh\n" + script + '\n');
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        return {path, {"an argument", "b"}};
+    }
+
+    static std::string ask(const std::vector<Tool>& tools) {
+        return networkLocations(tools, std::chrono::seconds(30));
+    }
+
+    TemporaryFolder folder_;
+    const std::string heading_ = "Network connections of this computer:\n";
+};
+
+TEST_F(Scselect, TellsWhatTheFirstToolSaysThatIsThereAndSucceeds) {
+    ::setenv("SECRET", "ours", 1);
+    const Tool good = tool("good", "read -r line && exit 1; echo \"$1 $2 $HOME$SECRET\"");
+    const Tool others = tool("others", "echo others");
+    EXPECT_EQ(ask({good, others}), heading_ + "an argument b \n");
+    for (const Tool& bad : {Tool{folder_ / "missing", {}}, tool("failing", "echo a; exit 8"),
+                            tool("killed", "echo a; kill -9 $$"), tool("silent", "")})
+        EXPECT_EQ(ask({bad, others}), heading_ + "others\n") << bad.path;
+    EXPECT_EQ(networkLocations({tool("hanging", "echo a; exec /bin/sleep 3600"), others},
+                               std::chrono::milliseconds(100)),
+              "No network connection is known\n");
+}
+
+TEST_F(Scselect, MakesWhatIsSaidHarmlessAndFitForAPipe) {
+    EXPECT_EQ(ask({tool("hostile", R"(printf 'B\303\274ro\033[2J\377')")}), heading_ + "Büro\\x1B[2J\\xFF");
+    const std::string endless = ask({tool("endless", R"(while :; do printf '\033\033\033\033'; done)")});
+    EXPECT_GT(endless.size(), 50'000U);
+    EXPECT_LE(endless.size(), 65'536U);
+}
+
+TEST_F(Scselect, IsAProgramThatTakesAtMostOneArgument) {
+    const auto run = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), SCSELECT_PROGRAM);
+        return Child({.command = arguments, .output = folder_ / "output"}).wait();
+    };
+    for (const std::vector<std::string>& arguments : {std::vector<std::string>{}, {"false"}, {"-x"}}) {
+        EXPECT_EQ(run(arguments), 0);
+        EXPECT_NE(contentsOf(folder_ / "output").find("etwork connection"), std::string::npos);
+    }
+    EXPECT_EQ(run({"a", "b"}), 2);
+}
+
+} // namespace join::test

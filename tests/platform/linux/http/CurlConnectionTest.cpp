@@ -1,0 +1,155 @@
+#include "platform/linux/files/LinuxFileManager.h"
+#include "platform/linux/http/CurlHttpClient.h"
+#include "platform/linux/http/HttpModule.h"
+#include "support/Child.h"
+#include "support/Environment.h"
+#include "support/FakeTime.h"
+#include "support/ScriptedHttpsServer.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <random>
+#include <tuple>
+
+namespace {
+
+using namespace std::string_literals;
+using namespace join::platform;
+using namespace join::test;
+using News = std::vector<std::string>;
+
+struct RecordingDelegate final : ConnectionDelegate {
+    void connectionDidReceiveResponse() override {
+        news.emplace_back("response");
+        atResponse();
+    }
+    void connectionDidReceiveData(std::string_view piece) override {
+        (news.size() < 2 ? news.emplace_back() : news.back()) += piece;
+    }
+    void connectionDidFinishLoading() override { news.emplace_back("finish"); }
+    void connectionDidFail(const HttpError& given) override {
+        news.emplace_back("fail");
+        error = given;
+    }
+    bool hasEnd() const { return !news.empty() && (news.back() == "finish" || news.back() == "fail"); }
+
+    News news; ///< pieces of data are joined
+    HttpError error;
+    std::function<void()> atResponse = [] {};
+};
+
+/// A client that trusts the server, and a request to it.
+struct World {
+    TemporaryFolder folder;
+    ScriptedHttpsServer server;
+    EnvironmentVariable trust{"SSL_CERT_FILE", writeFile(folder / "pem", server.certificate()).c_str()};
+    PostRequest request{
+        .url = server.url("/"), .headers = {}, .body = "report", .file = {}, .bodyBehindFile = {}};
+    FakeMainQueue queue;
+    RecordingDelegate delegate;
+    CurlHttpClient client{queue};
+    std::unique_ptr<Connection> connection;
+
+    /// Checks what the delegate is told until the connection has ended, and then some.
+    void expectNews(const News& news, const std::string& error, HttpClient& asked) {
+        delegate = {};
+        connection = asked.connect(request, delegate);
+        EXPECT_EQ(delegate.news, News{});
+        EXPECT_TRUE(eventually([this] { return queue.turn(), delegate.hasEnd(); }));
+        connection.reset();
+        queue.turn();
+        EXPECT_TRUE(delegate.news == news) << delegate.news.size() << delegate.error.description;
+        EXPECT_NE(delegate.error.description.find(error), std::string::npos) << delegate.error.description;
+        EXPECT_EQ(delegate.error.failingUrl, error.empty() ? "" : request.url);
+    }
+};
+
+TEST(CurlConnection, SendsTheHeadersAndTheBodyAsTheyAreAndNothingElse) {
+    World world;
+    std::string bytes(20'000'000, '\0');
+    std::ranges::generate(bytes, std::minstd_rand());
+    const std::string path = writeFile(world.folder / "file", bytes);
+    world.request.file = LinuxFileManager(SystemRoot(world.folder / "root")).open(path);
+    world.request.bodyBehindFile = "end";
+    writeFile(path + ".new", "replaced");
+    std::filesystem::rename(path + ".new", path); // by another upload
+    world.server.expect("/", {.body = "thanks"}, "POST");
+    world.request.headers = {
+        {"Content-Type", "a/b"}, {"Content-Length", "20000009"}, {"X-Empty", ""}, {"X-A", "a\r\nX-B: b"}};
+    world.expectNews({"response", "thanks", "finish"}, "", world.client);
+    const std::string head =
+        "POST / HTTP/1.1\r\nHost: " + world.server.url("").substr(8) + // behind https://
+        "\r\nContent-Type: a/b\r\nContent-Length: 20000009\r\nX-Empty:\r\nX-A: aX-B: b\r\n\r\n";
+    const std::string request = world.server.requests().at(0);
+    EXPECT_TRUE(request == head + "report" + bytes + "end") << request.substr(0, 2 * head.size());
+}
+
+TEST(CurlConnection, ReadsAFileInSmallPiecesAndFailsWhenItHasBecomeShorter) {
+    struct ShorteningFile final : ReadableFile {
+        std::uint64_t size() const override { return std::uint64_t{1} << 40; }
+        std::size_t read(std::uint64_t offset, std::span<char> buffer) const override {
+            EXPECT_LE(buffer.size(), std::size_t{1} << 20);
+            std::ranges::fill(buffer, 'x');
+            return offset < 10'000'000 ? buffer.size() : 0;
+        }
+    };
+    World world;
+    world.request.file = std::make_shared<ShorteningFile>();
+    world.expectNews({"fail"}, "shorter", world.client);
+}
+
+TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
+    World world;
+    const std::string longest(65536, 'x');
+    const std::string zipped = "\37\213\10\0\0\0\0\0\2\3\13\16uvv\15\16\6\0\250!EP\7\0\0\0"s; // "SUCCESS"
+    const char* final =
+        "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nwhole\r\n0\r\nX: 1\r\n\r\n";
+    const std::tuple<ScriptedAnswer, News, std::string> cases[] = {
+        {{.body = longest}, {"response", longest, "finish"}, ""},
+        {{.status = 204}, {"response", "finish"}, ""},
+        {{.status = 500, .body = "sorry"}, {"response", "sorry", "finish"}, ""},
+        {{307, "there", {"Location: /there"}}, {"response", "there", "finish"}, ""},
+        {{103, final, {}, Fault::endUnannounced}, {"response", "whole", "finish"}, ""},
+        {{103, "", {}, Fault::endUnannounced}, {"fail"}, "No whole answer"},
+        {{413, longest + "x"}, {"response", longest, "finish"}, ""}, // is cut
+        {{200, longest, {}, Fault::endless}, {"response", longest, "finish"}, ""},
+        {{200, zipped, {"Content-Encoding: gzip"}}, {"response", "SUCCESS", "finish"}, ""},
+        {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "No whole answer"},
+        {{200, "half of it", {}, Fault::stallBody}, {"response", "half ", "fail"}, "slow"},
+        {{.fault = Fault::reset}, {"fail"}, "No whole answer"},
+    };
+    for (const auto& [answer, news, error] : cases) {
+        world.server.expect("/", answer, "POST");
+        world.request.stallTimeout = std::chrono::seconds(answer.fault == Fault::stallBody ? 1 : 60);
+        world.expectNews(news, error, world.client);
+    }
+}
+
+TEST(CurlConnection, AServerThatCannotBeAskedFailsItOnce) {
+    World world;
+    const ScriptedHttpsServer stranger;
+    HttpModule missing(world.folder / "module.so", world.queue);
+    world.expectNews({"fail"}, "module.so", missing);
+    for (const auto& [url, error] : {std::pair{stranger.url("/"), "certificate"},
+                                     {"https://localhost:1/", "connect"},
+                                     {"http://localhost/", "the URL"}}) {
+        world.request.url = url;
+        world.expectNews({"fail"}, error, world.client);
+    }
+}
+
+TEST(CurlConnection, DestroyingItEndsItAndNothingMoreIsTold) {
+    for (const Fault fault : {Fault::none, Fault::stallBody}) {
+        World world;
+        world.server.expect("/", {200, "whole", {}, fault}, "POST");
+        world.delegate.atResponse = [&] { world.connection.reset(); };
+        world.connection = world.client.connect(world.request, world.delegate);
+        EXPECT_TRUE(eventually([&] { return world.queue.turn(), !world.connection; }));
+        world.queue.turn();
+        EXPECT_EQ(world.delegate.news, News{"response"});
+    }
+}
+
+} // namespace

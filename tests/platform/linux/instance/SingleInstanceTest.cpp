@@ -1,0 +1,196 @@
+#include "platform/linux/instance/SingleInstance.h"
+
+#include "platform/Exception.h"
+#include "platform/linux/instance/InstanceFolder.h"
+#include "support/Environment.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+namespace join::platform {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using test::TemporaryFolder;
+using Start = SingleInstance::Start;
+
+Descriptor opened(const std::string& folder) { return openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY); }
+
+InstanceMessage urlMessage(const std::string& url) { return {.url = url, .activationToken = ""}; }
+
+std::vector<std::string> urlsOf(const std::vector<InstanceMessage>& messages) {
+    std::vector<std::string> urls;
+    urls.reserve(messages.size());
+    for (const InstanceMessage& message : messages)
+        urls.push_back(message.url.value_or("(none)"));
+    return urls;
+}
+
+TEST(InstanceMessage, IsReadBackAsItWasWrittenAndNothingElseIsAMessage) {
+    const std::vector<InstanceMessage> messages = {
+        {},
+        {.url = {}, .activationToken = "token"},
+        {.url = "TAVOJOIN://k=1\n&e=\xff", .activationToken = ""},
+        {.url = "tavojoin:" + std::string(std::size_t{127} * 1024, 'x'), .activationToken = "token"},
+    };
+    for (const InstanceMessage& message : messages)
+        EXPECT_EQ(parseInstanceMessage(instanceMessageBytes(message).value()), message);
+    EXPECT_EQ(instanceMessageBytes(urlMessage("tavojoin:" + std::string(maximumInstanceMessageSize, 'x'))),
+              std::nullopt);
+
+    for (const std::string& none :
+         {""s, "\0\0\0"s, "tavojoin 1\0"s, "tavojoin 1\0\0"s, "tavojoin 1\0\0\0x"s, "tavojoin 2\0\0\0"s,
+          "tavojoin 1\0--help\0\0"s, "tavojoin 1" + std::string(maximumInstanceMessageSize, '\0')})
+        EXPECT_EQ(parseInstanceMessage(none), std::nullopt) << none.substr(0, 30);
+}
+
+/// Takes the first place and begins to take messages.
+void startFirst(SingleInstance& instance) {
+    ASSERT_EQ(instance.start({}), Start::first);
+    instance.messages().begin();
+}
+
+TEST(SingleInstance, GivesTheFirstOneTheMessagesOfTheOthersInTheirOrder) {
+    const TemporaryFolder folder;
+    SingleInstance first(opened(folder.path()));
+    startFirst(first);
+    std::atomic<int> notified = 0;
+    for (int i = 0; i < 20; ++i) {
+        if (i == 10)
+            first.messages().setNotification([&] { ++notified; });
+        EXPECT_EQ(SingleInstance(opened(folder.path())).start(urlMessage("tavojoin://" + std::to_string(i))),
+                  Start::handedOver);
+    }
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(first.messages().next(), urlMessage("tavojoin://" + std::to_string(i)));
+    EXPECT_EQ(first.messages().next(), std::nullopt);
+    EXPECT_EQ(notified, 20); // the sender's answer comes a moment before
+}
+
+TEST(SingleInstance, ResignsWithWhatItHasTakenAndLeavesThePlaceToTheNext) {
+    const TemporaryFolder folder;
+    SingleInstance first(opened(folder.path()));
+    startFirst(first);
+    for (const char* url : {"tavojoin://a", "tavojoin://b"})
+        ASSERT_TRUE(first.handOver(urlMessage(url)));
+    EXPECT_EQ(urlsOf(first.resign()), (std::vector<std::string>{"tavojoin://a", "tavojoin://b"}));
+    SingleInstance next(opened(folder.path()));
+    startFirst(next);
+    EXPECT_TRUE(first.handOver(urlMessage("tavojoin://c")));
+    EXPECT_EQ(next.messages().next(), urlMessage("tavojoin://c"));
+}
+
+TEST(SingleInstance, TakesThePlaceOfOneThatHasLeftItsSocketAndLock) {
+    const TemporaryFolder folder;
+    test::writeFile(folder / "instance.lock", "");
+    test::writeFile(folder / "instance", "in the socket's place");
+    SingleInstance first(opened(folder.path()));
+    startFirst(first);
+    EXPECT_EQ(SingleInstance(opened(folder.path())).start({}), Start::handedOver);
+}
+
+TEST(SingleInstance, TakesNothingLateWhoseSenderWasToldThatNobodyAnswers) {
+    const TemporaryFolder folder;
+    SingleInstance first(opened(folder.path()));
+    ASSERT_EQ(first.start({}), Start::first);
+    EXPECT_EQ(SingleInstance(opened(folder.path()), 50ms).start(urlMessage("tavojoin://early")),
+              Start::unanswered);
+    first.messages().begin();
+    EXPECT_TRUE(first.handOver(urlMessage("tavojoin://later")));
+    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{"tavojoin://later"});
+}
+
+TEST(SingleInstance, IsNotHeldUpByThoseWhoConnectAndSayNothingOrNonsense) {
+    const TemporaryFolder folder;
+    SingleInstance first(opened(folder.path()));
+    startFirst(first);
+    sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
+    (folder / "instance").copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
+    std::vector<Descriptor> others;
+    for (const std::string& said : {std::string(), std::string("--help"), std::string(150'000, 'x')}) {
+        Descriptor& other = others.emplace_back(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(::connect(other.get(), reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        if (!said.empty()) {
+            ASSERT_GT(::send(other.get(), said.data(), said.size(), MSG_NOSIGNAL), 0);
+        }
+    }
+    EXPECT_TRUE(first.handOver(urlMessage("tavojoin://x")));
+    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{"tavojoin://x"});
+    char reply = 0;
+    for (const Descriptor& other : others)
+        EXPECT_LE(::recv(other.get(), &reply, 1, 0), 0); // each was dropped, none was answered
+}
+
+TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
+    const TemporaryFolder world;
+    const test::EnvironmentVariable home("HOME", world.path().c_str());
+    const test::EnvironmentVariable cache("XDG_CACHE_HOME", (world / "cache").c_str());
+    const auto pathOf = [](const Descriptor& folder) {
+        return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(folder.get())).string();
+    };
+    struct Case {
+        const char* what;
+        mode_t runtimeMode;
+        bool isInCache;
+    };
+    for (const Case& given :
+         {Case{"a private one", 0700, false}, Case{"one that others can enter", 0755, true},
+          Case{"one that the group can write", 0770, true}}) {
+        const std::string runtime = world / "runtime";
+        std::filesystem::create_directory(runtime);
+        ::chmod(runtime.c_str(), given.runtimeMode);
+        const test::EnvironmentVariable variable("XDG_RUNTIME_DIR", runtime.c_str());
+        const Descriptor folder = openInstanceFolder();
+        struct stat found {};
+        ASSERT_EQ(::fstat(folder.get(), &found), 0);
+        EXPECT_EQ(found.st_mode & 07777U, 0700U) << given.what;
+        if (given.isInCache)
+            EXPECT_TRUE(!pathOf(folder).starts_with(runtime)) << given.what;
+        else
+            EXPECT_EQ(pathOf(folder), runtime + "/tavojoin") << given.what;
+        std::filesystem::remove_all(runtime);
+    }
+
+    // A link that leads elsewhere, and a folder that somebody else has made there.
+    const std::string runtime = world / "runtime";
+    const test::EnvironmentVariable variable("XDG_RUNTIME_DIR", runtime.c_str());
+    std::filesystem::create_directories(world / "elsewhere");
+    std::filesystem::create_directory(runtime);
+    ::chmod(runtime.c_str(), 0700);
+    std::filesystem::create_directory_symlink(world / "elsewhere", runtime + "/tavojoin");
+    EXPECT_NE(pathOf(openInstanceFolder()), world / "elsewhere");
+    std::filesystem::remove(runtime + "/tavojoin");
+    std::filesystem::create_directory(runtime + "/tavojoin");
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown((runtime + "/tavojoin").c_str(), 65534, 65534), 0);
+        EXPECT_NE(pathOf(openInstanceFolder()), runtime + "/tavojoin");
+    }
+}
+
+TEST(InstanceFolder, KeepsOtherUsersFromTheSocketAndItsName) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can act as another user";
+    const TemporaryFolder world;
+    ::chmod(world.path().c_str(), 0755);
+    std::filesystem::create_directory(world / "private");
+    ::chmod((world / "private").c_str(), 0700);
+    Descriptor folder = opened(world / "private");
+    SingleInstance first(opened(world / "private"));
+    startFirst(first);
+    ASSERT_EQ(::seteuid(65534), 0);
+    EXPECT_FALSE(opened(world / "private"));
+    // Not even with a descriptor of the folder.
+    EXPECT_THROW(SingleInstance(std::move(folder), 50ms).start(urlMessage("tavojoin://x")), Exception);
+    ASSERT_EQ(::seteuid(0), 0);
+    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{});
+}
+
+} // namespace
+} // namespace join::platform

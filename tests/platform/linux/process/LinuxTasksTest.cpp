@@ -1,0 +1,123 @@
+#include "platform/linux/process/LinuxTasks.h"
+#include "platform/Exception.h"
+#include "platform/linux/files/Descriptor.h"
+#include "support/Child.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <csignal>
+
+namespace join::platform {
+namespace {
+
+using test::contentsOf;
+using test::eventually;
+using test::writeFile;
+
+class LinuxTasksTest : public testing::Test {
+protected:
+    /// An executable script in the test's folder.
+    std::string script(const std::string& name, const std::string& lines) {
+        std::string path = writeFile(folder / name, "#!/bin/sh\n" + lines);
+        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+        return path;
+    }
+
+    /// Whoever starts a program may have it ignore how children end.
+    void (*const before)(int) = std::signal(SIGCHLD, SIG_IGN);
+    test::TemporaryFolder folder;
+    LinuxTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
+};
+
+TEST_F(LinuxTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
+    const std::string program = script("tool", "pwd; for a; do echo \"<$a>\"; done; exit 7\n");
+    const TaskResult result = tasks.run({program, {"-i", "*", "two words", "$(id)", ""}, folder.path()});
+    EXPECT_TRUE(result.exited);
+    EXPECT_EQ(result.status, 7);
+    EXPECT_EQ(result.output, folder.path() + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n");
+}
+
+TEST_F(LinuxTasksTest, AProgramEndedByASignalHasNotExited) {
+    const TaskResult result = tasks.run({script("tool", "kill -9 $$\n"), {}, "/"});
+    EXPECT_FALSE(result.exited);
+}
+
+TEST_F(LinuxTasksTest, AProgramThatDoesNotEndIsEndedAtItsTime) {
+    using namespace std::chrono_literals;
+    for (const char* lines : {"exec sleep 1000\n", "trap '' TERM\nexec sleep 1000\n"})
+        EXPECT_FALSE(tasks.run({script("tool", lines), {}, "/", 100ms}).exited);
+}
+
+TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
+    const Program missing{folder / "missing", {}, "/"};
+    EXPECT_THROW(tasks.run(missing), Exception);
+    EXPECT_THROW(tasks.start(missing), Exception);
+    EXPECT_FALSE(tasks.startDetached(missing));
+    const Program noFolder{script("tool", ""), {}, folder / "no-folder"};
+    EXPECT_THROW(tasks.run(noFolder), Exception);
+    try {
+        tasks.run(missing);
+    } catch (const Exception& exception) {
+        EXPECT_STREQ(exception.what(),
+                     ("Cannot start " + missing.path + ": No such file or directory").c_str());
+    }
+}
+
+TEST_F(LinuxTasksTest, PathsAndArgumentsAreBytes) {
+    const std::string name = "caf\xE9 \xFF";
+    const std::string program = script(name, "pwd; echo \"$1\" | tee \"$1.tee\"\n");
+    std::filesystem::create_directory(folder / "d\xF6");
+    const Program odd{program, {folder / name}, folder / "d\xF6"};
+    EXPECT_EQ(tasks.run(odd).output, folder / "d\xF6" + "\n" + (folder / name) + "\n");
+    std::filesystem::remove(folder / name + ".tee");
+    ASSERT_TRUE(tasks.startDetached(odd));
+    EXPECT_TRUE(eventually([&] { return !contentsOf(folder / name + ".tee").empty(); }));
+}
+
+TEST_F(LinuxTasksTest, OutputOfAnySizeIsReadAndWhatAProgramLeavesBehindIsNotWaitedFor) {
+    const std::string lines = "head -c 3000000 /dev/zero\n(exec sleep 1000) & echo $! > \"$1\"; echo end\n";
+    const TaskResult result = tasks.run({script("tool", lines), {folder / "left"}, "/"});
+    ::kill(std::stoi(contentsOf(folder / "left")), SIGKILL);
+    EXPECT_EQ(result.output.size(), 3000004U);
+}
+
+TEST_F(LinuxTasksTest, AToolThatTheSystemLacksIsAHelperEvenWhenTheBundleIsGone) {
+    std::filesystem::create_directory(folder / "Helpers");
+    std::filesystem::copy("/bin/echo", folder / "Helpers/scselect");
+    LinuxTasks withHelpers(SystemRoot(folder / "root"), folder / "Helpers");
+    for (int time = 0; time < 2; ++time) {
+        EXPECT_EQ(withHelpers.run({"/usr/sbin/no/scselect", {"helper"}, "/"}).output, "helper\n");
+        std::filesystem::remove_all(folder / "Helpers");
+    }
+}
+
+TEST_F(LinuxTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {
+    script("root/Applications/X.app/Contents/MacOS/X", "echo found\n");
+    EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
+}
+
+TEST_F(LinuxTasksTest, ChildrenGetTheStandardStreamsOnlyAndASessionOfTheirOwnWhenTheyAreLeft) {
+    const Descriptor leak(::open("/dev/zero", O_RDONLY)); // as a library may open it, without a mark
+    const std::string listing = "{ readlink /proc/$$/fd/*; cut -d' ' -f6 /proc/$$/stat; } > \"$1.part\"\n"
+                                "mv \"$1.part\" \"$1\"\n";
+    const std::string program = script("tool", listing);
+    tasks.run({program, {folder / "waited"}, "/"});
+    tasks.start({program, {folder / "left"}, "/"});
+    ASSERT_TRUE(tasks.startDetached({program, {folder / "detached"}, "/"}));
+    for (const char* name : {"waited", "left", "detached"}) {
+        ASSERT_TRUE(eventually([&] { return !contentsOf(folder / name).empty(); }));
+        const std::string text = contentsOf(folder / name);
+        EXPECT_EQ(text.find("/dev/zero"), std::string::npos) << name;
+        const bool isOfOurs = text.ends_with("\n" + std::to_string(::getsid(0)) + "\n");
+        EXPECT_EQ(isOfOurs, name == std::string("waited")) << text;
+    }
+    const std::string detached = contentsOf(folder / "detached");
+    EXPECT_TRUE(detached.starts_with("/dev/null\n")) << detached;
+}
+
+} // namespace
+} // namespace join::platform

@@ -1,0 +1,178 @@
+#include "platform/linux/system/StderrLog.h"
+
+#include "platform/linux/system/LogText.h"
+#include "platform/linux/system/StandardStreams.h"
+#include "platform/linux/system/SystemClock.h"
+#include "support/Environment.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <thread>
+#include <unistd.h>
+
+namespace {
+
+using namespace join::platform;
+using join::test::contentsOf;
+using join::test::TemporaryFolder;
+namespace test = join::test;
+
+class StoppedClock : public Clock {
+public:
+    LocalTime localTime() override { return {2026, 1, 2, 3, 4, 5, 6}; }
+    void sleep(std::chrono::milliseconds /*duration*/) override {}
+};
+
+const std::string stamp = "2026-01-02 03:04:05.006 Join";
+
+/// Runs the check in a child process, so that this one keeps its streams; it gives the number of the first
+/// line that does not hold, or 0.
+void expectInChild(const std::function<int(StderrLog&)>& check) {
+    EXPECT_EXIT(
+        {
+            StoppedClock clock;
+            StderrLog log("Join", clock);
+            ::_exit(check(log));
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+#define REQUIRE_IN_CHILD(condition)                                                                          \
+    if (!(condition))                                                                                        \
+    return std::clamp(__LINE__, 1, 255)
+
+bool leadsTo(int stream, const std::string& path) {
+    struct stat ofStream {};
+    struct stat ofPath {};
+    return ::fstat(stream, &ofStream) == 0 && ::stat(path.c_str(), &ofPath) == 0 &&
+           ofStream.st_ino == ofPath.st_ino && ofStream.st_dev == ofPath.st_dev;
+}
+
+bool allLeadTo(const std::string& path) { return leadsTo(0, path) && leadsTo(1, path) && leadsTo(2, path); }
+
+TEST(SystemClock, FollowsAChangeOfTheTimeZone) {
+    const test::EnvironmentVariable east("TZ", "<EAST>-6");
+    const int hour = SystemClock().localTime().hour;
+    const test::EnvironmentVariable west("TZ", "<WEST>6");
+    EXPECT_NE(SystemClock().localTime().hour, hour); // half a day apart
+}
+
+TEST(LogText, KeepsTextAndEscapesWhatATerminalWouldObey) {
+    const std::pair<std::string, std::string> messages[] = {
+        {"", ""},
+        {"a\tb\nc", "a\tb\nc"},
+        {"\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \\x", "\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80 \\x"},
+        {std::string("\0\r\x1B[2J\x7F", 7), "\\x00\\x0D\\x1B[2J\\x7F"},
+        {"\xC2\x9B\xC2\xA0", "\\xC2\\x9B\xC2\xA0"},
+        {"\xC3", "\\xC3"},
+        {"\xC3(\x80", "\\xC3(\\x80"},
+        {"\xC0\xAF\xED\xA0\x80\xF4\x90\x80\x80\xFF", "\\xC0\\xAF\\xED\\xA0\\x80\\xF4\\x90\\x80\\x80\\xFF"},
+    };
+    for (const auto& [message, line] : messages)
+        EXPECT_EQ(escapedForLog(message), line);
+}
+
+TEST(StderrLog, EachLineIsWrittenWholeFromEveryThread) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "log";
+    expectInChild([&](StderrLog& log) {
+        REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == 0);
+        std::vector<std::jthread> threads;
+        threads.reserve(4);
+        for (int i = 0; i < 4; ++i)
+            threads.emplace_back([&] {
+                for (int line = 0; line < 100; ++line)
+                    log.write(std::string(2000, 'x'));
+            });
+        return 0;
+    });
+    std::istringstream lines(contentsOf(path));
+    int count = 0;
+    for (std::string line; std::getline(lines, line); ++count)
+        EXPECT_TRUE(line.starts_with(stamp + "[") && line.ends_with("] " + std::string(2000, 'x'))) << line;
+    EXPECT_EQ(count, 400);
+}
+
+TEST(StderrLog, TheStreamsFollowTheFileOfThatName) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "log";
+    join::test::writeFile(path, "12345");
+    expectInChild([&](StderrLog& log) {
+        REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == 5 && allLeadTo(path));
+        log.write("old");
+        const auto size = contentsOf(path).size();
+        REQUIRE_IN_CHILD(size > 5 && log.redirectStandardStreams(path) == size);
+
+        REQUIRE_IN_CHILD(::truncate(path.c_str(), 0) == 0);
+        log.write("emptied");
+        REQUIRE_IN_CHILD(contentsOf(path).starts_with(stamp));
+
+        std::filesystem::rename(path, folder / "rotated");
+        REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == 0 && allLeadTo(path));
+        std::filesystem::remove(path);
+        REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == 0 && allLeadTo(path));
+        REQUIRE_IN_CHILD((::fcntl(2, F_GETFL) & (O_APPEND | O_ACCMODE)) == (O_APPEND | O_RDWR));
+        return 0;
+    });
+}
+
+TEST(StderrLog, TheStreamsStayWhereTheyAreWhenTheFileCannotBeOpened) {
+    const TemporaryFolder folder;
+    const std::string path = join::test::writeFile(folder / "logs/log", "");
+    const std::string pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    expectInChild([&](StderrLog& log) {
+        log.redirectStandardStreams(path);
+        for (const std::string& other :
+             {folder / "missing/log", folder.path(), pipe, path + "/log", std::string()})
+            REQUIRE_IN_CHILD(log.redirectStandardStreams(other) == 0 && allLeadTo(path));
+
+        std::filesystem::rename(folder / "logs", folder / "gone");
+        REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == 0 && allLeadTo(folder / "gone/log"));
+        log.write("still heard");
+        std::filesystem::rename(folder / "gone", folder / "logs");
+        REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == contentsOf(path).size() && allLeadTo(path));
+        return 0;
+    });
+    EXPECT_TRUE(contentsOf(path).ends_with("still heard\n"));
+}
+
+TEST(StderrLog, ALineThatTheFileDoesNotTakeGoesWhereStandardErrorLedAtFirst) {
+    const TemporaryFolder folder;
+    const std::string path = join::test::writeFile(folder / "log", std::string(10'000, '\n'));
+    const auto writeWithoutRoom = [&] {
+        StoppedClock clock;
+        StderrLog log("Join", clock);
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_FSIZE, &limit);
+        limit.rlim_cur = 10'000;
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        log.redirectStandardStreams(path);
+        log.write("the disk is full");
+        ::_exit(0);
+    };
+    EXPECT_EXIT(writeWithoutRoom(), testing::ExitedWithCode(0), "the disk is full");
+}
+
+TEST(StandardStreams, ClosedOnesLeadToTheNullDevice) {
+    expectInChild([](StderrLog& log) {
+        for (const int stream : {0, 2})
+            ::close(stream);
+        const int before = ::fcntl(1, F_GETFL);
+        openMissingStandardStreams();
+        REQUIRE_IN_CHILD(leadsTo(0, "/dev/null") && leadsTo(2, "/dev/null") && ::fcntl(1, F_GETFL) == before);
+        log.write("harmless");
+        return 0;
+    });
+}
+
+} // namespace
