@@ -1,13 +1,13 @@
 // How the reading and writing of hostile sizes grows: each figure for ten times the input stands beside its
 // smaller one.
 
-#include "core/Format.h"
-#include "core/JoinSessionDetails.h"
+#include "base/Format.h"
 #include "diag/EmbeddedPropertyList.h"
 #include "params/JoinParameterFile.h"
 #include "platform/linux/documents/NlohmannJson.h"
 #include "platform/linux/system/StderrLog.h"
 #include "platform/linux/system/SystemClock.h"
+#include "session/JoinSessionDetails.h"
 #include "url/JoinDetails.h"
 #include "url/LaunchUrl.h"
 

@@ -2,8 +2,8 @@
 
 #include "url/JoinDetails.h"
 #include "Target.h"
-#include "core/JoinSessionDetails.h"
 #include "params/JoinParameterFile.h"
+#include "session/JoinSessionDetails.h"
 #include "url/LaunchUrl.h"
 
 namespace join::fuzz {

@@ -2,7 +2,7 @@
 
 #include "url/LaunchUrl.h"
 #include "Target.h"
-#include "core/Text.h"
+#include "base/Text.h"
 #include "platform/Utf8.h"
 #include "platform/linux/instance/LaunchUrlScheme.h"
 

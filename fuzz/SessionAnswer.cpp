@@ -2,10 +2,10 @@
 
 #include "server/SessionAnswer.h"
 #include "Target.h"
-#include "core/JoinSessionDetails.h"
 #include "platform/Exception.h"
 #include "platform/Utf8.h"
 #include "platform/linux/documents/NlohmannJson.h"
+#include "session/JoinSessionDetails.h"
 
 namespace join::fuzz {
 

@@ -1,6 +1,6 @@
 #include "JoinApp.h"
 
-#include "core/AppDelegate.h"
+#include "app/AppDelegate.h"
 #include "platform/Exception.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"

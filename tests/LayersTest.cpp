@@ -39,7 +39,7 @@ bool seesLibraries(const std::string& file) {
 bool isAllowed(char kind, const std::string& name) {
     if (kind == '<')
         return standardHeaders.find(" " + name + " ") != std::string::npos;
-    const bool isOurs = name == "core/ServiceSettings.h" || fs::exists(sources / name);
+    const bool isOurs = name == "base/ServiceSettings.h" || fs::exists(sources / name);
     return isOurs && !seesLibraries(name) && name.find("..") == std::string::npos;
 }
 

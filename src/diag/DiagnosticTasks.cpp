@@ -1,5 +1,5 @@
-#include "core/AppDelegate.h"
-#include "core/Logging.h"
+#include "app/AppDelegate.h"
+#include "base/Logging.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
 #include "platform/Utf8.h"

@@ -1,7 +1,7 @@
 #include "diag/EmbeddedPropertyList.h"
 
-#include "core/AppDelegate.h"
-#include "core/Logging.h"
+#include "app/AppDelegate.h"
+#include "base/Logging.h"
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyLists.h"

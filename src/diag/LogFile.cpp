@@ -1,12 +1,12 @@
 #include "diag/LogFile.h"
 
-#include "core/AppDelegate.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Logging.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
 #include "platform/Services.h"
 #include "platform/Timers.h"
+#include "session/ProcessSlots.h"
 
 #include <chrono>
 

@@ -1,6 +1,6 @@
 #include "diag/LogMailForm.h"
 
-#include "core/Format.h"
+#include "base/Format.h"
 
 #include <array>
 #include <utility>

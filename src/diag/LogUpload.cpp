@@ -1,10 +1,8 @@
 #include "diag/LogUpload.h"
 
-#include "core/AppDelegate.h"
-#include "core/JoinSessionDetails.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "diag/LogMailForm.h"
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
@@ -12,6 +10,8 @@
 #include "platform/Services.h"
 #include "platform/Tasks.h"
 #include "platform/Utf8.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 
 #include <utility>
 

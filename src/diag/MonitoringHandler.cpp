@@ -1,6 +1,6 @@
 #include "diag/MonitoringHandler.h"
 
-#include "core/Logging.h"
+#include "base/Logging.h"
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Services.h"

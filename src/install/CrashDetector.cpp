@@ -1,12 +1,12 @@
-#include "core/AppDelegate.h"
-#include "core/JoinSessionDetails.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "install/TavoDMGDownloader.h"
 #include "platform/FileManager.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 #include "ui/TavoJoinWindowHandler.h"
 
 namespace join {

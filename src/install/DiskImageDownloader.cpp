@@ -1,13 +1,13 @@
 #include "install/DiskImageDownloader.h"
 
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
 #include "platform/PropertyLists.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
+#include "session/ProcessSlots.h"
 
 namespace join {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Format.h"
+#include "base/Format.h"
 #include "platform/HttpClient.h"
 
 #include <memory>

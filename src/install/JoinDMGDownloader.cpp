@@ -1,12 +1,12 @@
 #include "install/JoinDMGDownloader.h"
 
-#include "core/JoinSessionDetails.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 
 namespace join {
 

@@ -1,14 +1,14 @@
 #include "install/TavoDMGDownloader.h"
 
-#include "core/JoinSessionDetails.h"
-#include "core/JoinUtils.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "diag/MonitoringHandler.h"
+#include "install/JoinUtils.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 #include "ui/TavoJoinWindowHandler.h"
 
 namespace join {

@@ -1,9 +1,9 @@
 #include "params/JoinParameterFile.h"
 
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "base/Logging.h"
 #include "platform/FileManager.h"
 #include "platform/Utf8.h"
+#include "session/ProcessSlots.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/JoinSessionDetails.h"
-#include "core/Text.h"
+#include "base/Text.h"
+#include "session/JoinSessionDetails.h"
 
 #include <string>
 #include <string_view>

@@ -1,9 +1,9 @@
-#include "core/AppDelegate.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "params/JoinParameterFile.h"
 #include "platform/FileManager.h"
+#include "session/ProcessSlots.h"
 
 namespace join {
 

@@ -1,11 +1,11 @@
-#include "core/AppDelegate.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "platform/FileManager.h"
 #include "platform/Paths.h"
 #include "platform/Services.h"
 #include "platform/Workspace.h"
+#include "session/ProcessSlots.h"
 
 namespace join {
 

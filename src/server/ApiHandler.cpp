@@ -1,11 +1,11 @@
 #include "server/ApiHandler.h"
 
-#include "core/JoinSessionDetails.h"
-#include "core/Logging.h"
+#include "base/Logging.h"
 #include "platform/HttpClient.h"
 #include "platform/Json.h"
 #include "platform/Services.h"
 #include "server/SessionAnswer.h"
+#include "session/JoinSessionDetails.h"
 
 #include <memory>
 #include <mutex>

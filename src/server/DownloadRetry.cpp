@@ -1,13 +1,13 @@
 #include "server/DownloadRetry.h"
 
-#include "core/AppDelegate.h"
-#include "core/JoinSessionDetails.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Logging.h"
 #include "install/TavoDMGDownloader.h"
 #include "platform/Clock.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 #include "ui/TavoJoinWindowHandler.h"
 
 #include <chrono>

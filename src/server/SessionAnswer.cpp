@@ -1,8 +1,8 @@
 #include "server/SessionAnswer.h"
 
-#include "core/Format.h"
-#include "core/JoinSessionDetails.h"
+#include "base/Format.h"
 #include "platform/Exception.h"
+#include "session/JoinSessionDetails.h"
 
 #include <algorithm>
 #include <array>

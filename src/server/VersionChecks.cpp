@@ -1,8 +1,6 @@
-#include "core/AppDelegate.h"
-#include "core/JoinSessionDetails.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "diag/MonitoringHandler.h"
 #include "install/JoinDMGDownloader.h"
 #include "install/TavoDMGDownloader.h"
@@ -11,6 +9,8 @@
 #include "platform/Services.h"
 #include "platform/Value.h"
 #include "server/ApiHandler.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 
 namespace join {
 

@@ -1,6 +1,6 @@
 #include "ui/ErrorWindow.h"
 
-#include "core/ServiceSettings.h"
+#include "base/ServiceSettings.h"
 #include "platform/Application.h"
 #include "platform/Services.h"
 

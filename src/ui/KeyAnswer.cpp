@@ -1,6 +1,6 @@
 #include "ui/KeyAnswer.h"
 
-#include "core/Text.h"
+#include "base/Text.h"
 
 namespace join {
 

@@ -1,12 +1,12 @@
 #include "ui/TavoJoinMainWindowHandler.h"
 
-#include "core/JoinSessionDetails.h"
-#include "core/Logging.h"
+#include "base/Logging.h"
 #include "platform/Application.h"
 #include "platform/HttpClient.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
 #include "platform/Utf8.h"
+#include "session/JoinSessionDetails.h"
 #include "ui/KeyAnswer.h"
 #include "ui/TavoJoinWindowHandler.h"
 

@@ -1,6 +1,6 @@
 #include "ui/TavoJoinWindowHandler.h"
 
-#include "core/Logging.h"
+#include "base/Logging.h"
 #include "platform/Application.h"
 #include "platform/Services.h"
 

@@ -1,8 +1,8 @@
 #include "url/JoinDetails.h"
 
-#include "core/Format.h"
-#include "core/JoinSessionDetails.h"
+#include "base/Format.h"
 #include "params/JoinParameterFile.h"
+#include "session/JoinSessionDetails.h"
 
 #include <algorithm>
 #include <array>

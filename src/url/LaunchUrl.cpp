@@ -1,6 +1,6 @@
 #include "url/LaunchUrl.h"
 
-#include "core/Text.h"
+#include "base/Text.h"
 #include "platform/Utf8.h"
 
 #include <algorithm>

@@ -1,10 +1,10 @@
-#include "core/AppDelegate.h"
-#include "core/JoinSessionDetails.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
 #include "params/JoinParameterFile.h"
 #include "platform/FileManager.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 #include "url/JoinDetails.h"
 
 namespace join {

@@ -1,12 +1,12 @@
 #pragma once
 
-#include "core/AppDelegate.h"
-#include "core/Format.h"
-#include "core/JoinSessionDetails.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Format.h"
 #include "platform/NotificationCenter.h"
 #include "platform/linux/documents/NlohmannJson.h"
 #include "platform/linux/documents/PlistPropertyLists.h"
+#include "session/JoinSessionDetails.h"
+#include "session/ProcessSlots.h"
 #include "support/FakeApplication.h"
 #include "support/FakeFileManager.h"
 #include "support/FakeLog.h"

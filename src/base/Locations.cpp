@@ -1,6 +1,6 @@
-#include "core/Locations.h"
+#include "base/Locations.h"
 
-#include "core/Text.h"
+#include "base/Text.h"
 #include "platform/Application.h"
 #include "platform/Paths.h"
 #include "platform/Services.h"

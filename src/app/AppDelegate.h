@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Text.h"
+#include "base/Text.h"
 #include "platform/Application.h"
 #include "platform/HttpClient.h"
 #include "platform/Value.h"

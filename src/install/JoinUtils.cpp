@@ -1,6 +1,6 @@
-#include "core/JoinUtils.h"
+#include "install/JoinUtils.h"
 
-#include "core/Logging.h"
+#include "base/Logging.h"
 #include "diag/MonitoringHandler.h"
 #include "platform/Services.h"
 #include "platform/Workspace.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/Text.h"
+#include "base/Text.h"
 
 #include <array>
 #include <charconv>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/Atomic.h"
-#include "core/Text.h"
+#include "base/Text.h"
+#include "session/Atomic.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,5 @@
-#include "core/ProcessSlots.h"
+#include "session/ProcessSlots.h"
 
-#include "core/JoinSessionDetails.h"
 #include "diag/LogFile.h"
 #include "diag/LogUpload.h"
 #include "diag/MonitoringHandler.h"
@@ -8,6 +7,7 @@
 #include "install/TavoDMGDownloader.h"
 #include "platform/Timers.h"
 #include "server/ApiHandler.h"
+#include "session/JoinSessionDetails.h"
 #include "ui/ErrorWindow.h"
 #include "ui/TavoJoinMainWindowHandler.h"
 #include "ui/TavoJoinWindowHandler.h"

@@ -1,7 +1,7 @@
-#include "core/JoinSessionDetails.h"
+#include "session/JoinSessionDetails.h"
 
-#include "core/Logging.h"
-#include "core/ServiceSettings.h"
+#include "base/Logging.h"
+#include "base/ServiceSettings.h"
 #include "platform/Bundles.h"
 #include "platform/Exception.h"
 #include "platform/Services.h"

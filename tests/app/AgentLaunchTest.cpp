@@ -1,4 +1,4 @@
-#include "core/JoinUtils.h"
+#include "install/JoinUtils.h"
 #include "support/LogicTest.h"
 
 namespace join::test {

@@ -1,12 +1,12 @@
-#include "core/AppDelegate.h"
-#include "core/JoinUtils.h"
-#include "core/Locations.h"
-#include "core/Logging.h"
-#include "core/ProcessSlots.h"
+#include "app/AppDelegate.h"
+#include "base/Locations.h"
+#include "base/Logging.h"
+#include "install/JoinUtils.h"
 #include "install/TavoDMGDownloader.h"
 #include "platform/FileManager.h"
 #include "platform/Services.h"
 #include "platform/Workspace.h"
+#include "session/ProcessSlots.h"
 #include "ui/TavoJoinWindowHandler.h"
 
 namespace join {

@@ -1,4 +1,4 @@
-#include "core/Logging.h"
+#include "base/Logging.h"
 
 #include "platform/Exception.h"
 #include "platform/Log.h"
