@@ -59,9 +59,8 @@ std::string formatPieces(std::string_view format, std::initializer_list<FormatAr
 
 } // namespace detail
 
-/// A message format, checked against its arguments when it is compiled: "%s" and "%@" take a text, "%d",
-/// "%i", "%ld", "%li",
-///, "%lu" and "%hhd" take a whole number or a flag, which is written as 1 or 0.
+/// A message format, checked against its arguments at compile time: "%s" and "%@" take a text; "%d", "%i",
+/// "%ld", "%li", "%lu" and "%hhd" take a whole number or a flag, which is written as 1 or 0.
 template <class... Arguments>
 class Format {
 public:

@@ -14,8 +14,7 @@ namespace {
 constexpr auto method = "-[AppDelegate copyCurrentJoinAppFile]";
 constexpr std::string_view deliveredFileName = "/.joinparameters";
 
-/// The delivered parameter file of the last mounted volume that can hold one; nothing when there is no such
-/// volume.
+/// The delivered parameter file on the last mounted volume that can hold one; nothing without such a volume.
 Text deliveredFileOnVolume() {
     Text found;
     platform::Workspace& workspace = *platform::services().workspace;
@@ -23,9 +22,8 @@ Text deliveredFileOnVolume() {
         if (volume.find("TavoJoin") == std::string::npos)
             continue;
         const platform::FileSystemInfo info = workspace.fileSystemInfo(volume);
-        log("%s : Result : %i Volume : %@, isRemovable :%i, isWritable : %i, isUnmountable : %i, Description "
-            ": "
-            "%@, type : %@",
+        log("%s : Result : %i Volume : %@, isRemovable :%i, isWritable : %i, isUnmountable : %i, "
+            "Description : %@, type : %@",
             method, info.known, volume, info.removable, info.writable, info.unmountable, info.description,
             info.type);
         if (info.unmountable && info.removable) {
