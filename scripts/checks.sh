@@ -1,7 +1,7 @@
-# Checks that report themselves in a line each: sourced after common.sh, not run.
-failed=0 # 1 from the first check on that does not hold
+# Checks that report one line each. Sourced after common.sh, not run.
+failed=0 # 1 once a check has failed
 
-# check WHAT COMMAND...: says whether the command succeeds, and what it says when it does not.
+# check WHAT COMMAND...: reports whether the command succeeds, with its output if it does not.
 check() {
     local what=$1 said
     shift

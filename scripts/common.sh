@@ -1,10 +1,10 @@
-# Shared by the scripts: sourced, not run. Leaves the shell in the project's folder.
+# Shared by the scripts; sourced, not run. Changes to the project's folder.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '%s\n' "$*"; }
 
-# install_packages [PACKAGE]...: installs those that are missing, these and the usual ones, as root or through sudo.
+# install_packages [PACKAGE]...: installs the missing ones of these and the usual packages, as root or with sudo.
 install_packages() {
     local wanted missing=()
     wanted=$(grep -v '^#' scripts/packages | xargs)
@@ -28,7 +28,7 @@ build() {
     cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
-# The 7-Zip that reads disk images, wherever the distribution has put it.
+# The 7-Zip that reads disk images, wherever the distribution puts it.
 seven_zip() {
     local place
     for place in /usr/bin/7zz /usr/lib/7zip/7z /usr/local/bin/7zz; do
@@ -40,7 +40,7 @@ seven_zip() {
     return 1
 }
 
-# Waits, a minute at most, until the command succeeds.
+# Waits until the command succeeds, for at most a minute.
 wait_until() {
     local tries
     for ((tries = 0; tries < 600; tries++)); do
@@ -51,7 +51,7 @@ wait_until() {
     return 1
 }
 
-# Starts a virtual display when there is none, and leaves its number in DISPLAY.
+# Starts a virtual display if there is none, and sets DISPLAY.
 ensure_display() {
     [ -z "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] || return 0
     local number_file
@@ -64,7 +64,7 @@ ensure_display() {
     rm -f "$number_file"
 }
 
-# use_home FOLDER: what is started from here on has its home there, and touches nothing of the user's own.
+# use_home FOLDER: programs started from now on have their home there, and touch nothing of the user's.
 use_home() {
     if [[ ${WAYLAND_DISPLAY:-/} != /* ]]; then export WAYLAND_DISPLAY=$XDG_RUNTIME_DIR/$WAYLAND_DISPLAY; fi
     unset XDG_DATA_HOME XDG_CACHE_HOME XDG_CONFIG_HOME TMPDIR

@@ -1,11 +1,11 @@
-# A clean Debian system to try things in: sourced after common.sh, by scripts that need root. It is made in a temporary
-# folder, and in namespaces of its own: its mounts and processes cannot outlive it.
+# A clean Debian system to try things in. Sourced after common.sh, by scripts that need root. It is made in a temporary
+# folder and in namespaces of its own, so its mounts and processes cannot outlive it.
 #
 #   enter_namespaces SCRIPT ARGUMENT...    runs the script again in namespaces, with $scratch in the environment
-#   make_system SUITE                      makes the system $root, with an ordinary user ann
-#   in_system COMMAND...                   runs a command there as its administrator
-#   as_user COMMAND...                     as ann, without a display
-scratch=${scratch:-} # the temporary folder, when this runs in its namespaces
+#   make_system SUITE                      makes the system in $root, with an ordinary user ann
+#   in_system COMMAND...                   runs a command there as root
+#   as_user COMMAND...                     runs a command there as ann, without a display
+scratch=${scratch:-} # the temporary folder, inside the namespaces
 root=$scratch/system
 clean=(/usr/bin/env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8)
 
@@ -26,7 +26,7 @@ enter_namespaces() {
     exit "$status"
 }
 
-# What it says is shown only when it fails.
+# Shows its output only if it fails.
 in_system() {
     if ! chroot "$root" "${clean[@]}" DEBIAN_FRONTEND=noninteractive "$@" >"$scratch/said" 2>&1; then
         cat "$scratch/said" >&2
@@ -39,10 +39,10 @@ as_user() {
         QT_QPA_PLATFORM=offscreen "$@"
 }
 
-# The archives of Debian as this machine reaches them, as lines of a sources.list for the suite.
+# The Debian archives as this machine reaches them, as lines of a sources.list for the suite.
 archives_of() {
     local suite=$1 mirror
-    # shellcheck disable=SC2016 # the names are apt-get's
+    # shellcheck disable=SC2016 # apt-get's own names
     mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Origin: Debian' 'Label: Debian' | head -n 1)
     say "deb ${mirror:-http://deb.debian.org/debian} $suite main"
 }

@@ -1,14 +1,14 @@
-# Cases that try Join, each in a world of its own: a home folder, a web service, whatever the case adds. Sourced after
-# common.sh, in name spaces that belong to the caller. Of the caller's it takes $scratch, a folder that holds images/,
-# standins/ and large/Tavo.app; $build, a build folder; $section and $at_once, a name and how many cases run beside
-# each other; and it counts in $tried. A case leaves what it says in $scratch/$section/CASE.says, its result in
-# CASE.result, its status in CASE.status.
+# Cases that test Join, each in a world of its own: a home folder, a web service, whatever the case adds. Sourced after
+# common.sh, in namespaces that belong to the caller. The caller sets $scratch, a folder with images/, standins/ and
+# large/Tavo.app; $build, a build folder; $section, a name; $at_once, how many cases run at a time; and $tried, which
+# counts them. A case leaves its output in $scratch/$section/CASE.says, its result in CASE.result, its status in
+# CASE.status.
 bundle=$build/Join.app
 images=(--agent-image "$scratch/images/TavoMac.dmg" --join-image "$scratch/images/JoinMac.dmg")
 unset DISPLAY WAYLAND_DISPLAY
 log=/dev/null service_pid='' wrapper=() virtual_display_pid=''
 
-# try NAME COMMAND...: runs a case beside the others. It has failed when its status says so.
+# try NAME COMMAND...: runs a case beside the others. It fails by its status.
 try() {
     while [ "$(jobs -rp | wc -l)" -ge "$at_once" ]; do wait -n || true; done
     (
@@ -21,7 +21,7 @@ try() {
     tried=$((tried + 1))
 }
 
-# Makes the home folder that the rest of the case lives in.
+# Makes the home folder for the rest of the case.
 enter() {
     use_home "$world/home"
     export QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 SSL_CERT_FILE=$world/service.pem
@@ -42,7 +42,7 @@ leave_world() {
     echo $status >"$world.status"
 }
 
-# Ends all that has its home in this world, but for this shell.
+# Ends everything that has its home in this world, except this shell.
 end_all() {
     local process
     for process in /proc/[0-9]*; do
@@ -66,7 +66,7 @@ within() { # SECONDS COMMAND...
     done
 }
 
-# serve [OPTION VALUE]...: the web service with both images, in place of the one before.
+# serve [OPTION VALUE]...: starts the web service with both images, in place of the one before.
 serve() {
     [ -z "$service_pid" ] || { kill -9 "$service_pid"; wait "$service_pid" || true; } 2>/dev/null
     rm -f "$world/port"
@@ -94,7 +94,7 @@ ended() { ! grep -qs '^State:[[:space:]]*[^ZX]' "/proc/$join_pid/status"; }
 says() { grep -qsF -- "$1" "$log" "$world/stderr"; }
 starts() { cat "$HOME/tavo-standin/agent.txt" 2>/dev/null | grep -c '^start$' || true; }
 
-# Waits until Join has ended, or has done nothing for longer than the pause between two downloads; tells in $outcome.
+# Waits until Join has ended, or has done nothing for longer than the pause between two downloads; sets $outcome.
 come_to_rest() {
     local now before='' quiet=0 status=0
     until ended || [ $quiet -ge 45 ]; do
@@ -111,8 +111,8 @@ come_to_rest() {
     [ "$(starts)" -eq 0 ] || outcome='joins'
 }
 
-# What Join makes on its way: at any time nothing unfinished may lie about. A whole image whose programs are not
-# installed, and what zip leaves when it fails, go with the next run.
+# Files that Join makes on the way: nothing unfinished may be visible at any time. A whole image whose programs are not
+# installed, and what zip leaves when it fails, are removed by the next run.
 unfinished() {
     find "$HOME" -name '.?*.partial' -o -path "$root/Volumes/*" -o -path "$HOME/.local/share/applications/.*"
 }
@@ -124,7 +124,7 @@ expect_tidy() {
         expect 'the agent is whole' diff -r "$scratch/large/Tavo.app" "$support/Tavo.app"
 }
 
-# meets SECONDS OUTCOME LINE: what is to come of the Join that was opened, and what it is to say of that.
+# meets SECONDS OUTCOME LINE: expects that outcome of the Join that was opened, and that line in its log.
 meets() {
     local begin=$SECONDS took
     expect "it says $3" within "$1" says "$3"
@@ -135,7 +135,7 @@ meets() {
     result "$outcome, after $took s: $3"
 }
 
-# joins BUNDLE [URL]: all is well from now on, so this run must join.
+# joins BUNDLE [URL]: nothing is wrong from now on, so this run must join.
 joins() {
     local before status=0
     before=$(starts)
