@@ -1,5 +1,5 @@
-// The least that a Qt program does to show a white window of the size of the progress window, with a line of
-// text when one is given: what the start of Join is measured against.
+// The smallest Qt program that shows a white window of the size of the progress window, with a line of text
+// if one is given. The start of Join is measured against it.
 
 #include <QApplication>
 #include <QLabel>

@@ -1,6 +1,5 @@
-// Runs a program again and again and tells how many milliseconds pass from its start until the middle of the
-// screen is white: until its window has been painted, as a person sees it. Needs a display that shows nothing
-// else.
+// Runs a program again and again and prints how many milliseconds pass from its start until the middle of the
+// screen is white, which is when a user sees its window painted. Needs a display that shows nothing else.
 //
 //   painted RUNS PROGRAM [ARGUMENT...]
 

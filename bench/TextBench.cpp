@@ -1,5 +1,5 @@
-// How the reading and writing of hostile sizes grows: each figure for ten times the input stands beside its
-// smaller one.
+// How the time to read and write grows with hostile sizes: each figure is next to the one for ten times the
+// input.
 
 #include "base/Format.h"
 #include "diag/EmbeddedPropertyList.h"
@@ -106,7 +106,7 @@ void walkLoadCommands(benchmark::State& state) {
 }
 BENCHMARK(walkLoadCommands)->Apply(sizes);
 
-/// The standard streams as they were before, again at the end.
+/// Restores the standard streams at the end.
 class StandardStreamsKept {
 public:
     StandardStreamsKept() {
@@ -126,7 +126,7 @@ private:
     std::array<int, 3> kept_{};
 };
 
-/// What the log costs ten times a second, beside the one look at the file that it cannot do without.
+/// What the log costs ten times a second, to compare with the one stat of the file that it needs.
 void tick(benchmark::State& state) {
     const std::string file = std::filesystem::temp_directory_path() / "join-bench-tick.log";
     platform::SystemClock clock;

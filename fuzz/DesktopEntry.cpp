@@ -1,4 +1,4 @@
-// The paths in a desktop entry: of the program, which may lie in any folder, and of its icon.
+// The paths in a desktop entry: the program's, which may be in any folder, and its icon's.
 
 #include "platform/linux/helpers/register-scheme/DesktopEntry.h"
 #include "Target.h"
@@ -10,7 +10,7 @@ namespace join::fuzz {
 
 namespace {
 
-/// The value of a key as a reader of the file sees it: a string with escapes.
+/// The value of a key as a reader of the file sees it, with its escapes resolved.
 std::string valueOf(const std::string& text, const std::string& key) {
     const auto begin = text.find("\n" + key + "=") + key.size() + 2;
     const std::string raw = text.substr(begin, text.find('\n', begin) - begin);
@@ -20,8 +20,7 @@ std::string valueOf(const std::string& text, const std::string& key) {
     return value;
 }
 
-/// The program of a command line, which env may have to start, and that the argument for the URL follows on
-/// it.
+/// The program of a command line, possibly started through env and followed by the argument for the URL.
 std::string programOf(std::string command) {
     if (const std::string env = "/usr/bin/env "; command.starts_with(env))
         command.erase(0, env.size());

@@ -1,8 +1,8 @@
-// A disk image. Images are large and mostly empty, so an input is one with the gaps left out:
+// A disk image. Images are large and mostly empty, so an input leaves the gaps out:
 //
 //   input = size *( place length bytes )      ; size and place have eight bytes, length has two, big-endian
 //
-// A place beyond the size counts from the end: that of the last byte is all ones.
+// A place beyond the size counts from the end; the last byte has the place of all ones.
 
 #include "Target.h"
 #include "platform/Exception.h"

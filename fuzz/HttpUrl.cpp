@@ -1,4 +1,4 @@
-// A URL to ask. Where curl takes one that we take, it must see the same server in it.
+// The URL of a request. If curl accepts a URL that we accept, it must find the same server in it.
 
 #include "platform/linux/http/HttpUrl.h"
 #include "Target.h"
@@ -22,7 +22,7 @@ std::string part(const Url& url, CURLUPart which) {
     return text;
 }
 
-/// Whether curl would write the host as it is given: no escapes to resolve, and no address.
+/// Whether curl would keep the host as it is: it has no escapes, and is not an address.
 bool isWrittenAsGiven(std::string_view host) {
     return host.find_first_of("%[") == std::string_view::npos &&
            host.find_first_of("ghijklmnopqrstuvwyzGHIJKLMNOPQRSTUVWYZ") != std::string_view::npos;

@@ -1,5 +1,5 @@
-// The reading of an image at places that an image names: eight bytes for the place, four for the size, the
-// rest is the image.
+// Reads of an image at places that it names itself: eight bytes for the place, four for the size, and then
+// the image.
 
 #include "platform/linux/helpers/hdiutil/ImageFile.h"
 #include "Target.h"

@@ -1,4 +1,4 @@
-// A join details file that another program may have written, and the session's values that come into it.
+// A join details file that another program may have written, and the session's values that go into it.
 
 #include "url/JoinDetails.h"
 #include "Target.h"
@@ -10,7 +10,7 @@ namespace join::fuzz {
 
 namespace {
 
-/// The next text as a launch URL could bring it: no item ends in it. Nothing when there is none.
+/// The next text as a launch URL could bring it, without separators of items. Nothing at the end.
 Text takeValue(std::string_view& input) {
     if (input.empty())
         return std::nullopt;
@@ -36,8 +36,8 @@ void tryOut(std::string_view input) {
     for (const std::string_view piece : old.keptPieces)
         require(liesIn(piece, body) && piece.find('&') == std::string_view::npos);
 
-    // Whatever was there, the new file reads well: it keeps the same items, and written anew it stays as it
-    // is.
+    // Whatever the old file holds, the new one is readable: it keeps the same items, and rewriting it changes
+    // nothing.
     const std::string text = updatedJoinDetails(old, details);
     const auto again = joinParameterBody(text);
     require(text.starts_with(joinParameterHeader) && again.has_value());

@@ -1,4 +1,4 @@
-// The form that carries the logs. Its values have no line breaks, as they come from launch URLs and entry
+// The form that carries the logs. Its values have no line breaks: they come from launch URLs and entry
 // fields.
 
 #include "diag/LogMailForm.h"
@@ -33,7 +33,7 @@ void tryOut(std::string_view input) {
         return;
     const std::string delimiter = "\r\n" + line;
     const std::vector<std::string_view> parts = split(form, delimiter);
-    require(parts.size() == 9); // what is before the first delimiter, attachment, texts, what closes the form
+    require(parts.size() == 9); // text before the first delimiter, attachment, texts, closing line
     require(parts.front().empty() && parts.back() == "--\r\n");
     require(valueOf(parts[1]) == archive);
     require(valueOf(parts[3]) == key && valueOf(parts[6]) == comment);

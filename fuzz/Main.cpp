@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 
-/// What libFuzzer calls, with as many bytes on the heap as it says.
+/// libFuzzer calls this, with exactly that many bytes on the heap.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     join::fuzz::tryOut({reinterpret_cast<const char*>(data), size});
     return 0;

@@ -1,4 +1,4 @@
-// The system's list of mounts; anybody who can mount gives names in it.
+// The system's list of mounts; anybody who can mount chooses names in it.
 
 #include "platform/linux/bundles/MountInfo.h"
 #include "Target.h"

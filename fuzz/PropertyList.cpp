@@ -16,7 +16,7 @@ void tryOut(std::string_view input) {
     platform::NlohmannJson json;
     const std::string text = json.serialise(*list);
     require(platform::isUtf8(text));
-    // A container in it is one in JSON, too, and nested no deeper than either may be.
+    // Its containers are containers in JSON too, and nested no deeper than either allows.
     if (text.starts_with('{') || text.starts_with('['))
         require(json.parse(text).has_value());
 }

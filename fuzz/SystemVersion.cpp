@@ -1,4 +1,4 @@
-// The distribution's os-release file, and the version list that is made of it.
+// The distribution's os-release file, and the version list made from it.
 
 #include "Target.h"
 #include "platform/Utf8.h"

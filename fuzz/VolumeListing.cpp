@@ -1,4 +1,4 @@
-// What 7zz lists of a volume whose names, links and sizes mean harm.
+// 7zz's listing of a volume with hostile names, links and sizes.
 
 #include "Target.h"
 #include "platform/Exception.h"
@@ -22,7 +22,7 @@ void requireName(std::string_view name) {
     require(name.find_first_of(std::string_view("/\n\0", 3)) == std::string_view::npos);
 }
 
-/// Nothing can be made outside of the volume, through a link or twice.
+/// Nothing is made outside the volume, through a link or twice.
 void requireSafe(const VolumePlan& plan) {
     requireName(plan.name);
     require(plan.entries.size() <= limits.entries && plan.bytes <= limits.bytes);

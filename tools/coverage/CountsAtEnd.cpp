@@ -1,14 +1,14 @@
 // Linked with every program and module of the coverage build. GCC writes the counts of a process when it ends
-// by exit; here they are written before it ends, or becomes another program, in any other way that can be
-// caught.
+// by exit; this also writes them before the process ends in another way, or becomes another program, where
+// that can be caught.
 #include <cstdlib>
 #include <sys/resource.h>
 #include <unistd.h>
 
 using Arguments = char* const*;
 
-// GCC's, in each program and module. Further, the linker leads calls of NAME to __wrap_NAME, and those of
-// __real_NAME to NAME.
+// GCC's, in each program and module. The linker sends calls of NAME to __wrap_NAME, and those of __real_NAME
+// to NAME.
 extern "C" {
 void dump() __asm__("__gcov_dump");
 [[noreturn]] void realExit(int status) __asm__("__real__exit");
@@ -18,7 +18,7 @@ int realExecve(const char* path, Arguments arguments, Arguments environment) __a
 int execveCounted(const char* path, Arguments arguments, Arguments environment) __asm__("__wrap_execve");
 }
 
-/// However large the files may be that a test allows: half a file of counts would spoil those to come.
+/// Lifts a test's limit on file sizes: half a file of counts would spoil the later ones.
 static void writeCounts() {
     rlimit allowed{};
     ::getrlimit(RLIMIT_FSIZE, &allowed);
@@ -40,6 +40,6 @@ int execveCounted(const char* path, Arguments arguments, Arguments environment) 
     return realExecve(path, arguments, environment);
 }
 
-/// What makes the linker take this file.
+/// Makes the linker take this file.
 extern const int joinCountsAtEnd;
 const int joinCountsAtEnd = std::at_quick_exit(dump);

@@ -23,7 +23,7 @@ std::string zlibCompressed(const std::string& bytes) {
 }
 
 std::string bzip2Compressed(std::string bytes) {
-    constexpr int hundredsOfKilobytes = 3; // a block that takes in a whole chunk
+    constexpr int hundredsOfKilobytes = 3; // a block that holds a whole chunk
     auto size = static_cast<unsigned>(bytes.size() + bytes.size() / 100 + 600);
     std::string result(size, '\0');
     if (::BZ2_bzBuffToBuffCompress(result.data(), &size, bytes.data(), static_cast<unsigned>(bytes.size()),
@@ -33,7 +33,8 @@ std::string bzip2Compressed(std::string bytes) {
     return result;
 }
 
-/// Apple Data Compression: a byte with the highest bit set says how many literal bytes follow, less one.
+/// Apple Data Compression: a byte with the highest bit set gives the number of literal bytes that follow,
+/// minus one.
 std::string adcStored(std::string_view bytes) {
     constexpr std::size_t maximum = 128;
     std::string result;
@@ -45,10 +46,10 @@ std::string adcStored(std::string_view bytes) {
     return result;
 }
 
-/// LZFSE with one block of the LZVN kind, all literal. There is a kind for what does not shrink, which 7zz
-/// cannot read.
+/// LZFSE with one block of the LZVN kind, all literal. 7zz cannot read the kind meant for incompressible
+/// data.
 std::string lzfseStored(std::string_view bytes) {
-    constexpr std::size_t shortest = 16; // of a run that tells its length in a byte of its own
+    constexpr std::size_t shortest = 16; // of a run that has its length in a byte of its own
     constexpr std::size_t longest = 271;
     std::string block;
     for (std::string_view rest = bytes; !rest.empty(); rest.remove_prefix(std::min(longest, rest.size()))) {
@@ -80,7 +81,7 @@ void appendCrc(std::string& bytes, std::string_view of) {
 
 void pad(std::string& bytes) { bytes.resize((bytes.size() + 3) / 4 * 4); }
 
-/// An xz stream of one block of LZMA2 chunks that hold the bytes as they are.
+/// An xz stream of one block of LZMA2 chunks that hold the bytes uncompressed.
 std::string xzStored(std::string_view bytes) {
     using namespace std::string_literals;
     constexpr std::size_t maximum = std::size_t{1} << 16;

@@ -10,7 +10,7 @@ namespace join::tools {
 
 namespace {
 
-/// Stands for the store of hard links, whose name no file can have; as that does, it comes last.
+/// Stands in for the store of hard links, whose name no file can have; like the store, it comes last.
 const std::string placeholder = "~~~~HFS+ Private Data";
 const std::string storeOfFiles = std::string(4, '\0') + "HFS+ Private Data";
 
@@ -22,7 +22,7 @@ std::string catalogueName(std::string_view ascii) {
     return bytes;
 }
 
-/// Makes an empty file a hard link to the one that the store has under the number.
+/// Makes an empty file a hard link to the one with that number in the store.
 void makeHardLink(std::string& volume, std::string_view name, std::uint32_t number) {
     using namespace std::string_literals;
     constexpr std::size_t placeOfNumber = 44;

@@ -32,7 +32,7 @@ inline void appendBig64(std::string& bytes, std::uint64_t value) {
     appendBig32(bytes, static_cast<std::uint32_t>(value));
 }
 
-/// So many bytes, the least significant first, as partition tables and other people's formats have them.
+/// That many bytes, the least significant first, as in partition tables and most other formats.
 inline void appendLittle(std::string& bytes, std::uint64_t value, std::size_t size) {
     for (std::size_t i = 0; i < size; ++i)
         bytes += static_cast<char>(value >> 8 * i);

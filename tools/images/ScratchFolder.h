@@ -10,7 +10,7 @@
 
 namespace join::tools {
 
-/// A private folder in another one; it goes away, with all that it holds, with this object.
+/// A private folder in another one. Destroying this object removes it with everything in it.
 class ScratchFolder {
 public:
     /// Throws std::system_error.
@@ -31,7 +31,7 @@ public:
 
     const std::filesystem::path& path() const { return path_; }
 
-    /// Writes a file, with its missing parent folders. Gives its path.
+    /// Writes a file and its missing parent folders. Returns its path.
     std::filesystem::path write(const std::filesystem::path& name, std::string_view bytes) const {
         std::filesystem::create_directories((path_ / name).parent_path());
         std::ofstream(path_ / name, std::ios::binary) << bytes;

@@ -70,7 +70,7 @@ std::string resources(std::string_view type, const std::string& list) {
     return "\t\t<key>" + std::string(type) + "</key>\n\t\t<array>\n" + list + "\t\t</array>\n";
 }
 
-/// In one language: which there are, what the buttons say, and the text.
+/// A licence in one language: the list of languages, the labels of the buttons, and the text.
 std::string licence() {
     using namespace std::string_literals;
     return resources("LPic", resource("", 5000, "\0\0\0\1\0\0\0\0\0\0"s)) +
@@ -97,7 +97,7 @@ std::string propertyList(const UdifContents& contents) {
 )";
 }
 
-/// Stands where a signature stands, and has the head of one, but signs nothing.
+/// Has the place and the head of a signature, but signs nothing.
 std::string signature(const UdifContents& contents) {
     std::string bytes;
     if (!contents.isSigned)
@@ -130,7 +130,7 @@ std::string trailer(const UdifContents& contents, std::size_t listSize) {
     appendBig64(bytes, 0);  // offset of the resource fork
     appendBig64(bytes, 0);  // its size
     appendBig32(bytes, 1);  // number of this segment
-    appendBig32(bytes, 1);  // of so many
+    appendBig32(bytes, 1);  // number of segments
     bytes.append(16, '\0'); // segment identifier
     appendChecksum(bytes, contents.dataCrc);
     appendBig64(bytes, contents.dataSize); // offset of the property list

@@ -16,7 +16,7 @@ constexpr std::size_t chunkSize = udifChunkSectors * udifSectorSize;
 
 std::uint32_t crc(std::uint32_t before, std::string_view bytes) {
     if (bytes.empty())
-        return before; // zlib takes no bytes for a wish to begin anew
+        return before; // zlib would begin anew when given no bytes
     return static_cast<std::uint32_t>(
         ::crc32_z(before, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size()));
 }

@@ -18,8 +18,7 @@ Answer versionAnswer(const Scenario& scenario);
 /// Whether the session key is valid: XML.
 Answer keyAnswer(const Scenario& scenario, std::string_view key);
 
-/// The answer with its body made wrong in the scenario's way. Ways that concern the connection leave it as it
-/// is.
+/// The answer with its body spoilt in the scenario's way. Faults of the connection leave it as it is.
 Answer spoilt(Answer answer, Broken broken);
 
 } // namespace join::tools

@@ -24,7 +24,7 @@ void check(bool success) {
     throw std::runtime_error(std::string("certificate: ") + text.data());
 }
 
-/// Random, so that two certificates of the same name are never taken for one.
+/// Random, so that two certificates of the same name are never confused.
 void setSerialNumber(X509* certificate) {
     const std::unique_ptr<BIGNUM, decltype(&BN_free)> number(BN_new(), BN_free);
     check(number && BN_rand(number.get(), 127, BN_RAND_TOP_ANY, BN_RAND_BOTTOM_ANY) == 1 &&

@@ -8,9 +8,8 @@
 
 namespace join::tools {
 
-/// A fresh key (EC, P-256) with a certificate that it signs itself, for a server on loopback: valid for
-/// localhost, 127.0.0.1 and ::1, from an hour ago for two days. A client trusts it by taking it for its own
-/// authority.
+/// A fresh key (EC, P-256) with a self-signed certificate, for a server on loopback: valid for localhost,
+/// 127.0.0.1 and ::1, from an hour ago for two days. A client trusts it by trusting it as an authority.
 class Certificate {
 public:
     /// Throws std::runtime_error.

@@ -10,9 +10,9 @@
 
 namespace join::tools {
 
-/// What the server library keeps to itself: the connection that a handler's request came in on, and how much
-/// of a streamed body went out. The library serves a connection on one thread from its handshake to its end,
-/// and each thread has one of these.
+/// What the server library hides: the connection of a handler's request, and how much of a streamed body was
+/// sent. The library serves a connection on one thread from its handshake to its end, and each thread has one
+/// of these.
 struct Connection {
     int socket = -1;
     bool closed = false;
@@ -20,23 +20,23 @@ struct Connection {
 
     static Connection& current();
 
-    /// Has a server's handshakes make a fresh Connection on their thread.
+    /// Makes a server's handshakes create a fresh Connection on their thread.
     static void follow(SSL_CTX& context);
 
-    /// Closes the connection at once; what the handler answers goes nowhere.
+    /// Closes the connection at once; the handler's answer is lost.
     void close();
 };
 
-/// Returns when the client of the current connection has gone, or the service is to stop.
+/// Returns when the client of the current connection has gone, or the service must stop.
 void waitUntilTheClientGoes(StopSignal& stop);
 
 /// Sends bytes of a streamed body and counts them; false when the client has gone.
 bool sendBytes(httplib::DataSink& sink, const char* bytes, std::size_t size);
 
-/// Answers with the first half of the text, its whole length announced.
+/// Answers with the first half of the text, but announces its whole length.
 void sendCut(httplib::Response& response, const std::string& contentType, const std::string& text);
 
-/// Answers with that many bytes, made as they go.
+/// Answers with that many bytes, generated as they are sent.
 void sendHuge(httplib::Response& response, const std::string& contentType, std::size_t size);
 
 /// Answers with chunks until the client goes or the server stops.

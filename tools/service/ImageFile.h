@@ -11,18 +11,18 @@ namespace join::tools {
 /// A file on its way to one client, read block by block.
 class ImageFile {
 public:
-    /// Throws std::runtime_error when it cannot be read.
+    /// Throws std::runtime_error if it cannot be read.
     explicit ImageFile(const std::string& path);
     ~ImageFile();
 
     ImageFile(const ImageFile&) = delete;
     ImageFile& operator=(const ImageFile&) = delete;
 
-    /// In bytes, as it was when it was opened.
+    /// In bytes, when it was opened.
     std::size_t size() const { return size_; }
 
-    /// Sends some of the bytes from the offset on, not more than the length; false when the client has gone
-    /// or the file has become shorter.
+    /// Sends some of the bytes from the offset on, at most the length; false if the client has gone or the
+    /// file has become shorter.
     bool send(httplib::DataSink& sink, std::size_t offset, std::size_t length);
 
 private:

@@ -30,7 +30,7 @@ void sendWhole(httplib::Response& response, const std::string& path) {
                                   });
 }
 
-/// Announces the whole, but does something else after half of it and ends then.
+/// Announces the whole, but after half of it does something else and ends.
 void sendHalf(httplib::Response& response, const std::string& path, const std::function<void()>& then) {
     const auto file = std::make_shared<ImageFile>(path);
     response.set_content_provider(

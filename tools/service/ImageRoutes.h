@@ -10,7 +10,7 @@
 
 namespace join::tools {
 
-/// The routes that deliver disk images, and the ways in which that goes wrong.
+/// The routes that deliver disk images, and the ways in which they fail.
 class ImageRoutes {
 public:
     /// Both outlive the routes. Throws std::runtime_error when an image of the scenario cannot be read.
@@ -26,7 +26,7 @@ private:
     using Request = httplib::Request;
     using Response = httplib::Response;
 
-    /// Answers with the image at the path, or with 404 when it is empty. Opened anew for each request.
+    /// Answers with the image at the path, opened anew for each request, or with 404 if the path is empty.
     void answer(const Request& request, Response& response, const std::string& path);
     void fail(const Request& request, Response& response, const std::string& path);
 
@@ -34,7 +34,7 @@ private:
 
     const Scenario& scenario_;
     StopSignal& stop_;
-    std::atomic<int> asked_ = 0; ///< requests for an image that there is
+    std::atomic<int> asked_ = 0; ///< requests for an image that exists
 };
 
 } // namespace join::tools

@@ -11,14 +11,14 @@ const std::string disposition = delimiter + "\r\nContent-Disposition: form-data;
 constexpr std::string_view attachmentName = "\"attachment\"; filename=\"";
 constexpr std::string_view attachmentType = "\"\r\nContent-Type: application/octet-stream\r\n\r\n";
 
-/// What of the body has not been read yet.
+/// The part of the body that has not been read yet.
 class Rest {
 public:
     explicit Rest(std::string_view text) : text_(text) {}
 
     bool isEmpty() const { return text_.empty(); }
 
-    /// Passes the text if it comes next.
+    /// Skips the text if it comes next.
     bool pass(std::string_view text) {
         if (!text_.starts_with(text))
             return false;
@@ -26,7 +26,7 @@ public:
         return true;
     }
 
-    /// Reads what stands before the text, which comes next then.
+    /// Reads up to the text, which comes next then.
     std::optional<std::string_view> readUpTo(std::string_view text) {
         const std::size_t length = text_.find(text);
         if (length == std::string_view::npos)

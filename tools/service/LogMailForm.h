@@ -6,8 +6,8 @@
 
 namespace join::tools {
 
-/// The form that carries a log archive, in multipart/form-data (RFC 7578) as its sender writes it. With CRLF
-/// for each line's end and B for the boundary, the body is
+/// The form that carries a log archive: multipart/form-data (RFC 7578) as its sender writes it. With CRLF for
+/// the end of a line and B for the boundary, the body is
 ///
 ///     CRLF --B CRLF
 ///     Content-Disposition: form-data; name="attachment"; filename="FILE NAME" CRLF
@@ -15,15 +15,15 @@ namespace join::tools {
 ///     CRLF
 ///     BYTES
 ///
-/// or nothing in place of this part; for each name of logMailNames, in their order,
+/// or nothing in place of this part; then for each name of logMailNames, in order,
 ///
 ///     CRLF --B CRLF
 ///     Content-Disposition: form-data; name="NAME"; CRLF
 ///     CRLF
 ///     VALUE
 ///
-/// and CRLF --B-- CRLF. BYTES and VALUE do not hold CRLF --B, a FILE NAME neither CR nor LF. All views are
-/// into the body.
+/// and CRLF --B-- CRLF. BYTES and VALUE do not hold CRLF --B, FILE NAME neither CR nor LF. All views are into
+/// the body.
 struct LogMailForm {
     struct Attachment {
         std::string_view fileName;
@@ -39,7 +39,7 @@ inline constexpr std::string_view logMailBoundary = "unique-consistent-string";
 inline constexpr std::array<std::string_view, 6> logMailNames{"logSeverity", "key",     "logEventName",
                                                               "subStr",      "comment", "module"};
 
-/// The form, when the body is exactly one.
+/// The form, if the body is exactly one form.
 std::optional<LogMailForm> parseLogMailForm(std::string_view body);
 
 } // namespace join::tools

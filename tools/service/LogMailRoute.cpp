@@ -16,8 +16,8 @@ constexpr const char* text = "text/plain";
 constexpr std::size_t maximumBody = std::size_t{256} << 20U;
 constexpr std::chrono::seconds slowness(3);
 
-/// The library takes a multipart body apart itself, and loses bytes of what it does not understand. A blank
-/// that no header read from a connection begins with keeps it from seeing that there is one.
+/// Hides a multipart body from the library, which would parse it and lose bytes that it does not understand:
+/// a leading blank, which no header read from a connection has, keeps the library from recognising it.
 constexpr char hidingMark = ' ';
 
 httplib::Server::HandlerResponse hideContentType(const httplib::Request& request,

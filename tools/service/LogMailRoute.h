@@ -11,15 +11,15 @@
 
 namespace join::tools {
 
-/// The route that takes log archives, and the ways in which it answers. The n-th form that comes, from 1, is
-/// stored as n.zip, the attachment's bytes if it has one, and n.txt, a line NAME=VALUE for the attachment's
-/// filename and each value, with printable() values. Both are there before the answer, the n.txt last.
+/// The route that takes log archives, and the ways in which it answers. The n-th form, from 1, is stored as
+/// n.zip, the attachment's bytes if it has one, and n.txt, a line NAME=VALUE for the attachment's file name
+/// and each value, with printable() values. Both are written before the answer, n.txt last.
 class LogMailRoute {
 public:
-    /// Both outlive the route. Makes the scenario's folder. Throws std::runtime_error when it cannot.
+    /// Both outlive the route. Makes the scenario's folder. Throws std::runtime_error if it cannot.
     LogMailRoute(const Scenario& scenario, StopSignal& stop);
 
-    /// Takes the server's pre-routing handler. This object outlives the server's last answer.
+    /// Occupies the server's pre-routing handler. This object outlives the server's last answer.
     void addTo(httplib::Server& server);
 
 private:

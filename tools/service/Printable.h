@@ -5,7 +5,7 @@
 
 namespace join::tools {
 
-/// The text on one line of plain ASCII: a backslash is written \\, every byte that is not printable \xNN.
+/// The text on one line of plain ASCII: a backslash becomes \\, every byte that is not printable \xNN.
 std::string printable(std::string_view text);
 
 } // namespace join::tools

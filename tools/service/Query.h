@@ -7,7 +7,7 @@
 
 namespace join::tools {
 
-/// Whether the query gives a name, with one of the values if any are told.
+/// Whether the query has the name, with one of the values if any are given.
 inline bool gives(const httplib::Request& request, const char* name,
                   std::initializer_list<const char*> values = {}) {
     if (!request.has_param(name))

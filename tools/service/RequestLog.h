@@ -11,18 +11,17 @@ namespace join::tools {
 struct RequestRecord {
     std::string method;
     std::string target;                        ///< as it came
-    std::optional<int> status = {};            ///< nothing when the connection was closed unanswered
+    std::optional<int> status = {};            ///< nothing if the connection was closed unanswered
     std::uint64_t bytes = 0;                   ///< of the body, as sent
-    std::optional<std::string> userAgent = {}; ///< nothing: not told in the line
+    std::optional<std::string> userAgent = {}; ///< nothing: left out of the line
 };
 
-/// A line for each request, in a file and on standard output, each written when its request has been
-/// answered: UTC time, method, target, status, bytes, and of some requests the user agent, with a blank
-/// between them. Any thread.
+/// Writes a line for each answered request to a file and to standard output: UTC time, method, target,
+/// status, bytes, and for some requests the user agent, separated by blanks. Any thread.
 class RequestLog {
 public:
-    /// Lines go to the end of the file; with an empty path to standard output only. Throws std::runtime_error
-    /// when the file cannot be opened.
+    /// Appends to the file; with an empty path writes to standard output only. Throws std::runtime_error if
+    /// the file cannot be opened.
     explicit RequestLog(const std::string& path);
 
     void write(const RequestRecord& record);

@@ -141,19 +141,19 @@ Scenario parseScenario(const std::vector<std::string>& arguments) {
 std::string_view usage() {
     return R"(usage: join-service [OPTION VALUE]...
 
-A stand-in of the web service: HTTPS on loopback, until SIGTERM or SIGINT.
+A stand-in for the web service: HTTPS on loopback, until SIGTERM or SIGINT.
 
   --port N              listen there; 0, the default: on any free port
   --port-file FILE      write the port's number there, once it listens
-  --certificate FILE    write the certificate to trust there (PEM)
+  --certificate FILE    write the certificate for clients to trust there (PEM)
   --log FILE            append a line for each request, as on standard output:
                         time, method, target, status, bytes of the body;
-                        the user agent too when a disk image was asked for
+                        also the user agent for a disk image
 
 Answers of the checks:
   --update-needed true|false|absent                    (default: false)
   --cdn-link HOST       --aws-server TEXT       --aws-url URL
-                        each is left out when it is not given; a HOST
+                        each is left out unless it is given; a HOST
                         "self" is the service's own localhost:PORT
   --valid-key KEY       may be repeated; without it every key is valid
   --status N            200 to 599                     (default: 200)
@@ -164,7 +164,7 @@ Answers of the checks:
 Disk images, each 404 without its option:
   --agent-image FILE    at /TavoMac.dmg and /agent/TavoMac.dmg
   --join-image FILE     at /join-session?key=KEY&role=agent&email=ADDRESS
-  --image-fail N|all    how many of the first requests for one fail
+  --image-fail N|all    how many of the first requests for an image fail
   --image-fault status|cut|stall|reset|redirect|html|garbage|endless
                         (default: status) 500; half of the body; half of the
                         body, then silence; no answer; a redirect to plain
@@ -177,8 +177,8 @@ Log archives, at /api/v1/send_log_mail:
                         three seconds; silence; half of the word; noise;
                         chunks until the client goes
   --log-mail-folder FOLDER
-                        store the n-th there: n.zip, its attachment, if it has
-                        one; n.txt, a line NAME=VALUE for each of its values
+                        store the n-th there: n.zip, its attachment, if there
+                        is one; n.txt, a line NAME=VALUE for each value
 )";
 }
 

@@ -8,13 +8,13 @@
 
 namespace join::tools {
 
-/// How the checks are answered instead of as they should be.
+/// How the answers of the checks are spoilt.
 enum class Broken {
     none,
-    html,    ///< a page for people
+    html,    ///< a web page
     empty,   ///< no bytes
     cut,     ///< a body shorter than its announced length
-    garbage, ///< bytes that are no text
+    garbage, ///< bytes that are not text
     reset,   ///< the connection is closed without an answer
     endless, ///< chunks until the client goes
     huge,    ///< 100 MB
@@ -29,26 +29,26 @@ enum class ImageFault {
     stall,    ///< half of the announced body, then nothing until the client goes
     reset,    ///< the connection is closed without an answer
     redirect, ///< to plain HTTP
-    html,     ///< a page for people in place of the image
-    garbage,  ///< bytes that are no image
+    html,     ///< a web page in place of the image
+    garbage,  ///< bytes that are not an image
     endless,  ///< chunks until the client goes
 };
 
 /// How a log archive is answered.
 enum class LogMailAnswer {
-    success,  ///< the word that says so
+    success,  ///< the word SUCCESS
     lineFeed, ///< that word and a line feed
-    error,    ///< 500, with a page for people
+    error,    ///< 500, with a web page
     empty,    ///< no bytes
     reset,    ///< the connection is closed without an answer
     slow,     ///< success after three seconds
     stall,    ///< nothing until the client goes
-    cut,      ///< half of the word, its whole length announced
-    garbage,  ///< bytes that are no text
+    cut,      ///< half of the word, with its whole length announced
+    garbage,  ///< bytes that are not text
     endless,  ///< chunks until the client goes
 };
 
-/// Stands for the service itself where a host is told.
+/// Stands for the service itself in place of a host.
 inline constexpr std::string_view ownHost = "self";
 
 /// What the service does, as its command line says.
@@ -70,10 +70,10 @@ struct Scenario {
 
     int status = 200; ///< of the checks
     std::chrono::milliseconds delay{0};
-    std::string answerFile; ///< what the checks answer, byte for byte, when not empty
+    std::string answerFile; ///< what the checks answer, byte for byte; empty: unused
     Broken broken = Broken::none;
 
-    // Of the disk images; one without a path is not there.
+    // Of the disk images; one without a path does not exist.
     std::string agentImage;
     std::string joinImage;
     std::optional<int> failingImages; ///< how many of the first requests for one fail
@@ -81,11 +81,11 @@ struct Scenario {
 
     // Of the log archives.
     LogMailAnswer logMail = LogMailAnswer::success;
-    std::string logMailFolder; ///< where what came is stored, when not empty
+    std::string logMailFolder; ///< where the forms are stored; empty: nowhere
 };
 
-/// Reads a command line, the program's name left out. Of an option given twice the last one counts. Throws
-/// std::invalid_argument, its text one line, for one that is wrong.
+/// Parses a command line without the program's name. The last of repeated options counts. Throws
+/// std::invalid_argument, with one line of text, if it is wrong.
 Scenario parseScenario(const std::vector<std::string>& arguments);
 
 /// The text of --help.

@@ -15,16 +15,16 @@
 
 namespace join::tools {
 
-/// A stand-in of the web service: HTTPS on 127.0.0.1. It answers from when it is made until it is destroyed,
-/// on threads of its own. A route is added in addRoutes, one of a disk image in ImageRoutes, that of
-/// the log archives in LogMailRoute.
+/// A stand-in for the web service: HTTPS on 127.0.0.1. It answers as long as it exists, on threads of its
+/// own. Routes are added in addRoutes, those of disk images in ImageRoutes, that of the log archives in
+/// LogMailRoute.
 class Service {
 public:
-    /// The log outlives the service. Throws std::runtime_error when the port is taken or a file to answer
-    /// with cannot be read.
+    /// The log outlives the service. Throws std::runtime_error if the port is taken or a file to answer with
+    /// cannot be read.
     Service(const Scenario& scenario, const Certificate& certificate, RequestLog& log);
 
-    /// Requests under way end at once.
+    /// Ends requests under way at once.
     ~Service();
 
     Service(const Service&) = delete;

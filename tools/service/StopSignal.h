@@ -6,7 +6,7 @@
 
 namespace join::tools {
 
-/// Lets answers that wait be ended early. Any thread.
+/// Ends waiting answers early. Any thread.
 class StopSignal {
 public:
     void stop() {
@@ -17,7 +17,7 @@ public:
         stopping_.notify_all();
     }
 
-    /// Waits that long, or until stop; gives whether it was stopped.
+    /// Waits that long, or until stop(); returns whether it was stopped.
     bool wait(std::chrono::milliseconds time) {
         std::unique_lock lock(mutex_);
         return stopping_.wait_for(lock, time, [this] { return isStopping_; });

@@ -5,7 +5,7 @@
 
 namespace join::tools {
 
-/// Writes a file of which a reader finds all bytes or nothing. Throws std::runtime_error.
+/// Writes a file that readers see whole or not at all. Throws std::runtime_error.
 void writeWholeFile(const std::string& path, std::string_view bytes);
 
 } // namespace join::tools

@@ -16,7 +16,7 @@ using join::tools::RequestLog;
 using join::tools::Scenario;
 using join::tools::Service;
 
-/// Threads started after this leave the signals to the one that waits for them.
+/// Threads started after this leave the signals to the thread that waits for them.
 sigset_t blockedEndSignals() {
     sigset_t signals;
     sigemptyset(&signals);

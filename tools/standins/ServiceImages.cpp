@@ -27,7 +27,7 @@ void writeNoise(const fs::path& path, int megabytes) {
         throw std::runtime_error("cannot write " + path.string());
 }
 
-/// Makes a volume of what the folder holds and of the link.
+/// Makes a volume of the folder's content and the link.
 void makeImage(const ScratchFolder& content, std::string_view volume, ImageKind kind, const fs::path& image) {
     fs::create_symlink("/Applications", content.path() / "Applications");
     makeDiskImage(content.path(), volume, kind, image);

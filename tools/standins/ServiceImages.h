@@ -11,22 +11,22 @@ namespace join::tools {
 inline constexpr std::string_view agentImageName = "TavoMac.dmg";
 inline constexpr std::string_view joinImageName = "JoinMac.dmg";
 
-/// The disk images that the web service delivers. Each volume also holds the link to /Applications that a
-/// user would drop a program on.
+/// The disk images that the web service delivers. Each volume also holds the link to /Applications on which
+/// users drop programs.
 ///
 ///     TavoMac.dmg, volume Tavo:      Tavo.app, TavoCrashDetector (stand-ins)
 ///     JoinMac.dmg, volume TavoJoin:  Join.app
 struct ServiceImages {
     std::filesystem::path folder = {};  ///< gets the images
-    std::filesystem::path joinApp = {}; ///< bundle that is copied under the name Join.app
+    std::filesystem::path joinApp = {}; ///< bundle that becomes Join.app
     ImageKind kind = ImageKind::udifZlib;
     std::string agentVersion{defaultAgentVersion};
     std::string crashDetectorVersion{defaultCrashDetectorVersion};
     int payload = 0; ///< megabytes (10^6 bytes) that do not compress, added to the agent's Resources
 };
 
-/// Makes both images, in place of older ones; the folder is made when missing. Beside them it must have room
-/// for what they hold. Throws std::runtime_error, std::system_error among them.
+/// Makes both images, in place of older ones, and the folder if it is missing. Besides them it needs room for
+/// their contents. Throws std::runtime_error, including std::system_error.
 void makeServiceImages(const ServiceImages& images);
 
 } // namespace join::tools

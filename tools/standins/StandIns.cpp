@@ -10,14 +10,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// Notes the start in $name. Nothing but the shell's own words touches the text, so every byte survives.
+/// Notes the start in $name. Uses only the shell's built-ins, so every byte survives.
 constexpr std::string_view noteStart = R"sh(
 LC_ALL=C
 folder=${TAVO_STANDIN_LOG:-$HOME/tavo-standin}
 newline='
 '
 
-# replace TEXT OLD NEW: leaves TEXT with every OLD made NEW in $text.
+# replace TEXT OLD NEW: sets $text to TEXT with every OLD replaced by NEW.
 replace() {
     text= rest=$1
     while part=${rest%%"$2"*} && [ "$part" != "$rest" ]; do
@@ -43,7 +43,7 @@ mkdir -p "$folder"
 printf '%send\n' "$record" >>"$folder/$name"
 )sh";
 
-/// The pause is a child, not an exec: the process stays known by the script's path.
+/// The pause is a child, not an exec, so that the process keeps the script's path.
 constexpr std::string_view pauseAndEnd = R"sh(
 sleep "$seconds" >/dev/null 2>&1 &
 trap 'kill $!; exit 143' TERM
@@ -95,7 +95,7 @@ void writeProgram(const fs::path& path, std::string_view contents) {
     fs::permissions(path, fs::perms{0755});
 }
 
-// Offsets and sizes of the Mach-O format, as far as the layout goes.
+// Offsets and sizes of the Mach-O format, as far as this layout needs them.
 constexpr std::size_t commandCountOffset = 16;
 constexpr std::size_t commandOffset = 32;
 constexpr std::size_t sectionOffset = commandOffset + 72;
@@ -142,8 +142,8 @@ void makeCrashDetector(const fs::path& file, std::string_view version) {
 }
 
 std::string crashDetectorBytes(std::string_view version) {
-    // The header hides in the comment of the second line, which a line feed in one of its numbers would end.
-    // The interpreter is dash by name: bash refuses every script that has a NUL among its first 80 bytes.
+    // The header is a comment in the second line; a line feed in one of its numbers would end it. The
+    // interpreter is dash by name: bash refuses scripts with a NUL among their first 80 bytes.
     std::string list = informationList(crashDetectorIdentifier, version, "TavoCrashDetector");
     while (holdsLineFeed(list.size()))
         list += '\n';

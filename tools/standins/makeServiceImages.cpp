@@ -46,7 +46,7 @@ const std::map<std::string_view, Setter>& setters() {
 
 ServiceImages parse(const std::vector<Text>& arguments) {
     if (arguments.size() % 2 == 0 || arguments[0].empty() || arguments[0][0] == '-')
-        throw std::invalid_argument("a folder, then options with a value each are needed");
+        throw std::invalid_argument("a folder and then options, each with a value, are needed");
     ServiceImages images{.folder = arguments[0]};
     for (std::size_t i = 1; i < arguments.size(); i += 2) {
         const auto setter = setters().find(arguments[i]);
