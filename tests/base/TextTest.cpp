@@ -11,7 +11,7 @@ TEST(Text, TrimsTabsAndSpaceSeparatorsButNoLineBreaks) {
         {"\n a \r", "\n a \r"},
         {"\u00A0\u1680\u2003a\u202F\u205F\u3000", "a"},
         {"\u200Ba\u2028", "\u200Ba\u2028"}, // a format character and the line separator
-        {"\xA0", "\xA0"},                   // half a blank is none
+        {"\xA0", "\xA0"},                   // half a blank is not a blank
     };
     for (const auto& [text, trimmed] : cases)
         EXPECT_EQ(trimBlanks(text), trimmed);

@@ -15,7 +15,7 @@ protected:
         timers.fire();
         EXPECT_EQ(files.read(logFolder + "join.log"), "");
     }
-    /// What the rotated files begin with, the newest first.
+    /// How the rotated files begin, the newest first.
     std::string marks(int count) {
         std::string all;
         for (int number = 0; number < count; ++number) {

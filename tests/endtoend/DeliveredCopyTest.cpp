@@ -8,7 +8,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What the service delivers beside a Join: the parameters of a first run.
+/// The parameters of a first run, as the service delivers them beside a Join.
 class DeliveredCopy : public testing::Test {
 protected:
     void deliverParametersIn(const std::string& folder) const {
@@ -18,7 +18,7 @@ protected:
                       world.host() + "&");
     }
 
-    /// Joins with the copy in that folder, and expects that the parameters delivered have been used.
+    /// Joins with the copy in that folder, and expects it to use the delivered parameters.
     void expectJoinFrom(const std::string& folder) const {
         Launch launch = world.launch({}, folder + "/Join.app");
         launch.environment.emplace_back("HOME", home);
@@ -32,7 +32,7 @@ protected:
     }
 
     JoinWorld world{{"--update-needed", "false"}};
-    std::string home = world.home(); ///< or other words for it
+    std::string home = world.home(); ///< or another path to it
 };
 
 /// Unmounts a volume at the end.
@@ -59,7 +59,7 @@ TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
     expectJoinFrom(world.home() + "/Downloads");
     EXPECT_TRUE(
         world.logHolds("Volume : /Volumes/TavoJoin, isRemovable :1, isWritable : 1, isUnmountable : 1"));
-    // It ends with the boot.
+    // A reboot removes it.
     writeFile(world.systemRoot() + "/Volumes.boot", "another");
     const Child plain(world.launch({}, world.home() + "/Downloads/Join.app"));
     EXPECT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })) << world.log();
@@ -82,7 +82,7 @@ TEST_F(DeliveredCopy, OnAMountedVolumeLendsItsParameters) {
     const Mounted mounted{volume};
     JoinWorld::copyJoinTo(world.home() + "/Downloads");
     fs::create_directory_symlink(world.home(), world.home() + ".link");
-    home += ".link/"; // the system tells the place of a mount without links
+    home += ".link/"; // the system reports mount points without links
     expectJoinFrom(world.home() + "/Downloads");
     EXPECT_TRUE(world.logHolds("Volume : " + volume + ", isRemovable :1, isWritable : 0, isUnmountable : 1"))
         << world.log();

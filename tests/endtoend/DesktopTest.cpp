@@ -7,7 +7,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// One of the desktop's own programs, in the world of a Join.
+/// One of the desktop's own programs, run in the world of a Join.
 Launch tool(const JoinWorld& world, std::vector<std::string> command) {
     Launch launch = world.launch({});
     launch.command = std::move(command);
@@ -29,7 +29,7 @@ std::string installedProgram(const JoinWorld& world) {
     return world.systemRoot() + "/Applications/Join.app/Contents/MacOS/Join";
 }
 
-/// Told of, with the copy that stays where it is.
+/// Registered, with the copy that stays where it is.
 bool isRegistered(const JoinWorld& world) {
     return eventually([&] {
         return contentsOf(entryPath(world)).find("\nExec=" + installedProgram(world) + " %u\n") !=

@@ -25,7 +25,7 @@ std::string urlOf(const JoinWorld& world, const std::string& more = "") {
 
 std::string saidIn(const JoinWorld& world) { return world.log() + world.output(); }
 
-/// What lies about that Join has not finished.
+/// Files that Join has not finished.
 std::vector<std::string> unfinishedIn(const JoinWorld& world) {
     std::vector<std::string> left;
     for (const auto& entry : fs::recursive_directory_iterator(world.home()))
@@ -35,7 +35,7 @@ std::vector<std::string> unfinishedIn(const JoinWorld& world) {
     return left;
 }
 
-/// All is well from now on: this run ends with the agent started.
+/// Nothing is wrong from now on: this run ends with the agent started.
 void expectJoin(const JoinWorld& world, const Launch& launch) {
     fs::remove(world.home() + "/tavo-standin/agent.txt");
     Child join(launch);
@@ -43,7 +43,7 @@ void expectJoin(const JoinWorld& world, const Launch& launch) {
     EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << saidIn(world);
 }
 
-/// A way to a join: what is there before it, and how Join is started.
+/// A kind of join: what exists before it, and how Join is started.
 struct Road {
     std::string name;
     const char* updateNeeded;
@@ -78,7 +78,7 @@ TEST_P(Killed, AtAnyMomentTheNextRunJoins) {
             const Child join(start);
             std::this_thread::sleep_for(moment); // the fault itself: a kill at this moment
         }
-        if (!fs::exists(start.command.front())) // an update had taken it away
+        if (!fs::exists(start.command.front())) // an update had removed it
             start.command.front() = world.launch({}).command.front();
         SCOPED_TRACE("killed after " + std::to_string(moment.count()) + " µs");
         ASSERT_NO_FATAL_FAILURE(expectJoin(world, start));

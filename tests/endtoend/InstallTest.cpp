@@ -36,7 +36,7 @@ long count(const std::string& text, const std::string& piece) {
 
 bool isEmpty(const fs::path& folder) { return !fs::exists(folder) || fs::is_empty(folder); }
 
-/// Nothing that an installation needed on its way is left.
+/// Nothing is left that an installation needed only on the way.
 void expectTidy(const JoinWorld& world) {
     EXPECT_TRUE(isEmpty(world.systemRoot() + "/Volumes"));
     std::vector<std::string> left;
@@ -48,7 +48,7 @@ void expectTidy(const JoinWorld& world) {
     EXPECT_EQ(left, std::vector<std::string>{});
 }
 
-/// What a tree holds: each entry's place with its mode and its bytes, or the text of a link.
+/// The content of a tree: each entry's path with its mode and its bytes, or the text of a link.
 std::vector<std::string> treeOf(const fs::path& tree) {
     std::vector<std::string> entries;
     for (const auto& entry : fs::recursive_directory_iterator(tree)) {
@@ -98,7 +98,7 @@ TEST(Install, ABareComputerJoinsAndTheNextRunOnlyStartsThePrograms) {
 }
 
 TEST(Install, JoinLivesInAnyHomeAndNeverRemovesTheCopyThatRuns) {
-    const std::string odd = "caf\xE9"; // no UTF-8
+    const std::string odd = "caf\xE9"; // not UTF-8
     const struct {
         std::string home; ///< how $HOME is spelled; the folder is the odd one
         const char*
@@ -263,7 +263,7 @@ TEST(Install, NothingOfARefusedImageIsStartedOrInstalled) {
     }
 }
 
-/// How many times it is tried: more with JOIN_KILLS in the environment.
+/// How many kills to try; JOIN_KILLS in the environment overrides it.
 int kills() {
     const char* given = std::getenv("JOIN_KILLS");
     return given ? std::atoi(given) : 10;

@@ -18,11 +18,10 @@ inline bool isAlive(pid_t process) {
     return !status.empty() && status.substr(status.rfind(')') + 2, 1) != "Z";
 }
 
-/// A home folder, a web service on loopback and the built program: everything that a join needs, for one
-/// test.
+/// Everything that one test needs for a join: a home folder, a web service on loopback and the built program.
 class JoinWorld {
 public:
-    /// The options of the service, beside those that tell where it is.
+    /// The options of the service, except those for its address.
     explicit JoinWorld(std::vector<std::string> serviceOptions = {}) {
         std::vector<std::string> command = {JOIN_SERVICE_PROGRAM, "--certificate",  certificate(),
                                             "--port-file",        folder_ / "port", "--log",
@@ -41,7 +40,7 @@ public:
     JoinWorld(const JoinWorld&) = delete;
     JoinWorld& operator=(const JoinWorld&) = delete;
 
-    /// Kills everything that was started in this world and has outlived the process that started it.
+    /// Kills everything started in this world that has outlived its starter.
     void endAll() const {
         for (const auto& process : std::filesystem::directory_iterator("/proc")) {
             const std::string number = process.path().filename();
@@ -87,7 +86,7 @@ public:
         std::filesystem::copy(JOIN_BUNDLE, folder + "/Join.app", std::filesystem::copy_options::recursive);
     }
 
-    /// How the program is started in this world.
+    /// How to start the program in this world.
     Launch launch(std::vector<std::string> arguments, const std::string& bundle = JOIN_BUNDLE) const {
         arguments.insert(arguments.begin(), bundle + "/Contents/MacOS/Join");
         return {.command = std::move(arguments),

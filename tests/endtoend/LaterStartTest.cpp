@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 constexpr auto received = "Received Launch App Url : ";
 
-/// The launch URLs that were handled, in their order.
+/// The launch URLs that were handled, in order.
 std::vector<std::string> handledUrls(const JoinWorld& world) {
     std::vector<std::string> urls;
     std::istringstream log(world.log());
@@ -61,7 +61,8 @@ TEST(LaterStart, NeedNotWaitForAFirstWhoseMainThreadIsBlocked) {
     EXPECT_EQ(handledUrls(world).size(), 1U); // the request is still under way
     EXPECT_FALSE(world.logHolds("Session Validated"));
     EXPECT_EQ(first.wait(), 0);
-    // The first one ends when its agent runs. What it had taken is not lost: a next one has got it.
+    // The first one ends when its agent runs. The message that it had taken is not lost: the next Join gets
+    // it.
     EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 2; })) << world.log();
     EXPECT_EQ(handledUrls(world).back(), keyless(1));
     ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); }));

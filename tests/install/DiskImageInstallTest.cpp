@@ -26,7 +26,7 @@ protected:
         return mounts ? mountStatus : 0;
     }
 
-    /// Lets the image that is being downloaded arrive.
+    /// Completes the download of the image.
     void finishDownload() {
         mainQueue.turn();
         auto& [request, delegate] = http.downloads.back();

@@ -2,13 +2,13 @@
 
 namespace join::test {
 
-/// Each Join.app holds one file and each parameter file one word: the folder that it is from.
+/// Each Join.app holds one file and each parameter file one word: the folder that it comes from.
 class SelfInstall : public LogicTest {
 protected:
     void putJoin(const std::string& folder) { files.put(folder + "/Join.app/Info", folder); }
     void putDelivered(const std::string& folder) { files.put(folder + "/.joinparameters", folder); }
 
-    /// Gives the origins of the stored parameter file, the system copy and the home copy afterwards.
+    /// Returns the origins of the stored parameter file, the system copy and the home copy afterwards.
     Journal runFrom(const std::string& folder) {
         prepared();
         putJoin(folder);

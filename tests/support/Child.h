@@ -18,14 +18,14 @@
 namespace join::test {
 
 struct Launch {
-    std::vector<std::string> command; ///< found on the PATH when it holds no separator
-    std::vector<std::pair<std::string, std::string>> environment = {}; ///< beside what the test has
+    std::vector<std::string> command; ///< looked up on the PATH unless it holds a separator
+    std::vector<std::pair<std::string, std::string>> environment = {}; ///< in addition to that of the test
     std::string directory = ".";
     std::string input = "/dev/null";
-    std::string output = "/dev/null"; ///< file that gets what it writes to both of its streams
+    std::string output = "/dev/null"; ///< file for both of its output streams
 };
 
-/// A child process, killed with this object if it still runs then.
+/// A child process. Destroying this object kills it if it still runs.
 class Child {
 public:
     explicit Child(const Launch& launch) {
@@ -53,8 +53,8 @@ public:
     pid_t process() const { return process_; }
     void end() const { ::kill(process_, SIGTERM); }
 
-    /// The exit status, or minus the signal that ended it. A process that goes on for far longer than it
-    /// should is killed.
+    /// The exit status, or minus the signal that ended it. A process that runs far longer than it should is
+    /// killed.
     int wait(std::chrono::milliseconds patience = std::chrono::minutes(1)) {
         const int handle = static_cast<int>(::syscall(SYS_pidfd_open, process_, 0));
         pollfd end{handle, POLLIN, 0};
@@ -81,7 +81,7 @@ private:
     pid_t process_ = -1;
 };
 
-/// Waits until the condition holds; false when it has not come true for far longer than it should take.
+/// Waits until the condition holds; false if it takes far longer than it should.
 template <typename Condition>
 bool eventually(Condition condition, std::chrono::seconds patience = std::chrono::seconds(30)) {
     using namespace std::chrono_literals;

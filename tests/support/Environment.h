@@ -6,7 +6,7 @@
 
 namespace join::test {
 
-/// Sets an environment variable, or unsets it for nullptr, and puts it back as it was at the end.
+/// Sets an environment variable, or unsets it for nullptr, and restores it at the end.
 class EnvironmentVariable {
 public:
     EnvironmentVariable(const char* name, const char* value) : name_(name) {

@@ -8,7 +8,7 @@
 
 namespace join::test {
 
-/// Leaves the operation that ended the program; no handler of exceptions in the logic catches it.
+/// Leaves the operation that ended the program. No handler in the logic catches it.
 struct Terminated {};
 
 class FakeApplication final : public platform::Application, Recorder {

@@ -8,17 +8,16 @@
 
 namespace join::test {
 
-/// A tree of files and folders in memory. What changes it goes into the journal, what could not as "cannot
-/// …".
+/// A tree of files and folders in memory. Changes go into the journal, failed ones as "cannot …".
 class FakeFileManager final : public platform::FileManager {
 public:
     explicit FakeFileManager(Journal& journal) : journal_(journal) {}
 
-    /// Sets up a file or a folder, with its parents, unrecorded.
+    /// Sets up a file or a folder, with its parents, without recording it.
     void put(const std::string& path, std::string contents);
     void putFolder(const std::string& path);
 
-    /// Whatever would change or read that path fails from now on.
+    /// From now on, changing or reading that path fails.
     void failAt(const std::string& path) { failing_.insert(plain(path)); }
 
     bool exists(const std::string& path) override { return nodes_.contains(plain(path)); }

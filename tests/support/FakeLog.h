@@ -12,7 +12,7 @@ public:
     FakeLog(Journal& journal, FakeFileManager& files) : journal_(journal), files_(files) {}
 
     Journal lines;
-    std::string throwsOnceOn; ///< part of a line that is not written, but raises an exception
+    std::string throwsOnceOn; ///< a line with this text raises an exception, once
 
     void write(std::string_view message) override {
         if (!throwsOnceOn.empty() && message.find(throwsOnceOn) != std::string_view::npos) {

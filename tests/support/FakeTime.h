@@ -11,7 +11,7 @@
 
 namespace join::test {
 
-/// Stands at the time it is set to; a sleep is recorded, not slept.
+/// Stays at the time it is set to; sleeps are recorded, not slept.
 class FakeClock final : public platform::Clock, Recorder {
 public:
     using Recorder::Recorder;
@@ -52,7 +52,7 @@ private:
     int made_ = 0;
 };
 
-/// Keeps the work, of any thread, until the test takes a turn of the loop.
+/// Keeps the work of all threads until the test runs a turn of the loop.
 class FakeMainQueue final : public platform::MainQueue {
 public:
     void enqueue(std::function<void()> work) override {

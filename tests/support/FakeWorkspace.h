@@ -13,7 +13,7 @@
 
 namespace join::test {
 
-/// Bundles by path, each nothing but its version.
+/// Bundles by path, each just a version.
 struct FakeBundles final : platform::Bundles {
     std::map<std::string, std::string> versions;
 
@@ -41,7 +41,7 @@ public:
         launches.push_back(arguments);
         if (throws)
             throw platform::Exception("no workspace");
-        return false; // refused, which nobody looks at
+        return false; // refused; the logic ignores that
     }
     std::vector<std::string> runningApplications(const std::string& bundleIdentifier) override {
         const auto count = std::ranges::count(running, bundleIdentifier);
@@ -56,7 +56,7 @@ public:
     platform::FileSystemInfo fileSystemInfo(const std::string& path) override { return volumes[path]; }
 };
 
-/// Starts nothing, and fails when it is told to. What a program would do is the test's.
+/// Starts nothing, and fails when told to. The test does what a program would do.
 class RecordingTasks final : public platform::Tasks, Recorder {
 public:
     using Recorder::Recorder;

@@ -11,7 +11,7 @@ namespace join::test {
 /// What the doubles of a test were asked, in order, across all of them.
 using Journal = std::vector<std::string>;
 
-/// Whether the entries stand in the journal in this order; others may stand between them.
+/// Whether the journal holds the entries in this order, possibly with others between them.
 inline ::testing::AssertionResult happenedInOrder(const Journal& journal, const Journal& entries) {
     auto from = journal.begin();
     for (const std::string& entry : entries) {

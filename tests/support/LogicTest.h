@@ -33,13 +33,13 @@ protected:
     LogicTest();
     ~LogicTest() override;
 
-    /// Start-up is done, from empty slots, and what it did is forgotten.
+    /// Runs the start-up, from empty slots, and forgets what it did.
     void prepared();
 
-    /// What the operation logged, without its name.
+    /// What the operation logged, without its own name.
     Journal said(const std::string& method) const;
 
-    /// How often a download of the agent image, or of the Join image, has begun once the loop has turned.
+    /// Runs the loop and returns how often a download of the agent image, or of the Join image, has begun.
     auto agentDownloads() { return downloadsOf("/TavoMac.dmg"); }
     auto joinDownloads() { return downloadsOf("/join-session?"); }
 

@@ -6,7 +6,7 @@
 
 namespace join::test {
 
-/// Pieces of a 64-bit Mach-O image, right or wrong as the test wants them.
+/// Pieces of a 64-bit Mach-O image, right or wrong as the test needs them.
 
 template <std::unsigned_integral Number>
 std::string littleEndian(Number number) {

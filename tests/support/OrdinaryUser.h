@@ -9,9 +9,9 @@
 
 namespace join::test {
 
-/// As long as this lives, modes and owners of files bind this thread, and those that it starts, as they bind
-/// an ordinary user: root passes every check of permissions, and would see nothing of what they are about.
-/// The user stays the same, so the test's folders may lie anywhere.
+/// As long as this lives, modes and owners of files bind this thread, and those that it starts, like an
+/// ordinary user: root passes every permission check, and would test nothing. The user stays the same, so the
+/// test's folders may be anywhere.
 class OrdinaryUser {
 public:
     OrdinaryUser() {

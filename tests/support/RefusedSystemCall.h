@@ -10,8 +10,8 @@
 
 namespace join::test {
 
-/// From now on that system call fails with that error, in the calling thread and in what it starts: give it
-/// one of its own.
+/// From now on that system call fails with that error, in the calling thread and everything it starts: use a
+/// thread of its own.
 inline void refuseSystemCall(unsigned number, unsigned error) {
     std::array<sock_filter, 4> filter{{BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                                        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, number, 0, 1),

@@ -8,7 +8,7 @@
 
 namespace join::test {
 
-/// Answers each expected request once. One that was not expected, or that never came, fails the test.
+/// Answers each expected request once. A request that was not expected, or that never came, fails the test.
 class ScriptedHttpClient final : public platform::HttpClient, Recorder {
 public:
     using Recorder::Recorder;

@@ -26,7 +26,7 @@ namespace join::test {
 enum class Fault {
     none,
     cutBody,        ///< announces the body and ends the connection half-way
-    endUnannounced, ///< sends the body without an announced length and ends the connection orderly
+    endUnannounced, ///< sends the body without an announced length and closes the connection in order
     cutUnannounced, ///< sends half of it, without an announced length; the end of TLS is missing
     stallBody,      ///< announces the body, sends half of it and then nothing more
     reset,          ///< resets the connection instead of answering
@@ -42,8 +42,8 @@ struct ScriptedAnswer {
     std::size_t repeat = 1; ///< how often the body comes in one answer; not with a fault
 };
 
-/// An HTTPS server on loopback that answers what it was told to expect, every expectation once. A request
-/// that nobody expected, and an expectation that nobody met, fail the test. Connections are kept alive.
+/// An HTTPS server on loopback that answers the expected requests, each once. A request that was not
+/// expected, or that never came, fails the test. Connections are kept alive.
 class ScriptedHttpsServer {
 public:
     explicit ScriptedHttpsServer(const std::string& names = "DNS:localhost,IP:127.0.0.1")
@@ -82,13 +82,13 @@ public:
     }
     std::string certificate() const { return certificate_.pem(); }
 
-    /// Answers the next request of that path, which may have a query.
+    /// Answers the next request for that path, which may have a query.
     void expect(const std::string& path, ScriptedAnswer answer, const std::string& method = "GET") {
         const std::scoped_lock lock(mutex_);
         expected_.emplace(method + " " + path, std::move(answer));
     }
 
-    /// The requests that came, in order: each its head lines, an empty one and the body.
+    /// The requests, in order: each its header lines, an empty line and the body.
     std::vector<std::string> requests() const {
         const std::scoped_lock lock(mutex_);
         return requests_;
@@ -101,11 +101,11 @@ public:
 private:
     using Tls = std::unique_ptr<SSL, void (*)(SSL*)>;
 
-    /// Waits until there is something to read; false when the server ends first.
+    /// Waits until there is something to read; false if the server ends first.
     bool awaitInput(int descriptor) const {
         std::array<pollfd, 2> waiting{{{descriptor, POLLIN, 0}, {stop_, POLLIN, 0}}};
         while (::poll(waiting.data(), waiting.size(), -1) < 0) {
-        } // a signal; seteuid sends them to every thread
+        } // interrupted by a signal; seteuid sends one to every thread
         return waiting[1].revents == 0;
     }
 
@@ -130,7 +130,7 @@ private:
                 return;
     }
 
-    /// Of the request that begins so: its length, the largest number as long as its head is not whole.
+    /// The length of the request that begins so; the largest number while its header is incomplete.
     static std::size_t lengthOf(const std::string& request) {
         constexpr std::string_view length = "\r\nContent-Length: ";
         const auto end = request.find("\r\n\r\n");
@@ -140,7 +140,7 @@ private:
         return end + 4 + (at < end ? std::stoul(request.substr(at + length.size(), 12)) : 0);
     }
 
-    /// Gives one request, empty when there is none.
+    /// Returns one request, empty if there is none.
     std::string read(SSL* tls) const {
         std::string request;
         std::array<char, 4096> buffer{};
@@ -167,7 +167,7 @@ private:
         return {.status = 500};
     }
 
-    /// Gives whether the connection goes on.
+    /// Returns whether the connection goes on.
     bool answer(SSL* tls, int socket, const ScriptedAnswer& answer) const {
         if (answer.fault == Fault::reset) {
             const linger atOnce{.l_onoff = 1, .l_linger = 0};

@@ -11,7 +11,7 @@
 
 namespace join::test {
 
-/// A fresh private folder that goes away, with all that it holds, with this object.
+/// A fresh private folder. Destroying this object removes it with everything in it.
 class TemporaryFolder {
 public:
     TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "join-test-XXXXXX").string()) {
@@ -27,7 +27,7 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
-    /// Absolute, without a separator at its end.
+    /// Absolute, without a trailing separator.
     const std::string& path() const { return path_; }
 
     /// The path of something in it.
@@ -37,7 +37,7 @@ private:
     std::string path_;
 };
 
-/// Writes a file, with its missing parent folders. Gives its path.
+/// Writes a file and its missing parent folders. Returns its path.
 inline std::string writeFile(const std::string& path, std::string_view contents) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
@@ -47,7 +47,7 @@ inline std::string writeFile(const std::string& path, std::string_view contents)
     return path;
 }
 
-/// The bytes of a file, none when it is missing.
+/// The bytes of a file, empty if it is missing.
 inline std::string contentsOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};

@@ -9,10 +9,10 @@
 
 namespace join::test {
 
-/// A key and a certificate for it that it has signed itself, valid from yesterday to tomorrow.
+/// A key and its self-signed certificate, valid from yesterday to tomorrow.
 class TestCertificate {
 public:
-    /// The names it stands for, as OpenSSL writes them: "DNS:localhost,IP:127.0.0.1".
+    /// The names it is valid for, in OpenSSL's form: "DNS:localhost,IP:127.0.0.1".
     explicit TestCertificate(const std::string& names)
         : key_(EVP_EC_gen("P-256"), EVP_PKEY_free), certificate_(X509_new(), X509_free) {
         constexpr long day = 86'400; // seconds

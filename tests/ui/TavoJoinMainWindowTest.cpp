@@ -18,7 +18,7 @@ std::string question(const std::string& key, const std::string& type = "Meeting"
            "&role=agent&sessionType=" + type;
 }
 
-/// The entry window on the screen, without the delegate: its notifications are only noted.
+/// The entry window on the screen, without the delegate: its notifications are only recorded.
 class EntryWindow : public LogicTest {
 protected:
     EntryWindow() {

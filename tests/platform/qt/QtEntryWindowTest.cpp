@@ -21,7 +21,7 @@
 namespace join::platform {
 namespace {
 
-/// Whose end can be asked for without ending the test.
+/// Can be asked to end without ending the test.
 struct PatientApplication final : Application {
     int ends = 0;
     void run(ApplicationDelegate& /*delegate*/) override {}
@@ -32,7 +32,7 @@ struct PatientApplication final : Application {
     SystemVersion systemVersion() override { return {}; }
 };
 
-/// The logic on doubles, but for its windows.
+/// The logic on doubles, but with real windows.
 class RealWindows : public test::LogicTest {
 protected:
     RealWindows() {
@@ -158,7 +158,7 @@ TEST_F(QtEntryWindow, PromptsAreRedOnlyWhereSomethingIsMissing) {
     EXPECT_EQ(emailField().placeholderText(), "ann");
 }
 
-/// What a tool tip shows, which takes its text for rich text when it looks so.
+/// What a tool tip shows: it takes its text for rich text if it looks like it.
 QString shownByToolTip(const QString& text) {
     QTextDocument document;
     Qt::mightBeRichText(text) ? document.setHtml(text) : document.setPlainText(text);

@@ -17,7 +17,7 @@
 namespace join::platform {
 namespace {
 
-/// Turns the loop until the condition holds, for half a minute at the most.
+/// Runs the loop until the condition holds, for at most half a minute.
 template <typename Condition>
 bool turnUntil(Condition condition) {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);

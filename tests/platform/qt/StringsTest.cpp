@@ -16,7 +16,7 @@ constexpr const char* ids[]{
     "JOIN",          "CANCEL",          "ENTER_KEY", "ENTER_EMAIL",   "ENTER_VALID_KEY",
     "JOIN_PROGRESS", "PROBLEM_OCCURED", "OK",        "ERROR_MESSAGE", "CLICK_HERE"};
 
-/// One compiled table, and nothing that stands in for it.
+/// One compiled table, without fallbacks.
 class Table {
 public:
     explicit Table(const QString& language) {

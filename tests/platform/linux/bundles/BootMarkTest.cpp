@@ -38,7 +38,7 @@ TEST_F(BootMark, VolumesLiveTillTheNextBoot) {
     mount();
     mount(".unfinished");
     fs::create_directory_symlink(folder_.path(), volumes_ + "/link");
-    EXPECT_TRUE(endVolumesIn("first")); // when they were mounted nobody knows
+    EXPECT_TRUE(endVolumesIn("first")); // nobody knows when they were mounted
     EXPECT_EQ(volumes(), 0);
     mount();
     for (const char* boot : {"first", "first", ""}) {

@@ -77,7 +77,8 @@ protected:
         return has(contentsOf(entry_), "TryExec=" + bundle + "/Contents/MacOS/Join");
     }
 
-    /// As a start of the program does; tells how often the helper was started, which then does its work.
+    /// Registers like a start of the program; returns how often it started the helper, which then does its
+    /// work.
     std::size_t ensure() {
         std::vector<Lines> started;
         SchemeRegistration registration(root_, bundle_, log_,
@@ -218,7 +219,7 @@ TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneTh
 
     ASSERT_EQ(::mkfifo((folder_ / "data/pipe").c_str(), 0600), 0);
     fs::create_directories(folder_ / "config");
-    fs::rename(folder_ / "data/pipe", defaults_); // GIO waits for somebody who writes to it
+    fs::rename(folder_ / "data/pipe", defaults_); // GIO waits for a writer
     std::array<int, 2> ends{};
     ASSERT_EQ(::pipe(ends.data()), 0);
     const Descriptor reading(ends[0]);
@@ -226,7 +227,7 @@ TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneTh
     const Child helper({.command = {REGISTER_SCHEME_PROGRAM, "tavojoin", "com.tavo.join", bundle_}});
     inherited.close();
     char byte = 0;
-    EXPECT_EQ(::read(reading.get(), &byte, 1), 0); // it has let go of the pipe
+    EXPECT_EQ(::read(reading.get(), &byte, 1), 0); // it has closed the pipe
     EXPECT_TRUE(eventually([&] { return fs::exists(entry_); }));
     EXPECT_EQ(::getsid(helper.process()), helper.process());
 }

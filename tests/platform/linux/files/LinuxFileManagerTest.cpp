@@ -27,7 +27,7 @@ struct KeptLog final : Log {
 
 class FileManagerOfLinux : public testing::Test {
 protected:
-    /// A file manager for whom the folder "root" is the system's, and a folder that is a user's.
+    /// A file manager with the folder "root" as the system's, and a folder of a user.
     FileManagerOfLinux() { fs::create_directory(user_); }
 
     auto entries() const { return std::distance(fs::directory_iterator(user_), {}); }
@@ -217,7 +217,7 @@ TEST_F(FileManagerOfLinux, WhatAnotherUserHasWrittenInOurFolderIsOutOfTheWay) {
         EXPECT_TRUE(files_.remove(user_ + "/A.app"));
     }
     EXPECT_EQ(entries(), 2); // hidden
-    // Where nothing can be made or moved, all stays as it was.
+    // Where nothing can be made or moved, everything stays as it was.
     writeFile(user_ + "/A.app/Contents/file", "old");
     giveAway(user_);
     const OrdinaryUser user;

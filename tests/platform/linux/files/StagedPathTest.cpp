@@ -25,7 +25,7 @@ pid_t deadProcess() {
     return process;
 }
 
-/// A file and a folder each get a new name, and no name that is taken.
+/// A file and a folder each get a new name, but not a name that is taken.
 void commitToNewNames() {
     const TemporaryFolder folder;
     writeFile(folder / "file", "old");
@@ -60,7 +60,7 @@ TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElse
         writeFile(folder / staged + mark + ".partial/Contents/file", "x");
     const StagedPath other(folder / "A.app"); // is at work all the time
     writeFile(other.path(), "x");
-    // The first process of the system always lives.
+    // The first process of the system is always alive.
     const std::string kept[] = {
         fs::path(other.path()).filename(), staged + "1.partial",        staged + "1.7.partial",
         staged + dead + ".7.7.partial",    staged + dead + "..partial", staged + "0.partial",
@@ -77,7 +77,7 @@ TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElse
 
 TEST(StagedPath, ACommitToANewNameReplacesNothing) {
     commitToNewNames();
-    // Nor where the file system cannot be told to.
+    // Nor on a file system that cannot rename without replacing.
     std::async(std::launch::async, [] {
         refuseSystemCall(SYS_renameat2, EINVAL);
         commitToNewNames();

@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Gives a file, folder or link times that no clock would.
+/// Gives a file, folder or link times that no clock would give.
 void setTimes(const std::string& path, long second) {
     const std::array<timespec, 2> times{timespec{second, 123456789}, timespec{second + 1, 987654321}};
     ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW), 0) << path;

@@ -52,7 +52,7 @@ struct World {
     CurlHttpClient client{queue};
     std::unique_ptr<Connection> connection;
 
-    /// Checks what the delegate is told until the connection has ended, and then some.
+    /// Checks what the delegate is told until the connection has ended, and shortly after.
     void expectNews(const News& news, const std::string& error, HttpClient& asked) {
         delegate = {};
         connection = asked.connect(request, delegate);

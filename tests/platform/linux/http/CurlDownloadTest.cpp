@@ -31,7 +31,7 @@ std::binary_semaphore answerLookup(0);
 
 } // namespace
 
-/// Stands before the C library's: the lookup of one host takes until the test lets it end.
+/// Replaces the C library's: the lookup of one host lasts until the test lets it end.
 // NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name): those of the system are reserved
 extern "C" [[gnu::visibility("default")]] int getaddrinfo(const char* host, const char* service,
                                                           const addrinfo* hints, addrinfo** found) {
@@ -93,7 +93,7 @@ struct World {
 
     void start() { download = client.download(request, delegate); }
 
-    /// Gives what the delegate is told until the download has ended, and then some.
+    /// Returns what the delegate is told until the download has ended, and shortly after.
     News run() {
         delegate = {};
         start();
@@ -125,11 +125,11 @@ struct World {
 };
 
 struct ChildEnd {
-    int status;         ///< as of wait(2); 0 when nothing that the child expected was otherwise
+    int status;         ///< as from wait(2); 0 if the child's checks have passed
     long peakKilobytes; ///< of memory
 };
 
-/// Runs the work in a child process, which may spoil what belongs to the process. No other thread may run.
+/// Runs the work in a child process, so that it may change anything of its process. No other thread may run.
 ChildEnd inChild(const std::function<void()>& work) {
     const pid_t process = ::fork();
     if (process == 0) {

@@ -51,7 +51,7 @@ TEST(InstanceMessage, IsReadBackAsItWasWrittenAndNothingElseIsAMessage) {
         EXPECT_EQ(parseInstanceMessage(none), std::nullopt) << none.substr(0, 30);
 }
 
-/// Takes the first place and begins to take messages.
+/// Becomes the first and begins to take messages.
 void startFirst(SingleInstance& instance) {
     ASSERT_EQ(instance.start({}), Start::first);
     instance.messages().begin();
@@ -71,7 +71,7 @@ TEST(SingleInstance, GivesTheFirstOneTheMessagesOfTheOthersInTheirOrder) {
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(first.messages().next(), urlMessage("tavojoin://" + std::to_string(i)));
     EXPECT_EQ(first.messages().next(), std::nullopt);
-    EXPECT_EQ(notified, 20); // the sender's answer comes a moment before
+    EXPECT_EQ(notified, 20); // the sender gets its answer a moment earlier
 }
 
 TEST(SingleInstance, ResignsWithWhatItHasTakenAndLeavesThePlaceToTheNext) {

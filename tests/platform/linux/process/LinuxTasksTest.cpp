@@ -27,7 +27,7 @@ protected:
         return path;
     }
 
-    /// Whoever starts a program may have it ignore how children end.
+    /// The starter of a program may make it ignore how its children end.
     void (*const before)(int) = std::signal(SIGCHLD, SIG_IGN);
     test::TemporaryFolder folder;
     LinuxTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};

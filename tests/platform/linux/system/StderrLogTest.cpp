@@ -33,8 +33,8 @@ public:
 
 const std::string stamp = "2026-01-02 03:04:05.006 Join";
 
-/// Runs the check in a child process, so that this one keeps its streams; it gives the number of the first
-/// line that does not hold, or 0.
+/// Runs the check in a child process, so that this one keeps its streams. Returns the number of the first
+/// line that fails, or 0.
 void expectInChild(const std::function<int(StderrLog&)>& check) {
     EXPECT_EXIT(
         {

@@ -33,7 +33,7 @@ using Made = tools::ImageKind;
 
 namespace {
 
-/// Type, permissions, time and content of all below a folder, but for that of folders' times.
+/// Type, permissions, time and content of everything below a folder, except the times of folders.
 std::map<std::string, std::string> treeOf(const std::string& top) {
     std::map<std::string, std::string> tree;
     for (const auto& entry : fs::recursive_directory_iterator(top)) {
@@ -56,7 +56,7 @@ std::string script(const std::string& body) { return "#!/bin/sh\n" + body + "\n"
 
 class Mount : public testing::Test {
 protected:
-    /// The content of the volume "Tavo": a bundle with links of every sort, text, noise, and zeros over
+    /// The content of the volume "Tavo": a bundle with every sort of link, text, noise, and zeros over
     /// several chunks.
     void makeContent() const {
         const std::string app = in_ + "/Tavo.app/Contents/";
@@ -81,7 +81,7 @@ protected:
         tools::makeDiskImage(in_, "Tavo", kind, image_);
     }
 
-    /// Has 7zz done by a script that does all but one command as it should be.
+    /// Replaces 7zz with a script that does all but one command correctly.
     void replace7zz(const std::string& command, const std::string& body) {
         settings_.sevenZip = writeFile(folder_ / "7zz", script("[ \"$1\" = " + command + " ] || exec " +
                                                                pathOf7zz() + " \"$@\"\n" + body));
@@ -193,7 +193,7 @@ TEST_F(Mount, TakesTheRicherPartOfADiscThatHoldsItsFilesTwice) {
         test::Child maker({.command = {"xorrisofs", "-quiet", isPoor ? "-J" : "-r", "-V", "Tavo", option,
                                        "-o", image_, in_}});
         ASSERT_EQ(maker.wait(), 0);
-        // Where there is nothing better, Joliet's name of the volume counts, which can be any.
+        // Without anything better Joliet's name of the volume counts, which can be anything.
         const auto padded = [](const std::string& name) { return name + std::string(28, ' '); };
         const std::string made = contentsOf(image_);
         const std::string disc = isPoor ? tools::replaced(made, padded("Tavo"), padded("TAVO")) : made;
@@ -224,7 +224,7 @@ TEST_F(Mount, TakesThePlaceOfWhateverHadTheName) {
     EXPECT_EQ(treeOf(volume_), treeOf(in_));
     EXPECT_TRUE(fs::exists(outside));
 
-    // On a file system that only renames plainly as well.
+    // Also on a file system that only knows plain renames.
     std::async(std::launch::async, [this] {
         test::refuseSystemCall(SYS_renameat2, EINVAL);
         writeFile(volume_ + "/old", "x");
@@ -328,7 +328,7 @@ TEST_F(Mount, EndsA7zzThatHangsWithAllThatItStarted) {
     for (const char* command : {"l", "t", "x"}) {
         replace7zz(command, "sleep 1000 & echo $! > " + (folder_ / "child") + "; wait");
         expectRefused(command);
-        // A process that ended has no command line, also as long as nobody has asked for its status.
+        // A process that has ended has no command line, even before anybody has asked for its status.
         std::string process = contentsOf(folder_ / "child");
         process.pop_back();
         EXPECT_TRUE(test::eventually([&] { return contentsOf("/proc/" + process + "/cmdline").empty(); }));
