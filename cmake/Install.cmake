@@ -1,4 +1,4 @@
-# What `cmake --install` puts under the prefix, in the places of the freedesktop.org standards:
+# What `cmake --install` installs below the prefix, in the places of the freedesktop.org standards:
 #
 #   lib/tavo-join/Join.app        the bundle
 #   bin/tavo-join                 a link to its program
@@ -13,7 +13,7 @@ set(join_icons ${PROJECT_SOURCE_DIR}/resources/icons)
 
 configure_file(${join_icons}/com.tavo.join.svg ${join_built_bundle}/Contents/Resources/Join.svg COPYONLY)
 
-# Installs what the targets of a folder, and of those below it, build into the bundle. Adds them to join_bundle.
+# Installs what the targets in a folder and below build into the bundle, and adds them to join_bundle.
 function(join_install_bundle_targets folder)
     get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
     foreach(target IN LISTS targets)
@@ -45,7 +45,7 @@ file(MAKE_DIRECTORY ${join_configured})
 file(CREATE_LINK ../${join_installed_bundle}/Contents/MacOS/Join ${join_configured}/tavo-join SYMBOLIC)
 install(FILES ${join_configured}/tavo-join DESTINATION bin)
 
-# The desktop entry names the program by its full path, which is known when the prefix is.
+# The desktop entry names the program by its full path, which depends on the prefix.
 install(CODE "
     set(JOIN_ENTRY_TRY_EXEC \${CMAKE_INSTALL_PREFIX}/${join_installed_bundle}/Contents/MacOS/Join)
     set(template [==[${PROJECT_SOURCE_DIR}/resources/desktop/com.tavo.join.desktop.in]==])

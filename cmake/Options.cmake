@@ -1,4 +1,4 @@
-# Settings of the service that a distributor fills in; reserved example names until then.
+# Settings of the service for distributors; by default, reserved example names.
 set(JOIN_WEB_SERVER_HOST "join.example.com" CACHE STRING "Default web server host")
 set(JOIN_SYSTEM_REQUIREMENTS_URL "https://www.example.com/system-requirements" CACHE STRING
     "Web page with the system requirements")
@@ -24,12 +24,12 @@ if(JOIN_COVERAGE)
     link_libraries(join_counts_at_end)
 endif()
 
-# The project's own code is compiled with these.
+# For the project's own code.
 add_library(join_warnings INTERFACE)
 target_compile_options(join_warnings INTERFACE -Wall -Wextra -Wpedantic -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # GCC 12 takes the alternatives that a moved std::variant does not hold for uninitialised members, and the buffers
-    # of texts that are added for overlapping ones.
+    # False alarms of GCC 12: unused alternatives of a moved std::variant as uninitialised members, and the buffers of
+    # concatenated texts as overlapping.
     target_compile_options(join_warnings INTERFACE -Wno-maybe-uninitialized -Wno-restrict)
 endif()
 target_include_directories(join_warnings INTERFACE ${PROJECT_SOURCE_DIR}/src)

@@ -1,4 +1,4 @@
-# The Debian package, made by `cpack` in the build folder from what is installed.
+# The Debian package, which `cpack` makes in the build folder from the installed files.
 set(JOIN_PACKAGE_MAINTAINER "Join maintainers <join@example.com>" CACHE STRING "Maintainer of the package")
 
 execute_process(COMMAND env LC_ALL=C date --utc --date=${join_release_date} "+%a, %d %b %Y"
@@ -8,7 +8,7 @@ foreach(file IN ITEMS copyright changelog)
     install(FILES ${join_configured}/${file} DESTINATION share/doc/tavo-join)
 endforeach()
 
-# What is installed is stripped, and its texts compressed as Debian's policy asks for (sections 12.1 and 12.7).
+# Programs are stripped, and texts compressed as Debian's policy asks (sections 12.1 and 12.7).
 set(CPACK_STRIP_FILES ON)
 file(WRITE ${join_configured}/compress.cmake [[
 set(share ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/usr/share)
@@ -17,7 +17,7 @@ execute_process(COMMAND gzip -9n ${share}/man/man1/tavo-join.1 ${share}/doc/tavo
 ]])
 set(CPACK_PRE_BUILD_SCRIPTS ${join_configured}/compress.cmake)
 
-# The desktop entry names the place in which the program will be: the prefix is that on the user's computer.
+# The desktop entry names the program's place on the user's computer, so the prefix is the one there.
 set(CPACK_SET_DESTDIR ON)
 set(CPACK_INSTALL_PREFIX /usr)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
@@ -41,7 +41,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 
-# The libraries are found in the programs; these are the programs that Join runs, and the certificates it trusts.
+# The libraries are found from the programs; these are the programs that Join runs, and the certificates it trusts.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 string(JOIN ", " CPACK_DEBIAN_PACKAGE_DEPENDS 7zip ca-certificates desktop-file-utils xdg-utils zip)
 string(JOIN ", " CPACK_DEBIAN_PACKAGE_RECOMMENDS hicolor-icon-theme qt6-wayland)
