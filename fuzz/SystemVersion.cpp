@@ -15,9 +15,8 @@ void tryOut(std::string_view input) {
     const std::string* name = list->member("ProductName")->text();
     const std::string* version = list->member("ProductVersion")->text();
     require(name && isUtf8(*name) && name->size() <= release.name.size());
-    require(version && parseSystemVersion(*version).major >= 11);
+    require(version && std::stoi(*version) >= 11);
     require(version->find_first_not_of("0123456789.") == std::string::npos);
-    parseSystemVersion(input);
 }
 
 } // namespace join::fuzz

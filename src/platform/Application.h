@@ -28,6 +28,13 @@ struct SystemVersion {
     int maintenance = 0;
 };
 
+/// What a system counts as whose own number says nothing about its age.
+inline constexpr SystemVersion oldestSupported{.major = 11};
+
+/// Where the system says its name and version: an XML property list with the texts ProductName and
+/// ProductVersion.
+inline constexpr const char* systemVersionPath = "/System/Library/CoreServices/SystemVersion.plist";
+
 /// The running program and its main run loop. Main thread only.
 class Application {
 public:

@@ -3,10 +3,10 @@
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyLists.h"
-#include "platform/linux/system/SystemVersionFile.h"
 
 #include <QApplication>
 #include <QTimer>
+#include <QVersionNumber>
 
 #include <cstdlib>
 #include <utility>
@@ -50,12 +50,14 @@ std::string QtApplication::bundleIdentifier() {
 }
 
 SystemVersion QtApplication::systemVersion() {
-    const auto file = readers_.fileManager.read("/System/Library/CoreServices/SystemVersion.plist");
+    const auto file = readers_.fileManager.read(systemVersionPath);
     const auto list = file ? readers_.propertyLists.parse(*file) : std::nullopt;
-    const Value* version = list ? list->member("ProductVersion") : nullptr;
+    const Value* text = list ? list->member("ProductVersion") : nullptr;
     // A full disk takes no file, and a crash may leave an empty one; neither makes the system too old.
-    constexpr SystemVersion oldestSupported{.major = 11};
-    return version && version->text() ? parseSystemVersion(*version->text()) : oldestSupported;
+    if (!text || !text->text())
+        return oldestSupported;
+    const auto version = QVersionNumber::fromString(QString::fromStdString(*text->text()));
+    return {version.majorVersion(), version.minorVersion(), version.microVersion()};
 }
 
 } // namespace join::platform

@@ -1,11 +1,10 @@
 #include "platform/linux/system/SystemVersionFile.h"
 
+#include "platform/Application.h"
 #include "platform/Utf8.h"
 #include "platform/linux/files/Folders.h"
 
 #include <algorithm>
-#include <charconv>
-#include <climits>
 #include <optional>
 
 namespace join::platform {
@@ -13,7 +12,6 @@ namespace join::platform {
 namespace {
 
 constexpr std::size_t maximumOsReleaseSize = 65536;
-constexpr int oldestSupportedMajor = 11;
 
 bool isDigit(char character) { return character >= '0' && character <= '9'; }
 bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }
@@ -94,9 +92,8 @@ bool isNumbersWithDots(std::string_view version) {
 }
 
 std::string reportedVersion(const std::string& version) {
-    const bool counts =
-        isNumbersWithDots(version) && parseSystemVersion(version).major >= oldestSupportedMajor;
-    return counts ? version : std::to_string(oldestSupportedMajor) + ".0";
+    const bool counts = isNumbersWithDots(version) && std::stoi(version) >= oldestSupported.major;
+    return counts ? version : std::to_string(oldestSupported.major) + ".0";
 }
 
 } // namespace
@@ -141,19 +138,6 @@ bool makeSystemVersionFile(FileManager& files, const std::vector<std::string>& o
     }
     return files.createFolder(parentOf(systemVersionPath)) &&
            files.create(systemVersionPath, systemVersionList(release));
-}
-
-SystemVersion parseSystemVersion(std::string_view text) {
-    SystemVersion version;
-    for (int* number : {&version.major, &version.minor, &version.maintenance}) {
-        const std::string_view component = takeUntil(text, '.');
-        if (component.empty() || !std::ranges::all_of(component, isDigit))
-            break;
-        const auto parsed = std::from_chars(component.data(), component.data() + component.size(), *number);
-        if (parsed.ec == std::errc::result_out_of_range)
-            *number = INT_MAX;
-    }
-    return version;
 }
 
 } // namespace join::platform

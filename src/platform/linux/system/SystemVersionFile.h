@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Application.h"
 #include "platform/FileManager.h"
 
 #include <string>
@@ -8,10 +7,6 @@
 #include <vector>
 
 namespace join::platform {
-
-/// Where the system says its name and version: an XML property list with the texts ProductName and
-/// ProductVersion.
-inline constexpr const char* systemVersionPath = "/System/Library/CoreServices/SystemVersion.plist";
 
 /// The distribution's name and version, as its os-release file has them.
 struct SystemRelease {
@@ -32,9 +27,5 @@ std::string systemVersionList(const SystemRelease& release);
 /// when it is there afterwards.
 bool makeSystemVersionFile(FileManager& files, const std::vector<std::string>& osReleasePaths = {
                                                    "/etc/os-release", "/usr/lib/os-release"});
-
-/// "10.8.5" is 10, 8, 5. What is missing, and what follows the first component that is not all digits, is
-/// zero. A number that is too large is the largest.
-SystemVersion parseSystemVersion(std::string_view text);
 
 } // namespace join::platform

@@ -1,10 +1,10 @@
 #include "platform/linux/system/SystemVersionFile.h"
 
+#include "platform/Application.h"
 #include "platform/linux/files/LinuxFileManager.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
-#include <climits>
 #include <gtest/gtest.h>
 
 using namespace join::platform;
@@ -69,25 +69,4 @@ TEST(SystemVersionFile, IsMadeFromTheFirstReleaseFileThereIsAndNeverReplaced) {
     LinuxFileManager others{SystemRoot(folder / "other")};
     EXPECT_TRUE(makeSystemVersionFile(others, {folder / "missing"}));
     EXPECT_EQ(others.read(systemVersionPath), systemVersionList({.name = "Linux", .version = "11.0"}));
-}
-
-TEST(SystemVersion, IsReadUpToWhatIsNoNumber) {
-    const std::pair<const char*, std::array<int, 3>> cases[] = {
-        {"12", {12, 0, 0}},
-        {"10.8.5", {10, 8, 5}},
-        {"22.04", {22, 4, 0}},
-        {"1.2.3.4", {1, 2, 3}},
-        {"12.", {12, 0, 0}},
-        {"12.x.3", {12, 0, 0}},
-        {"", {0, 0, 0}},
-        {"abc", {0, 0, 0}},
-        {"-1.2", {0, 0, 0}},
-        {"12abc.1", {0, 0, 0}},
-        {" 12", {0, 0, 0}},
-        {".5", {0, 0, 0}},
-        {"99999999999999999999.1.2147483648", {INT_MAX, 1, INT_MAX}}};
-    for (const auto& [text, numbers] : cases) {
-        const SystemVersion version = parseSystemVersion(text);
-        EXPECT_EQ((std::array{version.major, version.minor, version.maintenance}), numbers) << text;
-    }
 }
