@@ -2,7 +2,6 @@
 
 #include "platform/linux/instance/InstanceMessage.h"
 #include "Target.h"
-#include "platform/linux/instance/LaunchUrlScheme.h"
 
 namespace join::fuzz {
 

@@ -4,7 +4,7 @@
 #include "Target.h"
 #include "base/Text.h"
 #include "platform/Utf8.h"
-#include "platform/linux/instance/LaunchUrlScheme.h"
+#include "platform/linux/instance/InstanceMessage.h"
 
 #include <algorithm>
 

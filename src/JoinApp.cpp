@@ -6,7 +6,6 @@
 #include "platform/Services.h"
 #include "platform/linux/bundles/LinuxBundles.h"
 #include "platform/linux/bundles/LinuxWorkspace.h"
-#include "platform/linux/bundles/RunningBundle.h"
 #include "platform/linux/desktop/SchemeRegistration.h"
 #include "platform/linux/documents/NlohmannJson.h"
 #include "platform/linux/documents/PlistPropertyLists.h"
@@ -119,15 +118,10 @@ private:
         return tasks_.startDetached(next);
     }
 
-    /// Leaves it to the helper to tell the desktop: it takes long, and goes on when this process ends.
-    void startRegistration(const std::vector<std::string>& arguments) {
-        tasks_.start({.path = "register-scheme", .arguments = arguments, .workingDirectory = "/"});
-    }
-
     JoinAppStart start_;
     ApplicationDelegate* delegate_ = nullptr;
     std::vector<InstanceMessage> unhandled_; ///< of later starts
-    std::filesystem::path bundle_ = bundleOf(runningExecutable());
+    std::filesystem::path bundle_ = runningBundle();
     SystemClock clock_;
     StderrLog log_{"Join", clock_};
     LinuxPaths paths_;
@@ -143,8 +137,7 @@ private:
     LinuxTasks tasks_{root_, bundle_ / "Contents/Helpers"};
     LinuxWorkspace workspace_{root_, bundles_, log_,
                               [this](const Program& program) { return tasks_.startDetached(program); }};
-    SchemeRegistration registration_{root_, bundle_, log_,
-                                     [this](const auto& arguments) { startRegistration(arguments); }};
+    SchemeRegistration registration_{root_, bundle_, log_, tasks_};
     LaunchUrlEvents urlEvents_{[this](const std::string& scheme, const std::string& bundleIdentifier) {
         mainQueue_.enqueue([=, this] { registration_.ensure(scheme, bundleIdentifier); });
     }};

@@ -1,8 +1,6 @@
 #include "JoinApp.h"
 
-#include "platform/linux/bundles/RunningBundle.h"
-#include "platform/linux/instance/InstanceFolder.h"
-#include "platform/linux/instance/LaunchUrlScheme.h"
+#include "platform/linux/files/LinuxPaths.h"
 #include "platform/linux/instance/SingleInstance.h"
 #include "platform/linux/system/StandardStreams.h"
 
@@ -37,7 +35,7 @@ std::string activationToken() {
 
 /// Loads the rest of the program, toolkit and all, and runs it.
 int runApp(const JoinAppStart& start) {
-    const std::string module = bundleOf(runningExecutable()) / joinAppModule;
+    const std::string module = runningBundle() + "/" + joinAppModule;
     void* loaded = ::dlopen(module.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* entry = loaded ? ::dlsym(loaded, "join_run_app") : nullptr;
     if (!entry)

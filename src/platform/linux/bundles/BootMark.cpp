@@ -4,7 +4,6 @@
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/LinuxFileManager.h"
 #include "platform/linux/files/StagedFile.h"
-#include "platform/linux/files/TreeRemoval.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -17,8 +16,7 @@ namespace {
 /// An empty text when it cannot be read.
 std::string markIn(const std::string& path) {
     constexpr std::size_t maximumSize = 256;
-    const Descriptor file = openForReading(AT_FDCWD, path.c_str());
-    return file ? readAll(file.get(), maximumSize).value_or("") : "";
+    return readFile(path, maximumSize).value_or("");
 }
 
 /// Hidden ones are not shown; all else goes from its name, even if it cannot be removed.
@@ -39,11 +37,6 @@ bool removeVolumes(const SystemRoot& root) {
     return isDone;
 }
 
-bool writeMark(const std::string& path, const std::string& boot) {
-    StagedFile mark(path);
-    return mark.open() && mark.write(boot) && mark.commit();
-}
-
 } // namespace
 
 bool endVolumesOfEarlierBoots(const SystemRoot& root, const std::string& bootIdPath) {
@@ -57,7 +50,7 @@ bool endVolumesOfEarlierBoots(const SystemRoot& root, const std::string& bootIdP
     // Who comes second must not take away what is mounted after the first has noted the boot. A file system
     // without locks leaves that to chance.
     ::flock(folder.get(), LOCK_EX);
-    return markIn(mark) == boot || (removeVolumes(root) && writeMark(mark, boot));
+    return markIn(mark) == boot || (removeVolumes(root) && writeStaged(mark, boot));
 }
 
 } // namespace join::platform

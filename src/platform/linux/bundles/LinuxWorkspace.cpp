@@ -12,7 +12,6 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <map>
-#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
@@ -25,8 +24,7 @@ constexpr const char* imageVolumes = "/Volumes";
 
 std::string contentsOf(const std::string& path) {
     constexpr std::size_t maximumSize = std::size_t{4} << 20;
-    const Descriptor file = openForReading(AT_FDCWD, path.c_str());
-    return file ? readAll(file.get(), maximumSize).value_or("") : "";
+    return readFile(path, maximumSize).value_or("");
 }
 
 std::vector<Mount> localMounts() {
@@ -50,11 +48,6 @@ std::string realPathOf(const std::string& path) {
     std::error_code failed;
     const auto real = std::filesystem::canonical(path, failed);
     return failed ? path : real.string();
-}
-
-bool isFolder(const std::string& path) {
-    struct stat status {};
-    return ::lstat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
 /// What stands for the volume of a disk image. Hidden folders are still being filled.

@@ -1,7 +1,6 @@
 #include "platform/linux/desktop/SchemeRegistration.h"
 
 #include "platform/linux/files/Descriptor.h"
-#include "platform/linux/files/Environment.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/LinuxPaths.h"
 
@@ -56,10 +55,8 @@ std::string registrationFacts(const RegistrationFiles& files, const std::string&
     return bundle + "\n" + identityOf(files.entry) + "\n" + identityOf(files.defaults) + "\n";
 }
 
-SchemeRegistration::SchemeRegistration(SystemRoot root, std::string runningBundle, Log& log,
-                                       StartHelper startHelper)
-    : root_(std::move(root)), runningBundle_(std::move(runningBundle)), log_(log),
-      startHelper_(std::move(startHelper)) {}
+SchemeRegistration::SchemeRegistration(SystemRoot root, std::string runningBundle, Log& log, Tasks& tasks)
+    : root_(std::move(root)), runningBundle_(std::move(runningBundle)), log_(log), tasks_(tasks) {}
 
 void SchemeRegistration::ensure(const std::string& scheme, const std::string& bundleIdentifier) {
     try {
@@ -76,10 +73,11 @@ void SchemeRegistration::tryToEnsure(const std::string& scheme, const std::strin
     const std::string facts = registrationFacts(files, bundle);
     if (facts == startedFor_)
         return;
-    const Descriptor mark = openForReading(AT_FDCWD, files.mark.c_str(), O_NOFOLLOW);
-    if (mark && readAll(mark.get(), maximumMark) == facts)
+    if (readFile(files.mark, maximumMark, O_NOFOLLOW) == facts)
         return;
-    startHelper_({scheme, bundleIdentifier, bundle});
+    tasks_.start({.path = "register-scheme",
+                  .arguments = {scheme, bundleIdentifier, bundle},
+                  .workingDirectory = "/"});
     startedFor_ = facts;
 }
 

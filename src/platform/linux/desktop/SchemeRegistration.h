@@ -1,11 +1,10 @@
 #pragma once
 
 #include "platform/Log.h"
+#include "platform/Tasks.h"
 #include "platform/linux/files/SystemRoot.h"
 
-#include <functional>
 #include <string>
-#include <vector>
 
 namespace join::platform {
 
@@ -27,14 +26,12 @@ struct RegistrationFiles {
 std::string registrationFacts(const RegistrationFiles& files, const std::string& bundle);
 
 /// Makes the program the desktop's default handler of its URL scheme. The helper program register-scheme does
-/// it; here it is only found out whether there is anything to do. Main thread only.
+/// it, which takes long and goes on when this process ends; here it is only found out whether there is
+/// anything to do. Main thread only.
 class SchemeRegistration {
 public:
-    /// Starts the program register-scheme with these arguments and does not wait for it. May throw.
-    using StartHelper = std::function<void(const std::vector<std::string>& arguments)>;
-
-    /// The real path of the running bundle. The log is used as long as this object lives.
-    SchemeRegistration(SystemRoot root, std::string runningBundle, Log& log, StartHelper startHelper);
+    /// The real path of the running bundle. The services given outlive this object.
+    SchemeRegistration(SystemRoot root, std::string runningBundle, Log& log, Tasks& tasks);
 
     /// Starts the helper when something has changed since it last succeeded. Reads one small file, waits for
     /// nothing, and never throws: what goes wrong is one line in the log.
@@ -46,7 +43,7 @@ private:
     SystemRoot root_;
     std::string runningBundle_;
     Log& log_;
-    StartHelper startHelper_;
+    Tasks& tasks_;
     std::string startedFor_; ///< the facts for which the helper was started last
     std::string lastFailure_;
 };

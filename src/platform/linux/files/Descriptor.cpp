@@ -37,6 +37,11 @@ std::optional<std::string> readAll(int descriptor, std::size_t maximum) {
     }
 }
 
+std::optional<std::string> readFile(const std::string& path, std::size_t maximum, int flags) {
+    const Descriptor file = openForReading(AT_FDCWD, path.c_str(), flags);
+    return file ? readAll(file.get(), maximum) : std::nullopt;
+}
+
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());

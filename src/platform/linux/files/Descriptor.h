@@ -45,6 +45,9 @@ ssize_t readSome(int descriptor, void* buffer, std::size_t size);
 /// Everything up to the end; nothing when that is more than the maximum, or on an error.
 std::optional<std::string> readAll(int descriptor, std::size_t maximum);
 
+/// The same of the file at a path; more flags may be given.
+std::optional<std::string> readFile(const std::string& path, std::size_t maximum, int flags = 0);
+
 /// Writes all of it; false on an error, with some of it perhaps written.
 bool writeAll(int descriptor, std::string_view bytes);
 

@@ -1,27 +1,55 @@
 #include "platform/linux/files/Folders.h"
 
-#include "platform/linux/files/Descriptor.h"
-
 #include <cerrno>
+#include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <filesystem>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace join::platform {
 
-std::string normalised(std::string_view absolutePath) {
-    std::string path;
-    while (!absolutePath.empty()) {
-        const auto end = absolutePath.find('/');
-        const auto component = absolutePath.substr(0, end);
-        absolutePath.remove_prefix(end == std::string_view::npos ? absolutePath.size() : end + 1);
-        if (component == "..")
-            path.erase(path.empty() ? 0 : path.rfind('/'));
-        else if (!component.empty() && component != ".")
-            path.append("/").append(component);
+namespace {
+
+/// One descriptor is open for each folder on the way down.
+constexpr int maximumRemovalDepth = 512;
+
+/// Opens a folder whose entries we mean to remove, and makes sure that its mode lets us.
+Descriptor openToEmpty(int parent, const char* name) {
+    Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
+    if (!folder && errno == EACCES && ::fchmodat(parent, name, S_IRWXU, AT_SYMLINK_NOFOLLOW) == 0)
+        folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
+    struct stat found {};
+    if (folder && ::fstat(folder.get(), &found) == 0 && (found.st_mode & S_IRWXU) != S_IRWXU)
+        ::fchmod(folder.get(), (found.st_mode & ALLPERMS) | S_IRWXU); // a refusal shows when the entries stay
+    return folder;
+}
+
+bool removeEntry(int parent, const char* name, int depth) {
+    if (::unlinkat(parent, name, 0) == 0)
+        return true;
+    if (errno != EISDIR || depth == maximumRemovalDepth)
+        return false;
+    {
+        const Descriptor folder = openToEmpty(parent, name);
+        const auto names = folder ? namesIn(folder.get()) : std::nullopt;
+        if (!names)
+            return false;
+        for (const std::string& entry : *names)
+            removeEntry(folder.get(), entry.c_str(), depth + 1); // what stays keeps its folder from going
     }
-    return path.empty() ? "/" : path;
+    return ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
+}
+
+} // namespace
+
+std::string normalised(std::string_view absolutePath) {
+    std::string path = std::filesystem::path(absolutePath).lexically_normal();
+    if (path.size() > 1 && path.ends_with('/'))
+        path.pop_back();
+    return path;
 }
 
 std::string parentOf(const std::string& path) {
@@ -30,6 +58,16 @@ std::string parentOf(const std::string& path) {
 }
 
 std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+std::optional<std::string> absoluteFromEnvironment(const char* name) {
+    const char* value = std::getenv(name);
+    return value && *value == '/' ? std::optional(value) : std::nullopt;
+}
+
+bool isFolder(const std::string& path) {
+    struct stat found {};
+    return ::lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+}
 
 bool makeFolders(const std::string& path, mode_t mode) {
     if (::mkdir(path.c_str(), mode) == 0)
@@ -45,16 +83,13 @@ bool makeFolders(const std::string& path, mode_t mode) {
     return false;
 }
 
-bool isSameFolder(const std::string& one, const std::string& other) {
-    struct stat first {};
-    struct stat second {};
-    return ::stat(one.c_str(), &first) == 0 && ::stat(other.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino && S_ISDIR(first.st_mode);
-}
-
-bool isPrivate(const struct stat& found) {
-    return S_ISDIR(found.st_mode) && found.st_uid == ::geteuid() &&
-           (found.st_mode & (S_IRWXG | S_IRWXO)) == 0;
+Descriptor openPrivateFolder(int parent, const char* name, int flags) {
+    Descriptor folder = openForReading(parent, name, O_DIRECTORY | flags);
+    struct stat found {};
+    if (!folder || ::fstat(folder.get(), &found) != 0 || found.st_uid != ::geteuid() ||
+        (found.st_mode & (S_IRWXG | S_IRWXO)) != 0)
+        return {};
+    return folder;
 }
 
 std::optional<std::vector<std::string>> namesIn(int folder) {
@@ -75,5 +110,9 @@ std::optional<std::vector<std::string>> namesIn(int folder) {
         return std::nullopt;
     return names;
 }
+
+bool removeTree(const std::string& path) { return removeTreeIn(AT_FDCWD, path.c_str()); }
+
+bool removeTreeIn(int folder, const char* name) { return removeEntry(folder, name, 0); }
 
 } // namespace join::platform

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/linux/files/Descriptor.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
-#include <sys/stat.h>
 #include <sys/types.h>
 #include <vector>
 
@@ -17,17 +18,28 @@ std::string normalised(std::string_view absolutePath);
 std::string parentOf(const std::string& path);
 std::string nameOf(const std::string& path);
 
+/// The absolute path in an environment variable; nothing when it is unset or anything else.
+std::optional<std::string> absoluteFromEnvironment(const char* name);
+
+/// Whether a folder stands there; a link to one does not count.
+bool isFolder(const std::string& path);
+
 /// Makes a folder and its missing parents with that mode, less the umask. True when a folder is there
 /// afterwards; else errno says why not.
 bool makeFolders(const std::string& path, mode_t mode);
 
-/// Whether both are paths of one folder, whatever links lead there.
-bool isSameFolder(const std::string& one, const std::string& other);
-
-/// Whether this is a folder of the user that nobody else can reach.
-bool isPrivate(const struct stat& found);
+/// Opens a folder of the user that nobody else can reach, with these flags; not open for any other.
+Descriptor openPrivateFolder(int parent, const char* name, int flags);
 
 /// The names in an open folder, without "." and ".."; nothing on an error.
 std::optional<std::vector<std::string>> namesIn(int folder);
+
+/// Removes a file, link or whole folder tree. Links are removed, never followed. Folders of ours that their
+/// mode keeps us out of are opened up on the way. False when nothing was there or something could not be
+/// removed; a tree deeper than some hundred folders is such a thing.
+bool removeTree(const std::string& path);
+
+/// The same of a name in an open folder.
+bool removeTreeIn(int folder, const char* name);
 
 } // namespace join::platform

@@ -2,9 +2,9 @@
 
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/Folders.h"
+#include "platform/linux/files/StagedFile.h"
 #include "platform/linux/files/StagedPath.h"
 #include "platform/linux/files/TreeCopy.h"
-#include "platform/linux/files/TreeRemoval.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -76,57 +76,48 @@ private:
 } // namespace
 
 bool LinuxFileManager::exists(const std::string& path) {
-    const auto real = realPath(path);
     struct stat status {};
-    return real && ::stat(real->c_str(), &status) == 0;
+    return ::stat(realPath(path).c_str(), &status) == 0;
 }
 
 bool LinuxFileManager::createFolder(const std::string& path) {
-    const auto real = realPath(path);
-    return real && makeFolders(*real, defaultFolderMode);
+    const std::string real = realPath(path);
+    return !real.empty() && makeFolders(real, defaultFolderMode);
 }
 
 bool LinuxFileManager::copy(const std::string& source, const std::string& target) {
-    const auto from = realPath(source);
-    const auto to = realPath(target);
+    const std::string from = realPath(source);
+    const std::string to = realPath(target);
     struct stat status {};
-    if (!from || !to || ::lstat(to->c_str(), &status) == 0)
+    if (from.empty() || to.empty() || ::lstat(to.c_str(), &status) == 0)
         return false;
-    StagedPath staged(*to);
-    return (copyTree(*from, staged.path()) && staged.commitNew()) || copyFailed(source, target);
+    StagedPath staged(to);
+    return (copyTree(from, staged.path()) && staged.commitNew()) || copyFailed(source, target);
 }
 
 bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
-    const auto from = realPath(source);
-    const auto to = realPath(target);
-    if (!from || !to)
+    const std::string from = realPath(source);
+    const std::string to = realPath(target);
+    if (from.empty() || to.empty())
         return false;
-    StagedPath staged(*to);
+    StagedPath staged(to);
     const bool isReplaced =
-        copyTree(*from, staged.path()) &&
-        (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(*to) && staged.commitNew()));
+        copyTree(from, staged.path()) &&
+        (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(to) && staged.commitNew()));
     return isReplaced || copyFailed(source, target);
 }
 
 bool LinuxFileManager::remove(const std::string& path) {
-    const auto real = realPath(path);
-    struct stat status {};
-    if (!real || ::lstat(real->c_str(), &status) != 0)
-        return false;
-    if (!S_ISDIR(status.st_mode))
-        return removeTree(*real);
+    const std::string real = realPath(path);
+    if (!isFolder(real))
+        return removeTree(real);
     // It goes from its name at once: should we be killed now, half a bundle would pass for one.
-    const StagedPath apart(*real);
-    if (::rename(real->c_str(), apart.path().c_str()) == 0)
-        return true;
-    return cannotBeMoved(errno) && removeTree(*real);
+    const StagedPath apart(real);
+    return ::rename(real.c_str(), apart.path().c_str()) == 0 || (cannotBeMoved(errno) && removeTree(real));
 }
 
 std::optional<std::string> LinuxFileManager::read(const std::string& path) {
-    const auto real = realPath(path);
-    if (!real)
-        return std::nullopt;
-    const Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const Descriptor file = openForReading(AT_FDCWD, realPath(path).c_str());
     const auto size = regularSize(file);
     if (!size || *size > maximumReadSize)
         return std::nullopt;
@@ -134,28 +125,17 @@ std::optional<std::string> LinuxFileManager::read(const std::string& path) {
 }
 
 bool LinuxFileManager::create(const std::string& path, std::string_view contents) {
-    const auto real = realPath(path);
-    if (!real || !mayBeReplaced(*real))
-        return false;
-    StagedPath staged(*real);
-    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    Descriptor file(::open(staged.path().c_str(), flags, defaultFileMode));
-    return file && writeAll(file.get(), contents) && file.close() && staged.commitOver();
+    const std::string real = realPath(path);
+    return !real.empty() && mayBeReplaced(real) && writeStaged(real, contents, defaultFileMode);
 }
 
 bool LinuxFileManager::truncate(const std::string& path) {
-    const auto real = realPath(path);
-    if (!real)
-        return false;
-    const Descriptor file(::open(real->c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    const Descriptor file(::open(realPath(path).c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
     return regularSize(file) && ::ftruncate(file.get(), 0) == 0;
 }
 
 std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
-    const auto real = realPath(path);
-    if (!real)
-        return nullptr;
-    const Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    const Descriptor file = openForReading(AT_FDCWD, realPath(path).c_str());
     const auto size = regularSize(file);
     if (!size || *size == 0)
         return nullptr;
@@ -173,19 +153,15 @@ bool LinuxFileManager::copyFailed(const std::string& source, const std::string& 
 }
 
 std::unique_ptr<ReadableFile> LinuxFileManager::open(const std::string& path) {
-    const auto real = realPath(path);
-    if (!real)
-        return nullptr;
-    Descriptor file = openForReading(AT_FDCWD, real->c_str());
+    Descriptor file = openForReading(AT_FDCWD, realPath(path).c_str());
     const auto size = regularSize(file);
     return size ? std::make_unique<OpenFile>(std::move(file), *size) : nullptr;
 }
 
-/// A path with a zero byte would be cut there by the kernel, and name something else.
-std::optional<std::string> LinuxFileManager::realPath(const std::string& path) const {
-    if (!path.starts_with('/') || path.find('\0') != std::string::npos)
-        return std::nullopt;
-    return root_.toReal(path);
+/// Empty for a path that names nothing. One with a zero byte would be cut there by the kernel, and name
+/// something else.
+std::string LinuxFileManager::realPath(const std::string& path) const {
+    return path.starts_with('/') && path.find('\0') == std::string::npos ? root_.toReal(path) : "";
 }
 
 } // namespace join::platform

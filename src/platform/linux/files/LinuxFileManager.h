@@ -36,7 +36,7 @@ public:
 
 private:
     bool copyFailed(const std::string& source, const std::string& target) const;
-    std::optional<std::string> realPath(const std::string& path) const;
+    std::string realPath(const std::string& path) const;
 
     SystemRoot root_;
     Log* log_;

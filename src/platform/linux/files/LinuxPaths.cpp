@@ -1,15 +1,13 @@
 #include "platform/linux/files/LinuxPaths.h"
 
 #include "platform/Exception.h"
-#include "platform/linux/files/Descriptor.h"
-#include "platform/linux/files/Environment.h"
 #include "platform/linux/files/Folders.h"
-#include "platform/linux/files/TreeRemoval.h"
 
 #include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -52,11 +50,6 @@ Descriptor openPrivate(int parent, const char* name, const std::string& path) {
 constexpr const char* cacheName = "tavojoin";
 constexpr const char* temporaryName = "tmp";
 
-bool isPrivateFolder(const std::string& path) {
-    struct stat found {};
-    return ::stat(path.c_str(), &found) == 0 && isPrivate(found);
-}
-
 } // namespace
 
 LinuxPaths::LinuxPaths() {
@@ -64,11 +57,20 @@ LinuxPaths::LinuxPaths() {
     home_ = normalised(fromEnvironment ? *fromEnvironment : homeInPasswordEntry());
 }
 
+std::string runningBundle() {
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    const auto folder = executable.parent_path();
+    const bool isInBundle = folder.filename() == "MacOS" && folder.parent_path().filename() == "Contents";
+    return isInBundle ? folder.parent_path().parent_path() : folder;
+}
+
 std::string LinuxPaths::userLibrary() { return normalised(home_ + "/Library"); }
 
 std::string LinuxPaths::bundlePath(const std::string& realPath, const SystemRoot& root) {
+    std::error_code error;
     for (const std::string& applications : {localApplications(), home_ + "/Applications"})
-        if (isSameFolder(parentOf(realPath), root.toReal(applications)))
+        if (std::filesystem::equivalent(parentOf(realPath), root.toReal(applications), error))
             return applications + "/" + nameOf(realPath);
     return root.toSystem(realPath);
 }
@@ -81,10 +83,9 @@ bool LinuxPaths::prepare() {
 /// Below open descriptors: others may write to the cache as well.
 void LinuxPaths::removeTemporary() const {
     const Descriptor cache = openForReading(AT_FDCWD, this->cache().c_str(), O_DIRECTORY);
-    const Descriptor ours =
-        cache ? openForReading(cache.get(), cacheName, O_DIRECTORY | O_NOFOLLOW) : Descriptor();
-    struct stat found {};
-    if (ours && ::fstat(ours.get(), &found) == 0 && isPrivate(found))
+    if (!cache)
+        return;
+    if (const Descriptor ours = openPrivateFolder(cache.get(), cacheName, O_NOFOLLOW))
         removeTreeIn(ours.get(), temporaryName);
 }
 
@@ -99,7 +100,8 @@ Descriptor LinuxPaths::openCache() const {
 }
 
 std::string LinuxPaths::temporary() {
-    if (const auto given = absoluteFromEnvironment("TMPDIR"); given && isPrivateFolder(*given))
+    if (const auto given = absoluteFromEnvironment("TMPDIR");
+        given && openPrivateFolder(AT_FDCWD, given->c_str(), O_PATH))
         return normalised(*given) + "/";
     const std::string path = cache() + "/" + cacheName + "/" + temporaryName;
     openPrivate(openCache().get(), temporaryName, path);

@@ -6,6 +6,10 @@
 
 namespace join::platform {
 
+/// The real path of the bundle that the program runs from: its executable is BUNDLE/Contents/MacOS/NAME. One
+/// that lies in no bundle is taken as one in the folder it lies in.
+std::string runningBundle();
+
 /// The folders of the user. Their home is $HOME as it was when this was made, or else the one of the password
 /// entry, or else "/".
 class LinuxPaths : public Paths {

@@ -4,37 +4,25 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
 
 namespace join::platform {
 
-namespace {
-
-constexpr mode_t privateMode = S_IRUSR | S_IWUSR;
-
-bool isFolder(const std::string& path) {
-    struct stat found {};
-    return ::lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
-}
-
-} // namespace
-
-StagedFile::StagedFile(const std::string& destination)
-    : destination_(normalised(destination)), staged_(destination_) {}
+StagedFile::StagedFile(const std::string& destination, mode_t mode)
+    : destination_(normalised(destination)), staged_(destination_), mode_(mode) {}
 
 bool StagedFile::open() {
     if (isFolder(destination_)) {
         errno = EISDIR;
         return false;
     }
-    file_ = Descriptor(::open(parentOf(destination_).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, privateMode));
+    file_ = Descriptor(::open(parentOf(destination_).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, mode_));
     if (file_ || errno != EOPNOTSUPP)
         return static_cast<bool>(file_);
     hasName_ = true;
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
-    file_ = Descriptor(::open(staged_.path().c_str(), flags, privateMode));
+    file_ = Descriptor(::open(staged_.path().c_str(), flags, mode_));
     return static_cast<bool>(file_);
 }
 
@@ -52,6 +40,11 @@ bool StagedFile::commit() {
     hasName_ = hasName_ ||
                ::linkat(AT_FDCWD, opened.c_str(), AT_FDCWD, staged_.path().c_str(), AT_SYMLINK_FOLLOW) == 0;
     return hasName_ && file_.close() && staged_.commitOver();
+}
+
+bool writeStaged(const std::string& path, std::string_view bytes, mode_t mode) {
+    StagedFile file(path, mode);
+    return file.open() && file.write(bytes) && file.commit();
 }
 
 } // namespace join::platform

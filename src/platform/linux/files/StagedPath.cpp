@@ -2,7 +2,6 @@
 
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/Folders.h"
-#include "platform/linux/files/TreeRemoval.h"
 
 #include <atomic>
 #include <cerrno>
@@ -22,7 +21,10 @@ namespace {
 constexpr std::string_view suffix = ".partial";
 
 /// The next number of this process.
-std::atomic<unsigned> nextNumber = 1;
+std::atomic<unsigned>& nextNumber() {
+    static std::atomic<unsigned> number = 1;
+    return number;
+}
 
 struct Mark {
     pid_t process = 0;
@@ -55,7 +57,7 @@ std::optional<Mark> markIn(std::string_view name, std::string_view prefix) {
 /// Whether nobody is at work there any more: its process is dead, or had our number before us.
 bool isLeft(const Mark& mark) {
     if (mark.process == ::getpid())
-        return mark.number == 0 || mark.number >= nextNumber.load();
+        return mark.number == 0 || mark.number >= nextNumber();
     return ::kill(mark.process, 0) != 0 && errno == ESRCH;
 }
 
@@ -99,7 +101,7 @@ StagedPath::StagedPath(const std::string& target) : target_(target) {
     const std::string beginning = folder + "/" + prefix + std::to_string(::getpid()) + ".";
     struct stat found {};
     do
-        path_ = beginning + std::to_string(nextNumber++) + std::string(suffix);
+        path_ = beginning + std::to_string(nextNumber()++) + std::string(suffix);
     while (::lstat(path_.c_str(), &found) == 0); // a leftover that could not be removed
 }
 

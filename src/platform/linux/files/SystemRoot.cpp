@@ -1,6 +1,5 @@
 #include "platform/linux/files/SystemRoot.h"
 
-#include "platform/linux/files/Environment.h"
 #include "platform/linux/files/Folders.h"
 
 #include <algorithm>

@@ -3,10 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
-#include <cstdint>
 #include <poll.h>
-#include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
 #include <utility>
@@ -21,22 +18,6 @@ using namespace std::chrono_literals;
 /// A start that connects and then says nothing has been stopped on its way.
 constexpr auto patience = 5s;
 constexpr std::size_t maximumConnections = 256;
-
-/// The signals of the program are the main thread's: a thread inherits what is blocked when it begins.
-class AllSignalsBlocked {
-public:
-    AllSignalsBlocked() {
-        sigset_t all;
-        ::sigfillset(&all);
-        ::pthread_sigmask(SIG_SETMASK, &all, &before_);
-    }
-    ~AllSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
-    AllSignalsBlocked(const AllSignalsBlocked&) = delete;
-    AllSignalsBlocked& operator=(const AllSignalsBlocked&) = delete;
-
-private:
-    sigset_t before_{};
-};
 
 } // namespace
 
@@ -53,12 +34,11 @@ struct InstanceListener::Connection {
 };
 
 InstanceListener::InstanceListener(Descriptor socket)
-    : socket_(std::move(socket)), stop_(::eventfd(0, EFD_CLOEXEC)), buffer_(maximumInstanceMessageSize + 1) {}
+    : socket_(std::move(socket)), buffer_(maximumInstanceMessageSize + 1) {}
 
 InstanceListener::~InstanceListener() { close(); }
 
 void InstanceListener::begin() {
-    const AllSignalsBlocked blocked;
     thread_ = std::thread([this] { serve(); });
 }
 
@@ -87,8 +67,7 @@ std::vector<InstanceMessage> InstanceListener::close() {
         waiting_.clear();
     }
     if (thread_.joinable()) {
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = ::write(stop_.get(), &one, sizeof one);
+        ::shutdown(socket_.get(), SHUT_RDWR); // wakes the thread
         thread_.join();
     }
     socket_.close();
@@ -98,16 +77,15 @@ std::vector<InstanceMessage> InstanceListener::close() {
 void InstanceListener::serve() {
     std::vector<Connection> connections;
     for (;;) {
-        std::vector<pollfd> polled = {{stop_.get(), POLLIN, 0}};
+        const bool isFull = connections.size() >= maximumConnections;
+        std::vector<pollfd> polled = {{socket_.get(), static_cast<short>(isFull ? 0 : POLLIN), 0}};
         for (const Connection& connection : connections)
             polled.push_back({connection.socket.get(), POLLIN, 0});
-        if (connections.size() < maximumConnections)
-            polled.push_back({socket_.get(), POLLIN, 0});
         const int timeout =
             connections.empty() ? -1 : static_cast<int>(std::chrono::milliseconds(1s).count());
         if (::poll(polled.data(), polled.size(), timeout) < 0 && errno != EINTR)
             return;
-        if (polled.front().revents != 0)
+        if ((polled.front().revents & POLLHUP) != 0)
             return;
         for (std::size_t i = 0; i < connections.size(); ++i)
             connections[i].isReady = polled[i + 1].revents != 0;

@@ -19,9 +19,10 @@ inline constexpr std::string_view instanceReply = "taken";
 /// Whether the process at the other end of a Unix socket belongs to the same user.
 bool isOwnPeer(int socket);
 
-/// Takes the messages of further starts on a thread of its own, so that none of them waits for a busy main
-/// thread. What is no message, or comes from another user's process, is dropped without an answer, and so is
-/// the message of a start that has given up waiting: it has told its user that nobody answered.
+/// Takes the messages of further starts on a thread of its own: the socket queues by itself, but a start ends
+/// only when it has been told that its URL is taken, and the main thread may wait a minute for a server. What
+/// is no message, or comes from another user's process, is dropped without an answer, and so is the message
+/// of a start that has given up waiting: it has told its user that nobody answered.
 class InstanceListener {
 public:
     /// The socket listens: those who connect wait until messages are taken.
@@ -53,7 +54,6 @@ private:
     void take(const Descriptor& sender, InstanceMessage message);
 
     Descriptor socket_;
-    Descriptor stop_;
     std::vector<char> buffer_;
     std::mutex mutex_;
     std::deque<InstanceMessage> waiting_;

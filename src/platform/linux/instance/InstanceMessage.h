@@ -7,6 +7,10 @@
 
 namespace join::platform {
 
+/// Whether a text, an argument of the command line for instance, is a launch URL: its scheme, in any case of
+/// letters (RFC 3986, section 3.1).
+bool isLaunchUrl(const std::string& text);
+
 /// What a second start of the program says to the running one.
 struct InstanceMessage {
     std::optional<std::string> url; ///< the launch URL it was started with; without one, a window is wanted

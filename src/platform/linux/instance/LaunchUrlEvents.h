@@ -1,7 +1,6 @@
 #pragma once
 
 #include "platform/UrlEvents.h"
-#include "platform/linux/instance/LaunchUrlScheme.h"
 
 #include <functional>
 #include <string>

@@ -1,6 +1,8 @@
 #include "platform/linux/instance/SingleInstance.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/files/Folders.h"
+#include "platform/linux/files/LinuxPaths.h"
 
 #include <algorithm>
 #include <array>
@@ -60,16 +62,45 @@ bool isStillNamed(const Descriptor& file, const Descriptor& folder, const char* 
            open.st_ino == named.st_ino;
 }
 
+Descriptor openOrMakePrivateFolder(int parent, const char* name) {
+    ::mkdirat(parent, name, S_IRWXU); // it may be there; what is there is checked
+    return openPrivateFolder(parent, name, O_NOFOLLOW);
+}
+
+Descriptor inRuntimeFolder(const std::string& path) {
+    const Descriptor runtime = openPrivateFolder(AT_FDCWD, path.c_str(), O_NOFOLLOW);
+    return runtime ? openOrMakePrivateFolder(runtime.get(), "tavojoin") : Descriptor();
+}
+
 } // namespace
+
+Descriptor openInstanceFolder() {
+    Descriptor folder;
+    if (const auto runtime = absoluteFromEnvironment("XDG_RUNTIME_DIR"))
+        folder = inRuntimeFolder(*runtime);
+    if (!folder)
+        folder = inRuntimeFolder("/run/user/" + std::to_string(::geteuid()));
+    if (!folder)
+        folder = openOrMakePrivateFolder(LinuxPaths().openCache().get(), "run");
+    if (!folder)
+        throw Exception("There is no private folder for the starts of Join to meet in");
+    return folder;
+}
 
 SingleInstance::SingleInstance(Descriptor folder, std::chrono::milliseconds patience)
     : folder_(std::move(folder)), patience_(patience) {}
 
-SingleInstance::Start SingleInstance::start(const InstanceMessage& message) {
+SingleInstance::Start SingleInstance::start(const InstanceMessage& message) { return meet(message, true); }
+
+bool SingleInstance::handOver(const InstanceMessage& message) {
+    return meet(message, false) == Start::handedOver;
+}
+
+SingleInstance::Start SingleInstance::meet(const InstanceMessage& message, bool mayBeFirst) {
     const auto bytes = instanceMessageBytes(message);
     const auto limit = SteadyClock::now() + patience_;
     for (;;) {
-        if (takePlace())
+        if (mayBeFirst && takePlace())
             return Start::first;
         if (!bytes)
             return Start::unanswered;
@@ -80,17 +111,6 @@ SingleInstance::Start SingleInstance::start(const InstanceMessage& message) {
             return Start::unanswered;
         std::this_thread::sleep_for(1ms); // the first one is about to listen, or about to be gone
     }
-}
-
-bool SingleInstance::handOver(const InstanceMessage& message) {
-    const auto bytes = instanceMessageBytes(message);
-    const auto limit = SteadyClock::now() + patience_;
-    while (bytes && SteadyClock::now() < limit) {
-        if (const Answer answer = send(*bytes, limit); answer != Answer::nobodyThere)
-            return answer == Answer::taken;
-        std::this_thread::sleep_for(1ms);
-    }
-    return false;
 }
 
 std::vector<InstanceMessage> SingleInstance::resign() {

@@ -9,6 +9,12 @@
 
 namespace join::platform {
 
+/// Opens the user's private folder, mode 0700, in which the starts of the program meet, and makes it when it
+/// is missing: "tavojoin" in $XDG_RUNTIME_DIR, or in /run/user/UID when that variable was lost on the way,
+/// or else "tavojoin/run" in the user's cache. A folder that others can reach, or that is another user's, is
+/// passed over. Throws Exception when there is none.
+Descriptor openInstanceFolder();
+
 /// Sees to it that one process of the program runs for each user. The first start holds a lock, which ends
 /// with its process however that ends, and listens on a Unix socket beside it; a later one sends its message
 /// there, a packet, and ends when it has been answered. Needs nothing but the system, so that a later start
@@ -40,6 +46,7 @@ public:
 private:
     enum class Answer { taken, nobodyThere, none };
 
+    Start meet(const InstanceMessage& message, bool mayBeFirst);
     bool takePlace();
     Descriptor listeningSocket() const;
     Answer send(const std::string& bytes, std::chrono::steady_clock::time_point limit) const;

@@ -6,6 +6,7 @@
 #include "platform/linux/documents/PlistPropertyLists.h"
 #include "platform/linux/files/LinuxFileManager.h"
 #include "support/Child.h"
+#include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -18,13 +19,6 @@ namespace {
 
 using namespace join::platform;
 using namespace join::test;
-
-class RecordingLog : public Log {
-public:
-    void write(std::string_view message) override { lines.emplace_back(message); }
-    std::uint64_t redirectStandardStreams(const std::string& /*path*/) override { return 0; }
-    std::vector<std::string> lines;
-};
 
 /// A child process that writes a line as soon as it runs what it was started for, and ends with this object.
 struct RunningProgram {

@@ -6,6 +6,7 @@
 #include "platform/linux/helpers/register-scheme/Registration.h"
 #include "support/Child.h"
 #include "support/Environment.h"
+#include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
@@ -57,10 +58,16 @@ TEST(DesktopEntry, EscapesPathsForItsReaders) {
 
 class SchemeRegistrationTest : public testing::Test {
 protected:
-    struct KeptLog final : Log {
-        Lines lines;
-        void write(std::string_view line) override { lines.emplace_back(line); }
-        std::uint64_t redirectStandardStreams(const std::string& /*path*/) override { return 0; }
+    struct StartedHelpers final : Tasks {
+        std::vector<Lines> arguments;
+        bool fails = false;
+        TaskResult run(const Program& /*program*/) override { return {}; }
+        void start(const Program& program) override {
+            EXPECT_EQ(program.path, "register-scheme");
+            arguments.push_back(program.arguments);
+            if (fails)
+                throw Exception("no more processes");
+        }
     };
 
     SchemeRegistrationTest() {
@@ -80,14 +87,13 @@ protected:
     /// Registers like a start of the program; returns how often it started the helper, which then does its
     /// work.
     std::size_t ensure() {
-        std::vector<Lines> started;
-        SchemeRegistration registration(root_, bundle_, log_,
-                                        [&](const Lines& arguments) { started.push_back(arguments); });
+        StartedHelpers started;
+        SchemeRegistration registration(root_, bundle_, log_, started);
         registration.ensure("tavojoin", "com.tavo.join");
         registration.ensure("tavojoin", "com.tavo.join");
-        for (const Lines& arguments : started)
+        for (const Lines& arguments : started.arguments)
             status_ = runHelper(arguments);
-        return started.size();
+        return started.arguments.size();
     }
 
     int runHelper(Lines arguments) {
@@ -110,7 +116,7 @@ protected:
     const std::string defaults_ = folder_ / "config/mimeapps.list";
     const SystemRoot root_{defaultSystemRoot(folder_.path())};
     const std::string bundle_ = folder_ / "Join.app";
-    KeptLog log_;
+    RecordingLog log_;
     int status_ = -1;
 };
 
@@ -197,14 +203,12 @@ TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
 }
 
 TEST_F(SchemeRegistrationTest, IsOneLineInTheLogWhenThereIsNoHelper) {
-    int tries = 0;
-    SchemeRegistration helpless(root_, bundle_, log_, [&](const Lines& /*arguments*/) {
-        ++tries;
-        throw Exception("no more processes");
-    });
+    StartedHelpers none;
+    none.fails = true;
+    SchemeRegistration helpless(root_, bundle_, log_, none);
     for (int i = 0; i < 2; ++i)
         helpless.ensure("tavojoin", "com.tavo.join");
-    EXPECT_EQ(tries, 2);
+    EXPECT_EQ(none.arguments.size(), 2U);
     EXPECT_EQ(log_.lines, Lines{"no more processes"});
 }
 

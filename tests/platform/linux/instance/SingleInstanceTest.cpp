@@ -1,7 +1,6 @@
 #include "platform/linux/instance/SingleInstance.h"
 
 #include "platform/Exception.h"
-#include "platform/linux/instance/InstanceFolder.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 

@@ -1,8 +1,8 @@
 #include "platform/linux/helpers/hdiutil/Detach.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/files/Folders.h"
 #include "platform/linux/files/StagedPath.h"
-#include "platform/linux/files/TreeRemoval.h"
 #include "platform/linux/helpers/hdiutil/Staging.h"
 #include "platform/linux/helpers/hdiutil/VolumePlan.h"
 

@@ -3,7 +3,6 @@
 #include "platform/Exception.h"
 #include "platform/linux/desktop/SchemeRegistration.h"
 #include "platform/linux/files/Descriptor.h"
-#include "platform/linux/files/Environment.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/LinuxPaths.h"
 #include "platform/linux/files/StagedFile.h"
@@ -77,8 +76,7 @@ template <typename Type>
 using Held = std::unique_ptr<Type, Unref>;
 
 void write(const std::string& path, std::string_view text) {
-    StagedFile file(path);
-    if (!makeFolders(parentOf(path), privateFolder) || !file.open() || !file.write(text) || !file.commit())
+    if (!makeFolders(parentOf(path), privateFolder) || !writeStaged(path, text))
         raise(path, std::strerror(errno));
 }
 
@@ -88,8 +86,7 @@ void ensureEntry(const std::string& path, const std::string& text) {
     if (::lstat(path.c_str(), &found) == 0) {
         if (!S_ISREG(found.st_mode))
             raise(path, "something else has its name");
-        const Descriptor written = openForReading(AT_FDCWD, path.c_str(), O_NOFOLLOW);
-        if (written && readAll(written.get(), maximumEntry) == text)
+        if (readFile(path, maximumEntry, O_NOFOLLOW) == text)
             return;
     }
     write(path, text);
