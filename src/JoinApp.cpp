@@ -12,8 +12,7 @@
 #include "platform/linux/files/LinuxFileManager.h"
 #include "platform/linux/files/LinuxPaths.h"
 #include "platform/linux/http/HttpModule.h"
-#include "platform/linux/instance/LaunchUrlEvents.h"
-#include "platform/linux/instance/SingleInstance.h"
+#include "platform/linux/instance/LaterStarts.h"
 #include "platform/linux/process/LinuxTasks.h"
 #include "platform/linux/system/CallStack.h"
 #include "platform/linux/system/StderrLog.h"
@@ -31,9 +30,7 @@
 #include <cstring>
 #include <filesystem>
 #include <iostream>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -72,55 +69,8 @@ public:
     }
 
 private:
-    /// From here on the URLs of later starts follow on the one of this start.
-    void deliverLaunchUrls() {
-        if (start_.starts)
-            start_.starts->messages().setNotification(
-                [this] { mainQueue_.enqueue([this] { actOnLaterStart(); }); });
-        if (start_.launchUrl)
-            urlEvents_.deliver(*start_.launchUrl);
-    }
-
-    void actOnLaterStart() {
-        const auto message = start_.starts->messages().next();
-        if (!message)
-            return;
-        const bool isWindowShown = QtWindows::bringToFront(message->activationToken);
-        if (message->url) {
-            urlEvents_.deliver(*message->url);
-        } else if (!isWindowShown && !delegate_->applicationShouldHandleReopen()) {
-            log_.write("There is no window to show : a new Join takes over");
-            unhandled_.push_back(*message);
-            application_.terminate();
-        }
-    }
-
-    /// Whoever handed over what this process has not come to was told that it is taken: a new process gets
-    /// it, in the same order.
-    void passOnLaterStarts() {
-        if (!start_.starts)
-            return;
-        for (InstanceMessage& message : start_.starts->resign())
-            unhandled_.push_back(std::move(message));
-        bool isNextStarted = false;
-        for (const InstanceMessage& message : unhandled_) {
-            const bool isPassedOn = isNextStarted ? start_.starts->handOver(message) : startNext(message);
-            isNextStarted = true;
-            if (!isPassedOn)
-                log_.write("A later start is lost : " + message.url.value_or("(no URL)"));
-        }
-    }
-
-    bool startNext(const InstanceMessage& message) {
-        Program next{.path = bundle_ / "Contents/MacOS/Join", .arguments = {}, .workingDirectory = "/"};
-        if (message.url)
-            next.arguments.push_back(*message.url);
-        return tasks_.startDetached(next);
-    }
-
     JoinAppStart start_;
     ApplicationDelegate* delegate_ = nullptr;
-    std::vector<InstanceMessage> unhandled_; ///< of later starts
     std::filesystem::path bundle_ = runningBundle();
     SystemClock clock_;
     StderrLog log_{"Join", clock_};
@@ -138,18 +88,29 @@ private:
     LinuxWorkspace workspace_{root_, bundles_, log_,
                               [this](const Program& program) { return tasks_.startDetached(program); }};
     SchemeRegistration registration_{root_, bundle_, log_, tasks_};
-    LaunchUrlEvents urlEvents_{[this](const std::string& scheme, const std::string& bundleIdentifier) {
-        mainQueue_.enqueue([=, this] { registration_.ensure(scheme, bundleIdentifier); });
-    }};
     QtStrings strings_;
     QtWindows windows_{mainQueue_};
+    LaterStarts urlEvents_{
+        start_.starts,
+        mainQueue_,
+        log_,
+        {.registerScheme = [this](const auto&... names) { registration_.ensure(names...); },
+         .bringToFront = QtWindows::bringToFront,
+         .reopen = [this] { return delegate_->applicationShouldHandleReopen(); },
+         .terminate = [this] { application_.terminate(); },
+         .startNext =
+             [this](const auto& arguments) {
+                 return tasks_.startDetached({.path = bundle_ / "Contents/MacOS/Join",
+                                              .arguments = arguments,
+                                              .workingDirectory = "/"});
+             }}};
     QtApplication application_{
         paths_.bundlePath(bundle_, root_),
         {bundles_, fileManager_, propertyLists_},
         // The HTTP client is loaded now, while the bundle is still there: an update deletes it.
         {.afterFirstWindow = [this] { httpClient_.load(); },
-         .deliverLaunchUrls = [this] { deliverLaunchUrls(); },
-         .beforeEnd = [this] { passOnLaterStarts(); }}};
+         .deliverLaunchUrls = [this] { urlEvents_.begin(start_.launchUrl); },
+         .beforeEnd = [this] { urlEvents_.passOn(); }}};
 };
 
 } // namespace
