@@ -82,13 +82,12 @@ std::vector<std::string> LinuxWorkspace::runningApplications(const std::string& 
     std::map<std::string, std::string> identifiers; // by bundle: many processes may run from one
     std::vector<std::string> running;
     for (const Process& process : ownProcesses()) {
-        const std::string bundle = bundleProgramOf(process).bundle;
+        const std::string bundle = bundleRunBy(process);
         if (bundle.empty())
             continue;
-        auto known = identifiers.find(bundle);
-        if (known == identifiers.end())
-            known = identifiers.emplace(bundle, identifierOf(bundle)).first;
-        if (!known->second.empty() && known->second == bundleIdentifier)
+        if (!identifiers.contains(bundle))
+            identifiers[bundle] = identifierOf(bundle);
+        if (!bundleIdentifier.empty() && identifiers[bundle] == bundleIdentifier)
             running.push_back(bundleIdentifier);
     }
     return running;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdio>
 #include <optional>
 
 namespace join::platform {
@@ -35,12 +36,6 @@ std::string unescaped(std::string_view field) {
     return text;
 }
 
-std::optional<int> number(std::string_view text) {
-    int result = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), result);
-    return error == std::errc() && end == text.data() + text.size() ? std::optional(result) : std::nullopt;
-}
-
 bool isWritable(std::string_view options) {
     const auto list = split(options, ',');
     return std::find(list.begin(), list.end(), "rw") != list.end();
@@ -55,13 +50,15 @@ std::optional<Mount> parseLine(std::string_view line) {
     const auto separator = std::find(fields.begin() + fieldsBeforeTags, fields.end(), "-");
     if (fields.end() - separator != 4)
         return std::nullopt;
-    const auto device = split(fields[2], ':');
-    const auto major = number(device.front());
-    const auto minor = number(device.back());
-    if (device.size() != 2 || !major || !minor || !fields[4].starts_with('/'))
+    int major = 0;
+    int minor = 0;
+    int length = 0;
+    const std::string device(fields[2]);
+    if (std::sscanf(device.c_str(), "%9d:%9d%n", &major, &minor, &length) != 2 || device[length] != 0 ||
+        !fields[4].starts_with('/'))
         return std::nullopt;
-    return Mount{.major = *major,
-                 .minor = *minor,
+    return Mount{.major = major,
+                 .minor = minor,
                  .path = unescaped(fields[4]),
                  .type = unescaped(separator[1]),
                  .source = unescaped(separator[2]),

@@ -96,25 +96,21 @@ std::vector<Process> ownProcesses() {
     return processes;
 }
 
-BundleProgram bundleProgramAt(const std::string& path) {
+std::string bundleHolding(const std::string& path) {
     constexpr std::string_view ending = ".app";
     constexpr std::string_view folder = ".app/Contents/MacOS/";
     const auto at = path.rfind(folder);
-    if (!path.starts_with('/') || at == std::string::npos || at + folder.size() == path.size())
-        return {};
-    return {.bundle = path.substr(0, at + ending.size()), .file = path};
+    const bool isHeld = path.starts_with('/') && at != std::string::npos && at + folder.size() < path.size();
+    return isHeld ? path.substr(0, at + ending.size()) : "";
 }
 
-BundleProgram bundleProgramOf(const Process& process) {
-    if (auto program = bundleProgramAt(process.executable); !program.bundle.empty())
-        return program;
-    for (const std::string& argument : process.arguments) {
-        auto script = bundleProgramAt(argument);
-        if (script.bundle.empty())
-            continue;
-        if (shortName(script.file) == process.name || isRunThroughEnv(script.file, process.name))
-            return script;
-    }
+std::string bundleRunBy(const Process& process) {
+    if (auto bundle = bundleHolding(process.executable); !bundle.empty())
+        return bundle;
+    for (const std::string& script : process.arguments)
+        if (auto bundle = bundleHolding(script); !bundle.empty())
+            if (shortName(script) == process.name || isRunThroughEnv(script, process.name))
+                return bundle;
     return {};
 }
 

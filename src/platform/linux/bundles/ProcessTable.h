@@ -15,19 +15,11 @@ struct Process {
 /// The user's processes that have not ended.
 std::vector<Process> ownProcesses();
 
-/// Where in a bundle a running process comes from.
-struct BundleProgram {
-    std::string bundle; ///< the real path of X.app
-    std::string file;   ///< the real path of the program or script in its MacOS folder
-};
+/// The innermost bundle, X.app, in whose Contents/MacOS the path names something; empty when there is none.
+std::string bundleHolding(const std::string& path);
 
-/// The bundle program that a path names: something in "X.app/Contents/MacOS/" of the innermost such bundle;
-/// empty texts when it names none.
-BundleProgram bundleProgramAt(const std::string& path);
-
-/// The bundle program that the process runs, as its program or as the script that its program interprets;
-/// empty texts when it runs none. A process that only has such a file among its arguments, as an editor, does
-/// not run it.
-BundleProgram bundleProgramOf(const Process& process);
+/// The real path of the bundle whose program, or whose script as its interpreter, the process runs; empty
+/// when it runs none. A process that only has such a file among its arguments, as an editor, does not run it.
+std::string bundleRunBy(const Process& process);
 
 } // namespace join::platform

@@ -132,7 +132,7 @@ TEST(ProcessTable, AProgramBelongsToTheInnermostBundle) {
           {"/X.app/Contents/Resources/x", ""},
           {"X.app/Contents/MacOS/x", ""},
           {"", ""}})
-        EXPECT_EQ(bundleProgramAt(path).bundle, bundle) << path;
+        EXPECT_EQ(bundleHolding(path), bundle) << path;
 }
 
 TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumes) {
