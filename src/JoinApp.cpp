@@ -106,7 +106,6 @@ private:
              }}};
     QtApplication application_{
         paths_.bundlePath(bundle_, root_),
-        {bundles_, fileManager_, propertyLists_},
         // The HTTP client is loaded now, while the bundle is still there: an update deletes it.
         {.afterFirstWindow = [this] { httpClient_.load(); },
          .deliverLaunchUrls = [this] { urlEvents_.begin(start_.launchUrl); },

@@ -3,6 +3,7 @@
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
 #include "platform/PropertyLists.h"
+#include "platform/Services.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -13,8 +14,8 @@
 
 namespace join::platform {
 
-QtApplication::QtApplication(std::string bundlePath, Readers readers, Steps steps)
-    : bundlePath_(std::move(bundlePath)), readers_(readers), steps_(std::move(steps)) {
+QtApplication::QtApplication(std::string bundlePath, Steps steps)
+    : bundlePath_(std::move(bundlePath)), steps_(std::move(steps)) {
     QApplication::setQuitOnLastWindowClosed(false);
 }
 
@@ -44,14 +45,14 @@ void QtApplication::exitImmediately() { std::_Exit(EXIT_SUCCESS); }
 std::string QtApplication::bundlePath() { return bundlePath_; }
 
 std::string QtApplication::bundleIdentifier() {
-    const auto list = readers_.bundles.infoDictionary(bundlePath_);
+    const auto list = services().bundles->infoDictionary(bundlePath_);
     const Value* identifier = list ? list->member("CFBundleIdentifier") : nullptr;
     return identifier && identifier->text() ? *identifier->text() : std::string();
 }
 
 SystemVersion QtApplication::systemVersion() {
-    const auto file = readers_.fileManager.read(systemVersionPath);
-    const auto list = file ? readers_.propertyLists.parse(*file) : std::nullopt;
+    const auto file = services().fileManager->read(systemVersionPath);
+    const auto list = file ? services().propertyLists->parse(*file) : std::nullopt;
     const Value* text = list ? list->member("ProductVersion") : nullptr;
     // A full disk takes no file, and a crash may leave an empty one; neither makes the system too old.
     if (!text || !text->text())

@@ -7,20 +7,10 @@
 
 namespace join::platform {
 
-class Bundles;
-class FileManager;
-class PropertyLists;
-
-/// The application on Qt's event loop. A QApplication exists before this object and outlives it.
+/// The application on Qt's event loop. A QApplication exists before this object and outlives it. It reads
+/// property lists through services().
 class QtApplication final : public Application {
 public:
-    /// The services it reads the bundle's and the system's property lists with; they outlive it.
-    struct Readers {
-        Bundles& bundles;
-        FileManager& fileManager;
-        PropertyLists& propertyLists;
-    };
-
     /// What happens between the delegate's calls.
     struct Steps {
         std::function<void()> afterFirstWindow;  ///< once awakeFromNib has put the first window on the screen
@@ -28,7 +18,7 @@ public:
         std::function<void()> beforeEnd; ///< when the application terminates, after the delegate's last call
     };
 
-    QtApplication(std::string bundlePath, Readers readers, Steps steps);
+    QtApplication(std::string bundlePath, Steps steps);
 
     [[noreturn]] void run(ApplicationDelegate& delegate) override;
     [[noreturn]] void terminate() override;
@@ -39,7 +29,6 @@ public:
 
 private:
     std::string bundlePath_;
-    Readers readers_;
     Steps steps_;
     ApplicationDelegate* delegate_ = nullptr;
 };

@@ -8,21 +8,17 @@ namespace join::platform {
 
 namespace {
 
-class QtTimer final : public Timer {
-public:
-    QtTimer(std::chrono::milliseconds interval, std::function<void()> action) {
-        QObject::connect(&timer_, &QTimer::timeout, &timer_, std::move(action));
-        timer_.start(interval);
-    }
-
-private:
-    QTimer timer_;
+struct QtTimer final : Timer {
+    QTimer timer;
 };
 
 } // namespace
 
 std::unique_ptr<Timer> QtTimers::repeating(std::chrono::milliseconds interval, std::function<void()> action) {
-    return std::make_unique<QtTimer>(interval, std::move(action));
+    auto running = std::make_unique<QtTimer>();
+    QObject::connect(&running->timer, &QTimer::timeout, &running->timer, std::move(action));
+    running->timer.start(interval);
+    return running;
 }
 
 } // namespace join::platform

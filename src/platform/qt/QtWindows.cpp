@@ -62,8 +62,10 @@ private:
     template <class Control, class Maker>
     static Control& made(std::map<std::string, std::unique_ptr<Control>>& controls, const std::string& outlet,
                          Maker make) {
-        const auto found = controls.find(outlet);
-        return found != controls.end() ? *found->second : *controls.emplace(outlet, make()).first->second;
+        std::unique_ptr<Control>& control = controls[outlet];
+        if (!control)
+            control = make();
+        return *control;
     }
 
     std::unique_ptr<TopWidget> widget_;
