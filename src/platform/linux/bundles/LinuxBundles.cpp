@@ -14,13 +14,7 @@ namespace {
 
 constexpr std::string_view executablesFolder = "/Contents/MacOS/";
 
-bool isPlainFileName(std::string_view name) {
-    static constexpr std::string_view forbidden("/\0", 2);
-    return !name.empty() && name != "." && name != ".." &&
-           name.find_first_of(forbidden) == std::string_view::npos;
-}
-
-/// Whether the bundle really holds that file, whatever links lead to the bundle itself.
+/// Whether the bundle really holds a file of that name, whatever links lead to the bundle itself.
 bool holdsExecutable(const std::string& realBundlePath, const std::string& name) {
     std::error_code failed;
     const auto bundle = std::filesystem::canonical(realBundlePath, failed);
@@ -48,7 +42,7 @@ std::string LinuxBundles::mainExecutable(const std::string& bundlePath) {
     const std::string* name = named ? named->text() : nullptr;
     if (!name)
         throw Exception("The bundle " + bundlePath + " names no executable");
-    if (!isPlainFileName(*name) || !holdsExecutable(root_.toReal(bundlePath), *name))
+    if (name->find('/') != std::string::npos || !holdsExecutable(root_.toReal(bundlePath), *name))
         throw Exception("The bundle " + bundlePath + " does not hold the executable that it names: " + *name);
     return normalised(bundlePath).append(executablesFolder).append(*name);
 }

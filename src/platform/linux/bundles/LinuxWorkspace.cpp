@@ -10,9 +10,7 @@
 #include <algorithm>
 #include <exception>
 #include <fcntl.h>
-#include <filesystem>
 #include <map>
-#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -41,13 +39,6 @@ bool isRemovable(const Mount& mount) {
     const std::string device =
         "/sys/dev/block/" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
     return contentsOf(device + "/removable") == "1\n" || contentsOf(device + "/../removable") == "1\n";
-}
-
-/// Without links: so the kernel names the places of mounts. The same when it cannot be told.
-std::string realPathOf(const std::string& path) {
-    std::error_code failed;
-    const auto real = std::filesystem::canonical(path, failed);
-    return failed ? path : real.string();
 }
 
 /// What stands for the volume of a disk image. Hidden folders are still being filled.
@@ -135,7 +126,7 @@ FileSystemInfo LinuxWorkspace::fileSystemInfo(const std::string& volumePath) {
     return {.known = true,
             .removable = isRemovable(*topmost),
             .writable = topmost->writable,
-            .unmountable = isUnmountable(path, realPathOf(LinuxPaths().home())),
+            .unmountable = isUnmountable(path, withoutLinks(LinuxPaths().home())),
             .description = topmost->source,
             .type = topmost->type};
 }

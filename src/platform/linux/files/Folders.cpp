@@ -52,6 +52,12 @@ std::string normalised(std::string_view absolutePath) {
     return path;
 }
 
+std::string withoutLinks(const std::string& path) {
+    std::error_code failed;
+    const auto resolved = std::filesystem::weakly_canonical(path, failed);
+    return failed ? path : resolved.string();
+}
+
 std::string parentOf(const std::string& path) {
     const auto separator = path.rfind('/');
     return separator == 0 ? "/" : path.substr(0, separator);

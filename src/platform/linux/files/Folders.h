@@ -14,6 +14,9 @@ namespace join::platform {
 /// is looked up, links are not followed, and nothing climbs above "/". Only "/" itself ends with a separator.
 std::string normalised(std::string_view absolutePath);
 
+/// The path with the links resolved of all that exists of it; itself when that cannot be done.
+std::string withoutLinks(const std::string& path);
+
 /// The folder that a normalised path lies in, and its last component.
 std::string parentOf(const std::string& path);
 std::string nameOf(const std::string& path);

@@ -4,9 +4,7 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <string_view>
-#include <system_error>
 
 namespace join::platform {
 
@@ -19,12 +17,6 @@ bool isAtOrBelow(std::string_view path, std::string_view folder) {
 bool isOfTheSystem(std::string_view path) {
     static constexpr std::array<std::string_view, 3> folders{"/Applications", "/Volumes", "/System"};
     return std::ranges::any_of(folders, [&](std::string_view folder) { return isAtOrBelow(path, folder); });
-}
-
-std::string withoutLinks(const std::string& path) {
-    std::error_code failed;
-    const auto resolved = std::filesystem::weakly_canonical(path, failed);
-    return failed ? path : resolved.string();
 }
 
 } // namespace

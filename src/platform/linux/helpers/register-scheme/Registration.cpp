@@ -12,13 +12,10 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <filesystem>
 #include <gio/gio.h>
-#include <memory>
 #include <string_view>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace join::platform::registerscheme {
@@ -66,15 +63,6 @@ std::string entryText(const Registration& registration) {
     return *text;
 }
 
-struct Unref {
-    void operator()(void* object) const { g_object_unref(object); }
-    void operator()(GKeyFile* file) const { g_key_file_unref(file); }
-    void operator()(GError* error) const { g_error_free(error); }
-    void operator()(char* text) const { g_free(text); }
-};
-template <typename Type>
-using Held = std::unique_ptr<Type, Unref>;
-
 void write(const std::string& path, std::string_view text) {
     if (!makeFolders(parentOf(path), privateFolder) || !writeStaged(path, text))
         raise(path, std::strerror(errno));
@@ -94,40 +82,37 @@ void ensureEntry(const std::string& path, const std::string& text) {
         ::fchmod(written.get(), readableFile);
 }
 
-/// The list with all that it holds; an empty one when there is none. Throws Exception when it cannot be read.
-Held<GKeyFile> readDefaults(const std::string& list) {
-    Held<GKeyFile> file(g_key_file_new());
+/// Reads the list with all that it holds; there may be none. Throws Exception when it cannot be read.
+void readDefaults(GKeyFile* file, const std::string& list) {
     struct stat found {};
     if (::stat(list.c_str(), &found) != 0 || found.st_size == 0)
-        return file;
+        return;
     constexpr auto flags =
         static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
-    GError* error = nullptr;
-    if (!g_key_file_load_from_file(file.get(), list.c_str(), flags, &error))
-        throw Exception(list + " is left as it is: " + Held<GError>(error)->message);
-    return file;
+    g_autoptr(GError) error = nullptr;
+    if (!g_key_file_load_from_file(file, list.c_str(), flags, &error))
+        throw Exception(list + " is left as it is: " + error->message);
 }
 
 /// Makes the entry the list's default for the type and leaves the rest of the list as it is. GIO's own
 /// function drops its comments, and everything in a list that it cannot read.
 void ensureDefault(const std::string& list, const std::string& type, const std::string& entryId) {
     constexpr const char* group = "Default Applications";
-    const Held<GKeyFile> file = readDefaults(list);
-    const Held<char> value(g_key_file_get_string(file.get(), group, type.c_str(), nullptr));
-    const std::string_view entries = value ? value.get() : "";
+    g_autoptr(GKeyFile) file = g_key_file_new();
+    readDefaults(file, list);
+    g_autofree char* value = g_key_file_get_string(file, group, type.c_str(), nullptr);
+    const std::string_view entries = value ? value : "";
     if (entries.substr(0, entries.find(';')) == entryId)
         return;
-    g_key_file_set_string(file.get(), group, type.c_str(), entryId.c_str());
-    std::error_code error; // the list may be a link into a folder that the user keeps
-    const std::string place = std::filesystem::weakly_canonical(list, error);
-    const Held<char> text(g_key_file_to_data(file.get(), nullptr, nullptr));
-    write(error ? list : place, text.get());
+    g_key_file_set_string(file, group, type.c_str(), entryId.c_str());
+    g_autofree char* text = g_key_file_to_data(file, nullptr, nullptr);
+    write(withoutLinks(list), text); // it may be a link into a folder that the user keeps
 }
 
 /// The desktop takes an entry only if it can be started, and a list of its own goes before the user's.
 void requireDefault(const std::string& type, const std::string& entryId) {
-    const Held<GAppInfo> opened(g_app_info_get_default_for_type(type.c_str(), FALSE));
-    const char* openedId = opened ? g_app_info_get_id(opened.get()) : nullptr;
+    g_autoptr(GAppInfo) opened = g_app_info_get_default_for_type(type.c_str(), FALSE);
+    const char* openedId = opened ? g_app_info_get_id(opened) : nullptr;
     if (openedId == nullptr || entryId != openedId)
         throw Exception("links of " + type + " go to " + (openedId != nullptr ? openedId : "no program"));
 }
