@@ -60,25 +60,19 @@ SchemeRegistration::SchemeRegistration(SystemRoot root, std::string runningBundl
 
 void SchemeRegistration::ensure(const std::string& scheme, const std::string& bundleIdentifier) {
     try {
-        tryToEnsure(scheme, bundleIdentifier);
+        const RegistrationFiles files(bundleIdentifier);
+        const std::string bundle = bundleForLaunchUrls(root_, runningBundle_);
+        const std::string facts = registrationFacts(files, bundle);
+        if (facts == startedFor_ || readFile(files.mark, maximumMark, O_NOFOLLOW) == facts)
+            return;
+        tasks_.start({.path = "register-scheme",
+                      .arguments = {scheme, bundleIdentifier, bundle},
+                      .workingDirectory = "/"});
+        startedFor_ = facts;
     } catch (const std::exception& exception) {
         if (std::exchange(lastFailure_, exception.what()) != exception.what())
             log_.write(lastFailure_);
     }
-}
-
-void SchemeRegistration::tryToEnsure(const std::string& scheme, const std::string& bundleIdentifier) {
-    const RegistrationFiles files(bundleIdentifier);
-    const std::string bundle = bundleForLaunchUrls(root_, runningBundle_);
-    const std::string facts = registrationFacts(files, bundle);
-    if (facts == startedFor_)
-        return;
-    if (readFile(files.mark, maximumMark, O_NOFOLLOW) == facts)
-        return;
-    tasks_.start({.path = "register-scheme",
-                  .arguments = {scheme, bundleIdentifier, bundle},
-                  .workingDirectory = "/"});
-    startedFor_ = facts;
 }
 
 } // namespace join::platform

@@ -38,8 +38,6 @@ public:
     void ensure(const std::string& scheme, const std::string& bundleIdentifier);
 
 private:
-    void tryToEnsure(const std::string& scheme, const std::string& bundleIdentifier);
-
     SystemRoot root_;
     std::string runningBundle_;
     Log& log_;

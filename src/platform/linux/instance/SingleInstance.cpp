@@ -46,9 +46,10 @@ sockaddr_un addressIn(const Descriptor& folder) {
     return address;
 }
 
-void setPatience(const Descriptor& socket, std::chrono::microseconds patience) {
-    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(patience);
-    const timeval value{.tv_sec = seconds.count(), .tv_usec = (patience - seconds).count()};
+void setPatience(const Descriptor& socket, SteadyClock::time_point limit) {
+    const auto left = std::max<SteadyClock::duration>(limit - SteadyClock::now(), 1ms); // zero is for ever
+    const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(left).count();
+    const timeval value{.tv_sec = microseconds / 1'000'000, .tv_usec = microseconds % 1'000'000};
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &value, sizeof value);
     ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
 }
@@ -154,10 +155,7 @@ SingleInstance::Answer SingleInstance::send(const std::string& bytes, SteadyCloc
     const Descriptor socket = packetSocket();
     const int size = static_cast<int>(maximumInstanceMessageSize);
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDBUF, &size, sizeof size);
-    // Never zero, which would mean for ever.
-    setPatience(socket,
-                std::max<std::chrono::microseconds>(
-                    1ms, std::chrono::duration_cast<std::chrono::microseconds>(limit - SteadyClock::now())));
+    setPatience(socket, limit);
     const sockaddr_un address = addressIn(folder_);
     if (::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0)
         return errno == EAGAIN ? Answer::none : Answer::nobodyThere;
@@ -173,11 +171,9 @@ SingleInstance::Answer SingleInstance::send(const std::string& bytes, SteadyCloc
         if (received <= 0)
             return Answer::none;
     }
-    if (received < 0)
-        return Answer::nobodyThere;
-    return std::string_view(reply.data(), static_cast<std::size_t>(received)) == instanceReply
-               ? Answer::taken
-               : Answer::nobodyThere;
+    const bool isTaken =
+        received >= 0 && std::string_view(reply.data(), static_cast<std::size_t>(received)) == instanceReply;
+    return isTaken ? Answer::taken : Answer::nobodyThere;
 }
 
 } // namespace join::platform

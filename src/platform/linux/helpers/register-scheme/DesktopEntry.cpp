@@ -3,10 +3,6 @@
 #include "platform/linux/helpers/register-scheme/DesktopEntryTemplate.h"
 #include "platform/linux/system/LogText.h"
 
-#include <algorithm>
-#include <array>
-#include <utility>
-
 namespace join::platform {
 
 namespace {
@@ -37,33 +33,14 @@ std::string command(std::string_view path) {
     return word.find('%') == std::string::npos ? word : "/usr/bin/env " + word;
 }
 
-using Values = std::array<std::pair<std::string_view, std::string>, 3>;
-
-/// What is put in is not looked at again: a path may look like a placeholder.
-std::string filledIn(std::string_view text, const Values& values) {
-    std::string result;
-    while (!text.empty()) {
-        const auto value =
-            std::ranges::find_if(values, [&](const auto& named) { return text.starts_with(named.first); });
-        if (value != values.end())
-            result.append(value->second);
-        else
-            result += text.front();
-        text.remove_prefix(value != values.end() ? value->first.size() : 1);
-    }
-    return result;
-}
-
 } // namespace
 
 std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
     if (!canStandInAFile(entry.executable) || !canStandInAFile(entry.icon) ||
         entry.executable.find('=') != std::string::npos)
         return std::nullopt;
-    const Values values{{{"@JOIN_ENTRY_EXEC@", stringValue(command(entry.executable))},
-                         {"@JOIN_ENTRY_TRY_EXEC@", stringValue(entry.executable)},
-                         {"@JOIN_ENTRY_ICON@", stringValue(entry.icon)}}};
-    return filledIn(desktopEntryTemplate, values);
+    return desktopEntryFile(stringValue(command(entry.executable)), stringValue(entry.executable),
+                            stringValue(entry.icon));
 }
 
 bool isPlainName(std::string_view text) {
