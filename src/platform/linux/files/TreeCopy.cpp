@@ -7,10 +7,8 @@
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
-#include <linux/fs.h>
 #include <optional>
 #include <string_view>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,11 +42,9 @@ bool setAttributes(int descriptor, const struct stat& status) {
            ::futimens(descriptor, timesOf(status).data()) == 0;
 }
 
-/// Goes from the fastest way to the one that every file system knows, each going on where the one before gave
-/// up.
+/// The kernel shares blocks, or copies by itself, where the file system can; the rest goes by way of a
+/// buffer.
 bool copyBytes(int source, int target) {
-    if (::ioctl(target, FICLONE, source) == 0)
-        return true;
     constexpr std::size_t portion = std::size_t{1} << 30;
     while (::copy_file_range(source, nullptr, target, nullptr, portion, 0) > 0) {
     }
