@@ -11,36 +11,23 @@ namespace join::platform {
 
 namespace {
 
-/// What the toolkit says while it is set up. It has no error to return when it finds no display, only these
-/// words, and ends the process by a signal behind them.
-class Messages {
-public:
-    Messages() { qInstallMessageHandler(take); }
-    ~Messages() {
-        qInstallMessageHandler(nullptr);
-        for (const QString& message : kept())
-            std::cerr << message.toStdString() << '\n';
-        kept().clear();
-    }
-    Messages(const Messages&) = delete;
-    Messages& operator=(const Messages&) = delete;
+/// What the toolkit says while it is set up.
+QStringList& messages() {
+    static QStringList kept;
+    return kept;
+}
 
-private:
-    static QStringList& kept() {
-        static QStringList messages;
-        return messages;
-    }
-
-    static void take(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
-        if (type == QtFatalMsg) {
-            // The first trouble is the cause of those that followed.
-            const QString reason = (kept() << text).front().simplified();
-            std::cerr << "Join: there is no display to show a window on: " << reason.toStdString() << '\n';
-            std::_Exit(EX_UNAVAILABLE);
-        }
-        kept().push_back(text);
-    }
-};
+/// The toolkit has no error to return when it finds no display, only words, and ends the process by a signal
+/// behind them.
+void takeMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
+    messages() << text;
+    if (type != QtFatalMsg)
+        return;
+    // The first trouble is the cause of those that followed.
+    const std::string reason = messages().front().simplified().toStdString();
+    std::cerr << "Join: there is no display to show a window on: " << reason << '\n';
+    std::_Exit(EX_UNAVAILABLE);
+}
 
 } // namespace
 
@@ -50,10 +37,12 @@ QtToolkit::QtToolkit(char** arguments) {
     const bool isSet = qEnvironmentVariableIsSet(openGl);
     if (!isSet)
         qputenv(openGl, "none");
-    {
-        const Messages messages;
-        application_ = std::make_unique<QApplication>(argumentCount_, arguments);
-    }
+    qInstallMessageHandler(takeMessage);
+    application_ = std::make_unique<QApplication>(argumentCount_, arguments);
+    qInstallMessageHandler(nullptr);
+    for (const QString& message : messages())
+        std::cerr << message.toStdString() << '\n';
+    messages().clear();
     if (!isSet)
         qunsetenv(openGl);
     QApplication::setApplicationName("Join");

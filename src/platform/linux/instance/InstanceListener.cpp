@@ -54,7 +54,7 @@ std::optional<InstanceMessage> InstanceListener::next() {
     if (waiting_.empty())
         return std::nullopt;
     InstanceMessage message = std::move(waiting_.front());
-    waiting_.pop_front();
+    waiting_.erase(waiting_.begin());
     return message;
 }
 
@@ -63,8 +63,7 @@ std::vector<InstanceMessage> InstanceListener::close() {
     {
         const std::scoped_lock lock(mutex_);
         closed_ = true;
-        left.assign(std::make_move_iterator(waiting_.begin()), std::make_move_iterator(waiting_.end()));
-        waiting_.clear();
+        left.swap(waiting_);
     }
     if (thread_.joinable()) {
         ::shutdown(socket_.get(), SHUT_RDWR); // wakes the thread
@@ -91,7 +90,7 @@ void InstanceListener::serve() {
             connections[i].isReady = polled[i + 1].revents != 0;
         std::erase_if(connections, [this](Connection& connection) {
             if (connection.isReady)
-                answer(connection);
+                answer(connection.socket);
             return connection.isReady || Clock::now() > connection.limit;
         });
         acceptAll(connections);
@@ -112,20 +111,17 @@ void InstanceListener::acceptAll(std::vector<Connection>& connections) {
     }
 }
 
-void InstanceListener::answer(Connection& connection) {
-    const ssize_t size = ::recv(connection.socket.get(), buffer_.data(), buffer_.size(), 0);
+/// What cannot be answered is not taken, and the other way round.
+void InstanceListener::answer(const Descriptor& sender) {
+    const ssize_t size = ::recv(sender.get(), buffer_.data(), buffer_.size(), 0);
     if (size <= 0)
         return;
-    if (auto message = parseInstanceMessage({buffer_.data(), static_cast<std::size_t>(size)}))
-        take(connection.socket, std::move(*message));
-}
-
-/// What cannot be answered is not taken, and the other way round.
-void InstanceListener::take(const Descriptor& sender, InstanceMessage message) {
+    auto message = parseInstanceMessage({buffer_.data(), static_cast<std::size_t>(size)});
     const std::scoped_lock lock(mutex_);
-    if (closed_ || ::send(sender.get(), instanceReply.data(), instanceReply.size(), MSG_NOSIGNAL) < 0)
+    if (!message || closed_ ||
+        ::send(sender.get(), instanceReply.data(), instanceReply.size(), MSG_NOSIGNAL) < 0)
         return;
-    waiting_.push_back(std::move(message));
+    waiting_.push_back(std::move(*message));
     if (notify_)
         notify_();
 }

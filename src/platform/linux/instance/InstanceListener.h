@@ -3,7 +3,6 @@
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/instance/InstanceMessage.h"
 
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <optional>
@@ -50,13 +49,12 @@ private:
 
     void serve();
     void acceptAll(std::vector<Connection>& connections);
-    void answer(Connection& connection);
-    void take(const Descriptor& sender, InstanceMessage message);
+    void answer(const Descriptor& sender);
 
     Descriptor socket_;
     std::vector<char> buffer_;
     std::mutex mutex_;
-    std::deque<InstanceMessage> waiting_;
+    std::vector<InstanceMessage> waiting_;
     std::function<void()> notify_;
     bool closed_ = false;
     std::thread thread_;
