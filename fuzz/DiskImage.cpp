@@ -73,8 +73,8 @@ void tryOut(std::string_view input) {
             require(image.read(facts.place.offset + 1024, 1) == "H");
         } else if (facts.kind == ImageKind::udif) {
             const std::uint64_t end = image.size() - UdifTrailer::size;
-            const UdifTrailer trailer = parseUdifTrailer(image.read(end, UdifTrailer::size), image.size());
-            require(trailer.dataOffset <= end && trailer.dataLength <= end - trailer.dataOffset);
+            const Extent data = readUdifTrailer(image).data;
+            require(data.offset <= end && data.size <= end - data.offset);
         }
     } catch (const platform::Exception& refusal) {
         require(*refusal.what() != '\0');

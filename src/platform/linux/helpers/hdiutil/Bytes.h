@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -29,16 +30,23 @@ struct Extent {
     std::uint64_t size = 0;
 };
 
-/// Gives the bytes at a place of the image; fewer, or none, where the image ends. May throw Exception.
+/// Like read(2): fills part of the buffer and returns how much; 0 at the end. May throw Exception.
+using ByteSource = std::function<std::size_t(char* buffer, std::size_t size)>;
+
+/// The bytes of an image. Places and sizes are in bytes.
 class RandomAccess {
 public:
-    RandomAccess() = default;
     virtual ~RandomAccess() = default;
-    RandomAccess(const RandomAccess&) = delete;
-    RandomAccess& operator=(const RandomAccess&) = delete;
 
     virtual std::uint64_t size() const = 0;
+
+    /// The bytes at a place; fewer, or none, where the image ends. May throw Exception.
     virtual std::string read(std::uint64_t offset, std::size_t size) const = 0;
+
+protected:
+    RandomAccess() = default;
+    RandomAccess(RandomAccess&&) = default;
+    RandomAccess& operator=(RandomAccess&&) = default;
 };
 
 } // namespace join::platform::hdiutil

@@ -1,20 +1,21 @@
 #include "platform/linux/helpers/hdiutil/ImageFile.h"
 
-#include "platform/Exception.h"
+#include "platform/linux/helpers/hdiutil/Failure.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace join::platform::hdiutil {
 
 namespace {
 
-[[noreturn]] void raise() {
-    throw Exception(std::string("the image cannot be read: ") + std::strerror(errno));
+bool isZero(std::string_view bytes) {
+    return bytes.front() == '\0' && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0;
 }
 
 } // namespace
@@ -24,7 +25,7 @@ ImageFile::ImageFile(const std::string& path) : ImageFile(openForReading(AT_FDCW
 ImageFile::ImageFile(Descriptor file) : file_(std::move(file)) {
     struct stat found {};
     if (!file_ || ::fstat(file_.get(), &found) != 0)
-        raise();
+        fail("the image cannot be read");
     if (!S_ISREG(found.st_mode))
         throw Exception("the image is no file");
     size_ = static_cast<std::uint64_t>(found.st_size);
@@ -39,12 +40,47 @@ std::string ImageFile::read(std::uint64_t offset, std::size_t size) const {
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)
-            raise();
+            fail("the image cannot be read");
         if (count == 0)
             throw Exception("the image is being changed");
         filled += static_cast<std::size_t>(count);
     }
     return bytes;
+}
+
+ImageFile keepPart(const ByteSource& source, const Extent& part, const std::string& folder,
+                   std::uint64_t room) {
+    const auto require = [](bool isDone) {
+        if (!isDone)
+            fail("the volume cannot be unpacked");
+    };
+    const std::string path = folder + "/raw";
+    Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    require(file && ::unlink(path.c_str()) == 0);
+
+    std::vector<char> buffer(std::size_t{1} << 18);
+    const std::uint64_t end = part.offset + part.size;
+    std::uint64_t place = 0;
+    while (const std::size_t count = source(buffer.data(), buffer.size())) {
+        const std::uint64_t first = std::clamp(part.offset, place, place + count);
+        const std::uint64_t last = std::clamp(end, place, place + count);
+        const std::string_view bytes(buffer.data() + (first - place), last - first);
+        place += count;
+        if (bytes.empty())
+            continue;
+        if (isZero(bytes)) {
+            require(::lseek(file.get(), static_cast<off_t>(bytes.size()), SEEK_CUR) >= 0);
+            continue;
+        }
+        if (bytes.size() > room)
+            throw Exception("the disk has no room for the volume");
+        room -= bytes.size();
+        require(writeAll(file.get(), bytes));
+    }
+    if (place < end)
+        throw Exception("the image is damaged: its volume is cut off");
+    require(::ftruncate(file.get(), static_cast<off_t>(part.size)) == 0);
+    return ImageFile(std::move(file));
 }
 
 } // namespace join::platform::hdiutil

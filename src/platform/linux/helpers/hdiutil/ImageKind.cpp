@@ -4,6 +4,7 @@
 #include "platform/linux/helpers/hdiutil/Partitions.h"
 #include "platform/linux/helpers/hdiutil/UdifTrailer.h"
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,11 +15,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-bool isUdif(const RandomAccess& image) {
-    return image.size() >= UdifTrailer::size &&
-           isUdifTrailer(image.read(image.size() - UdifTrailer::size, UdifTrailer::size));
-}
-
 /// The second version has its header at the beginning, the first one at the end.
 bool isEncrypted(const RandomAccess& image) {
     constexpr std::string_view first = "cdsaencr";
@@ -26,12 +22,16 @@ bool isEncrypted(const RandomAccess& image) {
            (image.size() >= first.size() && image.read(image.size() - first.size(), first.size()) == first);
 }
 
+void requireWhole(bool isWhole) {
+    if (!isWhole)
+        throw Exception("the image is damaged: its volume is cut off");
+}
+
 bool isHfsPlus(const RandomAccess& image, const Extent& place) {
     const std::string header = image.read(place.offset + 1024, 512);
     if (header.size() != 512 || (!header.starts_with("H+\0\4"sv) && !header.starts_with("HX\0\5"sv)))
         return false;
-    if (bigEndian(header, 40, 4) * bigEndian(header, 44, 4) > place.size)
-        throw Exception("the image is damaged: its volume is cut off");
+    requireWhole(bigEndian(header, 40, 4) * bigEndian(header, 44, 4) <= place.size);
     return true;
 }
 
@@ -43,8 +43,7 @@ Extent unwrapped(const RandomAccess& image, const Extent& place) {
     const std::uint64_t blockSize = bigEndian(header, 20, 4);
     const Extent volume{bigEndian(header, 28, 2) * 512 + bigEndian(header, 126, 2) * blockSize,
                         bigEndian(header, 128, 2) * blockSize};
-    if (volume.offset > place.size || volume.size > place.size - volume.offset)
-        throw Exception("the image is damaged: its volume is cut off");
+    requireWhole(volume.offset <= place.size && volume.size <= place.size - volume.offset);
     return {place.offset + volume.offset, volume.size};
 }
 
@@ -100,6 +99,11 @@ ImageFacts tellKind(const RandomAccess& image) {
     for (const Extent& partition : partitions)
         refuseOtherFileSystems(image, partition.offset);
     throw Exception("this is no disk image");
+}
+
+const char* typeName(ImageKind kind) {
+    constexpr std::array names{"Dmg", "HFS", "APFS", "Iso"};
+    return names.at(static_cast<std::size_t>(kind));
 }
 
 } // namespace join::platform::hdiutil

@@ -8,8 +8,8 @@
 
 namespace join::platform::hdiutil {
 
-/// An ISO 9660 volume may hold its files twice: in one tree with modes, links and true names (Rock Ridge,
-/// IEEE P1282) and in one without (Joliet). 7zz takes the second if there is one.
+/// An ISO 9660 volume (ECMA-119) may hold its files twice: in one tree with modes, links and true names (Rock
+/// Ridge, IEEE P1282) and in one without ("Joliet Specification"). 7zz takes the second if there is one.
 struct IsoTree {
     std::string volumeName; ///< by the descriptor of the richer tree
     /// The place in the image of the byte that begins the descriptor of the poorer tree; with

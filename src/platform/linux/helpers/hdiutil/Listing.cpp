@@ -2,7 +2,7 @@
 
 #include "platform/Exception.h"
 
-#include <algorithm>
+#include <array>
 #include <charconv>
 #include <map>
 #include <sys/stat.h>
@@ -36,76 +36,36 @@ std::optional<Field> fieldIn(std::string_view line, std::string_view separator) 
     return Field{line.substr(0, place), line.substr(place + separator.size())};
 }
 
-template <typename Number>
-std::optional<Number> numberIn(std::string_view text) {
-    Number number{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size())
-        return std::nullopt;
-    return number;
-}
-
 std::uint64_t sizeIn(std::string_view text) {
-    const auto number = numberIn<std::uint64_t>(text);
-    if (!number)
+    std::uint64_t size = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), size);
+    if (error != std::errc() || end != text.data() + text.size())
         refuse();
-    return *number;
-}
-
-std::optional<mode_t> typeOf(char letter) {
-    switch (letter) {
-    case '-':
-        return S_IFREG;
-    case 'd':
-        return S_IFDIR;
-    case 'l':
-        return S_IFLNK;
-    case 'c':
-        return S_IFCHR;
-    case 'b':
-        return S_IFBLK;
-    case 'p':
-        return S_IFIFO;
-    case 's':
-        return S_IFSOCK;
-    default:
-        return std::nullopt;
-    }
+    return size;
 }
 
 /// Reads "-rwxr-xr-x". An "s" or "t" stands for an execute bit and one that no volume of ours has.
 std::optional<mode_t> modeIn(std::string_view text) {
+    constexpr std::string_view letters = "-dlcbps";
+    constexpr std::array<mode_t, letters.size()> types{S_IFREG, S_IFDIR, S_IFLNK, S_IFCHR,
+                                                       S_IFBLK, S_IFIFO, S_IFSOCK};
     constexpr std::string_view pattern = "?rwxrwxrwx";
-    if (text.size() != pattern.size() || !typeOf(text.front()))
+    const auto type = letters.find(text.substr(0, 1));
+    if (text.size() != pattern.size() || type == std::string_view::npos)
         return std::nullopt;
     mode_t mode = 0;
     for (std::size_t place = 1; place < text.size(); ++place) {
         const bool isSet = text[place] == pattern[place] || text[place] == 's' || text[place] == 't';
         mode = mode << 1U | (isSet ? 1U : 0U);
     }
-    return mode | *typeOf(text.front());
+    return mode | types.at(type);
 }
 
 /// Reads "2026-11-22 22:45:46", UTC, whatever fraction follows.
 std::optional<std::time_t> timeIn(std::string_view text) {
-    const auto number = [&](std::size_t place, std::size_t size) {
-        return text.size() < place + size ? std::nullopt : numberIn<int>(text.substr(place, size));
-    };
-    const auto year = number(0, 4);
-    const auto month = number(5, 2);
-    const auto day = number(8, 2);
-    const auto hour = number(11, 2);
-    const auto minute = number(14, 2);
-    const auto second = number(17, 2);
-    if (!year || !month || !day || !hour || !minute || !second)
-        return std::nullopt;
     std::tm broken{};
-    broken.tm_year = *year - 1900;
-    broken.tm_mon = *month - 1;
-    broken.tm_mday = *day;
-    broken.tm_hour = *hour;
-    broken.tm_min = *minute;
-    broken.tm_sec = *second;
+    if (::strptime(std::string(text).c_str(), "%Y-%m-%d %H:%M:%S", &broken) == nullptr)
+        return std::nullopt;
     return ::timegm(&broken);
 }
 
@@ -150,7 +110,6 @@ std::string_view valueOf(const Fields& fields, std::string_view name) {
 }
 
 ListedEntry entryOf(const Fields& fields) {
-    const std::string_view size = valueOf(fields, "Size");
     ListedEntry entry{.path = std::string(valueOf(fields, "Path")),
                       .isFolder = valueOf(fields, "Folder") == "+",
                       .size = 0,
@@ -162,7 +121,7 @@ ListedEntry entryOf(const Fields& fields) {
     if (!fields.contains("Folder"))
         entry.isFolder = (entry.mode.value_or(0) & S_IFMT) == S_IFDIR;
     if (!entry.isFolder)
-        entry.size = sizeIn(size);
+        entry.size = sizeIn(valueOf(fields, "Size"));
     return entry;
 }
 

@@ -21,4 +21,8 @@ struct MountSettings {
 /// nothing is shown. For a process with one thread.
 std::string mountImage(const std::string& image, const MountSettings& settings);
 
+/// Takes a volume away, at once and whole. The mount point is "/Volumes/NAME", a folder and not a link.
+/// Throws Exception with the reason.
+void detachVolume(const std::string& mountPoint, const SystemRoot& root);
+
 } // namespace join::platform::hdiutil

@@ -7,8 +7,8 @@
 
 namespace join::platform::hdiutil {
 
-/// The partitions of a disk by its Apple partition map and its GUID partition table, none twice. What would
-/// lie behind the image's end is cut off or left out.
+/// The partitions of a disk by its Apple partition map ("Inside Macintosh: Devices") and its GUID partition
+/// table (UEFI Specification), none twice. What would lie behind the image's end is cut off or left out.
 std::vector<Extent> partitionsOf(const RandomAccess& disk);
 
 /// The one partition of an image of Apple's format that holds a volume, by the names that the listing of its

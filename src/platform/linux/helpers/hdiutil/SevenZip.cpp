@@ -16,21 +16,6 @@ namespace {
 
 constexpr std::size_t maximumListing = std::size_t{64} << 20;
 
-/// The kind is named, so that nothing else is made of an image than what it was taken for, and that 7zz does
-/// not look into an image of Apple's format for what may be there.
-const char* optionFor(ImageKind kind) {
-    switch (kind) {
-    case ImageKind::hfsPlus:
-        return "-thfs";
-    case ImageKind::apfs:
-        return "-tapfs";
-    case ImageKind::iso:
-        return "-tiso";
-    default:
-        return "-tdmg";
-    }
-}
-
 /// Not a script that starts one.
 bool isProgram(const std::string& path) {
     const Descriptor file = openForReading(AT_FDCWD, path.c_str());
@@ -59,38 +44,37 @@ std::string pathOf7zz(const std::vector<std::string>& places) {
 SevenZip::SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption)
     : program_(std::move(program)), image_(image), kind_(kind), interruption_(interruption) {}
 
-std::unique_ptr<ChildProcess> SevenZip::list() const {
-    return std::make_unique<ChildProcess>(describe({"l", "-slt", "-sns-"}), ChildProcess::Output::read,
+std::unique_ptr<ChildProcess> SevenZip::start(std::vector<std::string> arguments,
+                                              ChildProcess::Output output) const {
+    // The kind is named, so that nothing else is made of an image than what it was taken for, and that 7zz
+    // does not look into an image of Apple's format for what may be there.
+    const std::string type = std::string("-t") + typeName(kind_);
+    arguments.insert(arguments.end(), {type, "-bd", "-sccUTF-8", "--", ChildProgram::fileArgument});
+    return std::make_unique<ChildProcess>(ChildProgram{program_, std::move(arguments), image_}, output,
                                           interruption_);
 }
 
-std::unique_ptr<ChildProcess> SevenZip::open() const {
-    return std::make_unique<ChildProcess>(describe({"x", "-so", "-sns-"}), ChildProcess::Output::read,
-                                          interruption_);
-}
-
-std::unique_ptr<ChildProcess> SevenZip::check() const {
-    return std::make_unique<ChildProcess>(describe({"t"}), ChildProcess::Output::ignored, interruption_);
-}
-
-ChildProgram SevenZip::describe(std::initializer_list<const char*> command) const {
-    ChildProgram program{program_, {command.begin(), command.end()}, image_};
-    for (const char* argument : {optionFor(kind_), "-bd", "-sccUTF-8", "--", ChildProgram::fileArgument})
-        program.arguments.emplace_back(argument);
-    return program;
-}
-
-std::string textOf(ChildProcess& listing) {
+std::string SevenZip::list() const {
+    const auto child = start({"l", "-slt", "-sns-"});
     std::string text;
     std::vector<char> buffer(1 << 16);
-    while (const std::size_t count = listing.read(buffer.data(), buffer.size())) {
+    while (const std::size_t count = child->read(buffer.data(), buffer.size())) {
         if (count > maximumListing - text.size())
             throw Exception("the volume holds too many files");
         text.append(buffer.data(), count);
     }
-    if (listing.finish() != 0)
+    if (child->finish() != 0)
         throw Exception("7zz cannot read the image");
     return text;
 }
+
+void SevenZip::open(const std::function<void(const ByteSource&)>& take) const {
+    const auto child = start({"x", "-so", "-sns-"});
+    take([&](char* buffer, std::size_t size) { return child->read(buffer, size); });
+    if (child->finish() != 0)
+        throw Exception("the image is damaged: 7zz cannot open all of it");
+}
+
+std::unique_ptr<ChildProcess> SevenZip::check() const { return start({"t"}, ChildProcess::Output::ignored); }
 
 } // namespace join::platform::hdiutil

@@ -3,6 +3,7 @@
 #include "platform/linux/helpers/hdiutil/ImageKind.h"
 #include "platform/linux/process/ChildProcess.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,35 +18,33 @@ inline const std::vector<std::string> placesOf7zz{"/usr/bin/7zz", "/usr/lib/7zip
 /// when none holds anything that can be run.
 std::string pathOf7zz(const std::vector<std::string>& places = placesOf7zz);
 
-/// What 7zz does with one image that is open. It sees that very file, whatever its path means by then.
+/// What 7zz does with one image that is open. It sees that very file, whatever its path means by then. All
+/// throw Exception, also when interrupted.
 class SevenZip {
 public:
     /// The descriptor and the interruption must outlive this and what it gives.
     SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption);
 
-    /// Prints what `7zz l -slt` does about the files in the volume, or the partitions in an image of Apple's
-    /// format.
-    std::unique_ptr<ChildProcess> list() const;
+    /// What `7zz l -slt` prints about the files in the volume, or the partitions in an image of Apple's
+    /// format. Refuses more text than any sane volume makes.
+    std::string list() const;
 
-    /// Puts out the bytes of all of those, one after the other, in the order of the listing, and nothing
-    /// else. Nothing is written, so no name or link in the image can lead anywhere.
-    std::unique_ptr<ChildProcess> open() const;
+    /// Calls the function with the bytes of all of those, one after the other, in the order of the listing,
+    /// and nothing else. 7zz writes nothing, so no name or link in the image can lead anywhere.
+    void open(const std::function<void(const ByteSource&)>& take) const;
 
-    /// Unpacks the whole image for nothing but to compare its checksums. Ends with status 0 when they are
-    /// right. open() does not notice all that is wrong.
+    /// Starts to unpack the whole image for nothing but to compare its checksums. Ends with status 0 when
+    /// they are right. open() does not notice all that is wrong.
     std::unique_ptr<ChildProcess> check() const;
 
 private:
-    ChildProgram describe(std::initializer_list<const char*> command) const;
+    std::unique_ptr<ChildProcess> start(std::vector<std::string> arguments,
+                                        ChildProcess::Output output = ChildProcess::Output::read) const;
 
     std::string program_;
     int image_;
     ImageKind kind_;
     const Interruption& interruption_;
 };
-
-/// All that a listing 7zz prints, to its end. Throws Exception, also when it is longer than any of a sane
-/// volume.
-std::string textOf(ChildProcess& listing);
 
 } // namespace join::platform::hdiutil

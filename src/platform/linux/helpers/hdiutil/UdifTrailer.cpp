@@ -1,13 +1,13 @@
 #include "platform/linux/helpers/hdiutil/UdifTrailer.h"
 
 #include "platform/Exception.h"
-#include "platform/linux/helpers/hdiutil/Bytes.h"
+
+#include <string>
 
 namespace join::platform::hdiutil {
 
 namespace {
 
-constexpr std::string_view signature = "koly";
 constexpr std::uint64_t formatVersion = 4;
 
 /// A checksum's type and its size in bits.
@@ -15,9 +15,15 @@ constexpr std::uint64_t noChecksum = 0;
 constexpr std::uint64_t crcChecksum = 2;
 constexpr std::uint64_t crcBits = 32;
 
-bool hasSignature(std::string_view bytes) { return bytes.starts_with(signature); }
+/// Nothing of an image that is too small.
+std::string lastBytes(const RandomAccess& image) {
+    return image.size() < UdifTrailer::size ? std::string()
+                                            : image.read(image.size() - UdifTrailer::size, UdifTrailer::size);
+}
 
-bool hasVersionAndSize(std::string_view bytes) {
+bool hasSignature(const std::string& bytes) { return bytes.starts_with("koly"); }
+
+bool hasVersionAndSize(const std::string& bytes) {
     return bigEndian(bytes, 4, 4) == formatVersion && bigEndian(bytes, 8, 4) == UdifTrailer::size;
 }
 
@@ -28,26 +34,26 @@ void require(bool condition) {
 
 } // namespace
 
-bool isUdifTrailer(std::string_view lastBytes) {
-    return lastBytes.size() == UdifTrailer::size && (hasSignature(lastBytes) || hasVersionAndSize(lastBytes));
+bool isUdif(const RandomAccess& image) {
+    const std::string bytes = lastBytes(image);
+    return bytes.size() == UdifTrailer::size && (hasSignature(bytes) || hasVersionAndSize(bytes));
 }
 
-UdifTrailer parseUdifTrailer(std::string_view lastBytes, std::uint64_t imageSize) {
-    require(lastBytes.size() == UdifTrailer::size && imageSize >= UdifTrailer::size);
-    require(hasSignature(lastBytes) && hasVersionAndSize(lastBytes));
-    const std::uint64_t resourceFork = bigEndian(lastBytes, 48, 8);
-    const std::uint64_t propertyList = bigEndian(lastBytes, 224, 8);
-    UdifTrailer trailer{.dataOffset = bigEndian(lastBytes, 24, 8),
-                        .dataLength = bigEndian(lastBytes, 32, 8),
+UdifTrailer readUdifTrailer(const RandomAccess& image) {
+    const std::string bytes = lastBytes(image);
+    require(bytes.size() == UdifTrailer::size && hasSignature(bytes) && hasVersionAndSize(bytes));
+    const std::uint64_t resourceFork = bigEndian(bytes, 48, 8);
+    const std::uint64_t propertyList = bigEndian(bytes, 224, 8);
+    UdifTrailer trailer{.data = {bigEndian(bytes, 24, 8), bigEndian(bytes, 32, 8)},
                         .isRaw = resourceFork == 0 && propertyList == 0,
                         .dataCrc = {}};
-    const std::uint64_t room = imageSize - UdifTrailer::size;
-    require(trailer.dataOffset <= room && trailer.dataLength <= room - trailer.dataOffset);
-    const std::uint64_t checksum = bigEndian(lastBytes, 80, 4);
+    const std::uint64_t room = image.size() - UdifTrailer::size;
+    require(trailer.data.offset <= room && trailer.data.size <= room - trailer.data.offset);
+    const std::uint64_t checksum = bigEndian(bytes, 80, 4);
     if (checksum == noChecksum)
         return trailer;
-    require(checksum == crcChecksum && bigEndian(lastBytes, 84, 4) == crcBits);
-    trailer.dataCrc = static_cast<std::uint32_t>(bigEndian(lastBytes, 88, 4));
+    require(checksum == crcChecksum && bigEndian(bytes, 84, 4) == crcBits);
+    trailer.dataCrc = static_cast<std::uint32_t>(bigEndian(bytes, 88, 4));
     return trailer;
 }
 

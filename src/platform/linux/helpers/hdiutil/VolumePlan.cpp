@@ -14,6 +14,8 @@ namespace join::platform::hdiutil {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr std::size_t maximumName = NAME_MAX;
 constexpr std::size_t maximumPath = 1024;
 constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
@@ -21,39 +23,29 @@ constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 /// As a Mac shows a volume that knows no modes: anything in it may be started.
 constexpr mode_t modeWithoutOne = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
-enum class Store { none, ofFiles, ofFolders };
-
-/// The folders in which HFS+ keeps what hard links share. The name of the first begins with four NULs, that
-/// of the second ends with a carriage return; what 7zz makes of that depends on its version.
-Store storeNamed(std::string_view name) {
-    using namespace std::string_view_literals;
-    constexpr std::array ofFiles{"[HFS+ Private Data]"sv, "HFS+ Private Data"sv, "____HFS+ Private Data"sv,
-                                 "\0\0\0\0HFS+ Private Data"sv};
-    constexpr std::array ofFolders{".HFS+ Private Directory Data\r"sv, ".HFS+ Private Directory Data_"sv,
-                                   ".HFS+ Private Directory Data"sv};
-    if (std::find(ofFiles.begin(), ofFiles.end(), name) != ofFiles.end())
-        return Store::ofFiles;
-    return std::find(ofFolders.begin(), ofFolders.end(), name) != ofFolders.end() ? Store::ofFolders
-                                                                                  : Store::none;
-}
-
-/// Whether what has this name at the top of a volume belongs to the file system itself: stores of hard links,
-/// the journal, what APFS has yet to remove, what a disc starts a computer with.
-bool isOfTheFileSystem(std::string_view name, ImageKind kind) {
-    if (kind == ImageKind::iso)
-        return name == "[BOOT]";
-    if (kind == ImageKind::apfs)
-        return name == "private-dir";
-    return storeNamed(name) != Store::none || name == ".journal" || name == ".journal_info_block";
-}
-
 std::string_view firstComponent(std::string_view path) { return path.substr(0, path.find('/')); }
 
-const char* typeOf(ImageKind kind) {
-    if (kind == ImageKind::hfsPlus)
-        return "HFS";
-    return kind == ImageKind::apfs ? "APFS" : "Iso";
-}
+/// What has a name at the top of a volume that belongs to the file system itself.
+struct OwnThing {
+    ImageKind kind;
+    std::string_view name;
+    std::string_view hardLinked; ///< how the names of hard links' contents begin that it stores, if any
+};
+
+/// Stores of hard links, the journal, what APFS has yet to remove, what a disc starts a computer with. The
+/// name of HFS+'s store of files begins with four NULs, that of folders ends with a carriage return; what 7zz
+/// makes of that depends on its version.
+constexpr std::array ownThings{OwnThing{ImageKind::hfsPlus, "[HFS+ Private Data]"sv, "iNode"sv},
+                               OwnThing{ImageKind::hfsPlus, "HFS+ Private Data"sv, "iNode"sv},
+                               OwnThing{ImageKind::hfsPlus, "____HFS+ Private Data"sv, "iNode"sv},
+                               OwnThing{ImageKind::hfsPlus, "\0\0\0\0HFS+ Private Data"sv, "iNode"sv},
+                               OwnThing{ImageKind::hfsPlus, ".HFS+ Private Directory Data\r"sv, "dir_"sv},
+                               OwnThing{ImageKind::hfsPlus, ".HFS+ Private Directory Data_"sv, "dir_"sv},
+                               OwnThing{ImageKind::hfsPlus, ".HFS+ Private Directory Data"sv, "dir_"sv},
+                               OwnThing{ImageKind::hfsPlus, ".journal"sv, {}},
+                               OwnThing{ImageKind::hfsPlus, ".journal_info_block"sv, {}},
+                               OwnThing{ImageKind::apfs, "private-dir"sv, {}},
+                               OwnThing{ImageKind::iso, "[BOOT]"sv, {}}};
 
 class Planner {
 public:
@@ -68,8 +60,10 @@ public:
             throw Exception("the volume holds too many files");
         for (const ListedEntry& entry : listing_.entries)
             add(entry);
-        for (const PlannedEntry& entry : plan_.entries)
-            requireFolderOf(entry.path);
+        for (const PlannedEntry& entry : plan_.entries) {
+            if (entry.kind != EntryKind::hidden)
+                requireFolderOf(entry.path);
+        }
         return std::move(plan_);
     }
 
@@ -78,7 +72,7 @@ private:
     bool hasTopFolder() const { return kind_ == ImageKind::hfsPlus; }
 
     std::string volumeName() const {
-        if (listing_.types != std::vector<std::string>{typeOf(kind_)})
+        if (kind_ == ImageKind::udif || listing_.types != std::vector<std::string>{typeName(kind_)})
             throw Exception("7zz takes the volume for something else than it is");
         if (listing_.volumeNames.size() > 1)
             throw Exception("the image holds more than one volume");
@@ -105,10 +99,14 @@ private:
                              .mode = entry.mode.value_or(modeWithoutOne) & permissions,
                              .modified = entry.modified,
                              .linkText = linkTextOf(entry)};
-        if (isOfTheFileSystem(firstComponent(planned.path), kind_))
-            requireNoHardLink(planned.path);
-        else
+        const std::string_view top = firstComponent(planned.path);
+        const auto own = std::find_if(ownThings.begin(), ownThings.end(), [&](const OwnThing& thing) {
+            return thing.kind == kind_ && thing.name == top;
+        });
+        if (own == ownThings.end())
             show(planned, entry);
+        else if (!own->hardLinked.empty())
+            requireNoHardLink(planned.path, *own);
         weigh(entry.size);
         plan_.entries.push_back(std::move(planned));
     }
@@ -144,15 +142,13 @@ private:
 
     /// The empty path is the volume's own.
     void requirePlainPath(std::string_view path, const ListedEntry& entry) const {
-        const bool isVolume = path.empty() && hasTopFolder() && entry.isFolder;
-        bool isPlain = isVolume || path.size() <= maximumPath;
-        std::size_t depth = 0;
-        for (std::string_view rest = path; isPlain && !isVolume; ++depth) {
-            const std::string_view name = firstComponent(rest);
-            isPlain = isPlainName(name) && depth <= limits_.depth;
-            if (name.size() == rest.size())
-                break;
-            rest.remove_prefix(name.size() + 1);
+        if (path.empty() && hasTopFolder() && entry.isFolder)
+            return;
+        const auto depth = static_cast<std::size_t>(std::count(path.begin(), path.end(), '/'));
+        bool isPlain = path.size() <= maximumPath && depth <= limits_.depth;
+        for (std::size_t begin = 0, end = 0; isPlain && end != std::string_view::npos; begin = end + 1) {
+            end = path.find('/', begin);
+            isPlain = isPlainName(path.substr(begin, end - begin));
         }
         if (!isPlain)
             throw Exception("the volume holds a name that cannot be used");
@@ -160,12 +156,9 @@ private:
 
     /// 7zz shows what has hard links as empty files: what is in them lies in the store. It also holds files
     /// that were removed while they were open ("temp" and a number), which are nobody's loss.
-    static void requireNoHardLink(std::string_view path) {
-        const std::string_view folder = firstComponent(path);
-        const std::string_view stored = path.substr(std::min(folder.size() + 1, path.size()));
-        const Store store = storeNamed(folder);
-        if ((store == Store::ofFiles && stored.starts_with("iNode")) ||
-            (store == Store::ofFolders && stored.starts_with("dir_")))
+    static void requireNoHardLink(std::string_view path, const OwnThing& store) {
+        if (path.size() > store.name.size() &&
+            path.substr(store.name.size() + 1).starts_with(store.hardLinked))
             throw Exception("the volume holds hard links");
     }
 
@@ -184,7 +177,7 @@ private:
 
     void requireFolderOf(const std::string& path) const {
         const auto separator = path.rfind('/');
-        if (separator == std::string::npos || isOfTheFileSystem(firstComponent(path), kind_))
+        if (separator == std::string::npos)
             return;
         const auto folder = kinds_.find(path.substr(0, separator));
         if (folder == kinds_.end() || folder->second != EntryKind::folder)

@@ -1,12 +1,10 @@
 #include "platform/linux/helpers/hdiutil/VolumeWriter.h"
 
-#include "platform/Exception.h"
 #include "platform/linux/files/Descriptor.h"
+#include "platform/linux/helpers/hdiutil/Failure.h"
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
@@ -17,9 +15,7 @@ namespace join::platform::hdiutil {
 
 namespace {
 
-[[noreturn]] void raise(const std::string& path) {
-    throw Exception("cannot make " + path + " of the volume: " + std::strerror(errno));
-}
+[[noreturn]] void raise(const std::string& path) { fail("cannot make " + path + " of the volume"); }
 
 /// The path of an entry as the calls below a folder want it.
 const char* placeOf(const PlannedEntry& entry) { return entry.path.empty() ? "." : entry.path.c_str(); }

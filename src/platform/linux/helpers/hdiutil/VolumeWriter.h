@@ -1,15 +1,11 @@
 #pragma once
 
+#include "platform/linux/helpers/hdiutil/Bytes.h"
 #include "platform/linux/helpers/hdiutil/VolumePlan.h"
 
-#include <cstddef>
-#include <functional>
 #include <string>
 
 namespace join::platform::hdiutil {
-
-/// Like read(2): fills part of the buffer, gives how much; 0 at the end. May throw Exception.
-using ByteSource = std::function<std::size_t(char* buffer, std::size_t size)>;
 
 /// Makes what was planned in a new folder, from the files' bytes one after the other. Folders come first and
 /// links last, with their own text, so that nothing is ever written, changed or looked up through a link;

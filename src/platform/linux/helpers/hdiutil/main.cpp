@@ -1,7 +1,6 @@
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/LinuxPaths.h"
 #include "platform/linux/files/SystemRoot.h"
-#include "platform/linux/helpers/hdiutil/Detach.h"
 #include "platform/linux/helpers/hdiutil/Mount.h"
 #include "platform/linux/helpers/hdiutil/SevenZip.h"
 #include "platform/linux/system/LogText.h"

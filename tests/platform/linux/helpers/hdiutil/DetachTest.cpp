@@ -1,6 +1,5 @@
-#include "platform/linux/helpers/hdiutil/Detach.h"
-
 #include "platform/Exception.h"
+#include "platform/linux/helpers/hdiutil/Mount.h"
 #include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 

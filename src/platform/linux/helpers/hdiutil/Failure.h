@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/Exception.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+
+namespace join::platform::hdiutil {
+
+/// Throws Exception: what could not be done, and the reason that errno gives.
+[[noreturn]] inline void fail(const std::string& what) {
+    throw Exception(what + ": " + std::strerror(errno));
+}
+
+} // namespace join::platform::hdiutil
