@@ -42,9 +42,7 @@ std::string volumeWith(const ScratchFolder& own, VolumeSource source) {
     std::filesystem::create_directory(own.path() / ".HFS+ Private Directory Data\r");
     own.write(placeholder + "/temp16", "removed while it was open");
     source.alsoFolder = own.path();
-    std::string volume;
-    makeHfsVolume(source, [&](std::string_view bytes) { volume += bytes; });
-    return renamedInCatalogue(std::move(volume), placeholder, storeOfFiles);
+    return renamedInCatalogue(volumeOf(VolumeKind::hfsPlus, source), placeholder, storeOfFiles);
 }
 
 } // namespace

@@ -17,19 +17,14 @@ inline std::uint64_t readBig32(std::string_view bytes, std::size_t offset) {
     return value;
 }
 
-inline void writeBig64(std::string& bytes, std::size_t offset, std::uint64_t value) {
-    for (std::size_t i = 0; i < 8; ++i)
-        bytes.at(offset + i) = static_cast<char>(value >> (56U - 8U * i));
-}
-
-inline void appendBig32(std::string& bytes, std::uint32_t value) {
+inline void appendBig32(std::string& bytes, std::uint64_t value) {
     for (unsigned shift = 32; shift > 0; shift -= 8)
         bytes += static_cast<char>(value >> (shift - 8));
 }
 
 inline void appendBig64(std::string& bytes, std::uint64_t value) {
-    appendBig32(bytes, static_cast<std::uint32_t>(value >> 32U));
-    appendBig32(bytes, static_cast<std::uint32_t>(value));
+    appendBig32(bytes, value >> 32U);
+    appendBig32(bytes, value);
 }
 
 /// That many bytes, the least significant first, as in partition tables and most other formats.

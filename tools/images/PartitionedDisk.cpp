@@ -17,14 +17,14 @@ std::string appleMapEntry(std::uint32_t entries, std::size_t first, std::size_t 
                           const std::string& type) {
     std::string bytes{'P', 'M', 0, 0};
     appendBig32(bytes, entries);
-    appendBig32(bytes, static_cast<std::uint32_t>(first));
-    appendBig32(bytes, static_cast<std::uint32_t>(sectors));
+    appendBig32(bytes, first);
+    appendBig32(bytes, sectors);
     bytes += "disk image";
     pad(bytes, 48);
     bytes += type;
     pad(bytes, 80);
     appendBig32(bytes, 0); // the data begin here
-    appendBig32(bytes, static_cast<std::uint32_t>(sectors));
+    appendBig32(bytes, sectors);
     pad(bytes, sectorSize);
     return bytes;
 }
@@ -34,7 +34,7 @@ std::vector<DiskPart> withAppleMap(std::string_view volume) {
     constexpr std::size_t free = 10;
     const std::size_t sectors = volume.size() / sectorSize;
     std::string driver{'E', 'R', sectorSize >> 8U, 0};
-    appendBig32(driver, static_cast<std::uint32_t>(first + sectors + free));
+    appendBig32(driver, first + sectors + free);
     pad(driver, sectorSize);
     std::string map = appleMapEntry(3, 1, first - 1, "Apple_partition_map") +
                       appleMapEntry(3, first, sectors, "Apple_HFS") +

@@ -38,7 +38,7 @@ std::string blockTable(const UdifPartition& partition, std::uint64_t dataSize) {
     appendBig32(table, 0);                    // number of this table
     table.append(24, '\0');                   // reserved
     appendChecksum(table, partition.crc);
-    appendBig32(table, static_cast<std::uint32_t>(partition.chunks.size() + 1));
+    appendBig32(table, partition.chunks.size() + 1);
     for (const UdifChunk& chunk : partition.chunks)
         appendChunk(table, chunk);
     appendChunk(table, {ChunkKind::end, partition.sectors, 0, dataSize, 0});
@@ -90,7 +90,7 @@ std::string propertyList(const UdifContents& contents) {
 <dict>
 	<key>resource-fork</key>
 	<dict>
-)" + (contents.hasLicence ? licence() : std::string()) +
+)" + (contents.style.hasLicence ? licence() : std::string()) +
            resources("blkx", tables) + R"(	</dict>
 </dict>
 </plist>
@@ -100,7 +100,7 @@ std::string propertyList(const UdifContents& contents) {
 /// Has the place and the head of a signature, but signs nothing.
 std::string signature(const UdifContents& contents) {
     std::string bytes;
-    if (!contents.isSigned)
+    if (!contents.style.isSigned)
         return bytes;
     appendBig32(bytes, 0xFADE0CC0);
     appendBig32(bytes, 12); // bytes
@@ -149,7 +149,7 @@ std::string trailer(const UdifContents& contents, std::size_t listSize) {
 } // namespace
 
 std::string udifTail(const UdifContents& contents) {
-    const std::string list = contents.hasList ? propertyList(contents) : std::string();
+    const std::string list = contents.style.isListed ? propertyList(contents) : std::string();
     return list + signature(contents) + trailer(contents, list.size());
 }
 

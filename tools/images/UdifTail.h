@@ -44,14 +44,19 @@ struct UdifPartition {
     std::uint32_t crc = 0; ///< CRC-32 of the partition, its zero chunks left out
 };
 
+struct UdifStyle {
+    ChunkKind kind = ChunkKind::zlib;
+    bool hasLicence = false; ///< resources with a licence to agree to
+    bool isSigned = false;   ///< with a signature's place filled between property list and trailer
+    bool isListed = true;    ///< else the disk as it is and a trailer, as writable images are
+};
+
 /// What the trailer and the property list say of an image.
 struct UdifContents {
     std::vector<UdifPartition> partitions;
     std::uint64_t dataSize = 0; ///< of all chunks as they are stored, from the image's beginning
     std::uint32_t dataCrc = 0;  ///< CRC-32 of the chunks as they are stored
-    bool hasLicence = false;
-    bool isSigned = false;
-    bool hasList = true; ///< else the data are the disk, and nothing is said of it
+    UdifStyle style = {};
 };
 
 /// The property list, what stands for a signature, and the trailer, to stand right behind the chunks.

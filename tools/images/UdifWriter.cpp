@@ -43,16 +43,16 @@ void UdifWriter::append(std::string_view volume) {
 }
 
 void UdifWriter::writeChunk() {
-    if (!style_.isListed) {
+    if (!contents_.style.isListed) {
         store(ChunkKind::raw, pending_);
     } else if (pending_.find_first_not_of('\0') == std::string::npos) {
         store(ChunkKind::zero, {});
     } else {
         UdifPartition& partition = contents_.partitions.back();
         partition.crc = crc(partition.crc, pending_);
-        const std::string coded = codedChunk(style_.kind, pending_);
-        if (coded.size() < pending_.size() || isStoredAsItIs(style_.kind))
-            store(style_.kind, coded);
+        const std::string coded = codedChunk(contents_.style.kind, pending_);
+        if (coded.size() < pending_.size() || isStoredAsItIs(contents_.style.kind))
+            store(contents_.style.kind, coded);
         else
             store(ChunkKind::raw, pending_);
     }

@@ -11,24 +11,13 @@
 
 namespace join::tools {
 
-struct UdifStyle {
-    ChunkKind kind = ChunkKind::zlib;
-    bool hasLicence = false; ///< resources with a licence to agree to
-    bool isSigned = false;   ///< with a signature's place filled between property list and trailer
-    bool isListed = true;    ///< else the disk as it is and a trailer, as writable images are
-};
-
 /// Writes a volume as an image in Apple's Universal Disk Image Format: chunks of 512 sectors, then the tables
 /// of them and the trailer. A chunk that compression does not shrink is stored as it is, one of zeros not at
 /// all.
 class UdifWriter {
 public:
     /// The stream must outlive the writer and stand at its beginning.
-    UdifWriter(std::ostream& out, const UdifStyle& style) : out_(out), style_(style) {
-        contents_.hasLicence = style.hasLicence;
-        contents_.isSigned = style.isSigned;
-        contents_.hasList = style.isListed;
-    }
+    UdifWriter(std::ostream& out, const UdifStyle& style) : out_(out) { contents_.style = style; }
 
     /// What is appended from here on belongs to a partition of this name. Without any, all is one. Throws
     /// std::runtime_error.
@@ -49,7 +38,6 @@ private:
     void store(ChunkKind kind, std::string_view bytes);
 
     std::ostream& out_;
-    UdifStyle style_;
     std::string pending_;
     UdifContents contents_;
 };

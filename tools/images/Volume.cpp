@@ -1,52 +1,85 @@
 #include "images/Volume.h"
 
-#include "images/ChildOutput.h"
 #include "images/Numbers.h"
+#include "images/ScratchFolder.h"
 
 #include <algorithm>
-#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <spawn.h>
 #include <stdexcept>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
 #include <vector>
 
 namespace join::tools {
+
+namespace fs = std::filesystem;
 
 namespace {
 
 constexpr std::uint64_t sectorSize = 512;
 constexpr std::size_t systemAreaSize = 32768;
 
-std::vector<std::string> makerCommand(const VolumeSource& source) {
+/// Where something lies, in bytes.
+struct Place {
+    std::uint64_t offset = 0;
+    std::uint64_t size = 0;
+};
+
+std::runtime_error cutOff() { return std::runtime_error("the volume is cut off"); }
+
+std::vector<std::string> makerCommand(VolumeKind kind, const VolumeSource& source, const fs::path& volume) {
     if (source.name.empty())
         throw std::runtime_error("a volume needs a name");
-    if (!std::filesystem::is_directory(source.folder))
+    if (!fs::is_directory(source.folder))
         throw std::runtime_error("no folder " + source.folder.string());
-    return {"xorrisofs", "--no_rc",         "-quiet", "-R",   "-D", "-no-pad", "-input-charset",
-            "UTF-8",     "-output-charset", "UTF-8",  "-uid", "0",  "-gid",    "0",
-            "-V",        source.name,       "-o",     "-"};
+    std::vector<std::string> command{
+        "xorrisofs", "--no_rc",         "-quiet", "-R",   "-D", "-no-pad", "-input-charset",
+        "UTF-8",     "-output-charset", "UTF-8",  "-uid", "0",  "-gid",    "0",
+        "-V",        source.name,       "-o",     volume};
+    if (kind == VolumeKind::hfsPlus)
+        command.insert(command.end(), {"-hfsplus", "-apm-block-size", "512"});
+    command.push_back(fs::absolute(source.folder));
+    if (!source.alsoFolder.empty())
+        command.push_back(fs::absolute(source.alsoFolder));
+    return command;
 }
 
-/// Hands on the next bytes of the child's output, up to so many; gives how many came.
-std::uint64_t pass(ChildOutput& child, std::uint64_t maximum, const ByteSink& sink) {
-    std::array<char, 65536> buffer{};
-    std::uint64_t passed = 0;
-    while (passed < maximum) {
-        const std::size_t wanted = std::min<std::uint64_t>(buffer.size(), maximum - passed);
-        const std::size_t got = child.read(buffer.data(), wanted);
-        if (got == 0)
-            break;
-        sink({buffer.data(), got});
-        passed += got;
+/// Waits for the program, which has no input. Throws what it said, unless its status is 0.
+void run(std::vector<std::string> command, const fs::path& errors) {
+    std::vector<char*> arguments;
+    for (std::string& argument : command)
+        arguments.push_back(argument.data());
+    arguments.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    ::posix_spawn_file_actions_init(&actions);
+    ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    ::posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, errors.c_str(), O_WRONLY | O_CREAT, 0600);
+    pid_t process = 0;
+    int status = ::posix_spawnp(&process, arguments[0], &actions, nullptr, arguments.data(), environ);
+    ::posix_spawn_file_actions_destroy(&actions);
+    if (status != 0)
+        throw std::system_error(status, std::generic_category(), "cannot start " + command[0]);
+    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
     }
-    return passed;
+    if (status == 0)
+        return;
+    std::ifstream said(errors);
+    throw std::runtime_error(command[0] + " failed: " + std::string(std::istreambuf_iterator(said), {}));
 }
 
-void ignore(std::string_view /*bytes*/) {}
-
-} // namespace
-
-PartitionPlace findHfsPartition(std::string_view headOfMedium) {
-    for (std::size_t entry = sectorSize; entry + sectorSize <= headOfMedium.size(); entry += sectorSize) {
-        const std::string_view bytes = headOfMedium.substr(entry, sectorSize);
+/// In an Apple partition map: entries of a sector each, behind the first sector of the medium.
+Place hfsPartition(std::ifstream& medium) {
+    std::string head(systemAreaSize, '\0');
+    if (!medium.read(head.data(), static_cast<std::streamsize>(head.size())))
+        throw cutOff();
+    for (std::size_t entry = sectorSize; entry < head.size(); entry += sectorSize) {
+        const std::string_view bytes = std::string_view(head).substr(entry, sectorSize);
         if (!bytes.starts_with("PM"))
             break;
         if (std::string_view(bytes.substr(48, 32).data()) == "Apple_HFS")
@@ -55,36 +88,33 @@ PartitionPlace findHfsPartition(std::string_view headOfMedium) {
     throw std::runtime_error("no HFS+ partition in the partition map");
 }
 
-// The maker writes a hybrid of both file systems. The HFS+ partition stands alone: it holds all of its files.
-void makeHfsVolume(const VolumeSource& source, const ByteSink& sink) {
-    std::vector<std::string> command = makerCommand(source);
-    command.insert(command.end(),
-                   {"-hfsplus", "-apm-block-size", "512", std::filesystem::absolute(source.folder)});
-    if (!source.alsoFolder.empty())
-        command.push_back(std::filesystem::absolute(source.alsoFolder));
-    ChildOutput hybrid(command);
-
-    std::string head;
-    pass(hybrid, systemAreaSize, [&](std::string_view bytes) { head += bytes; });
-    if (head.size() < systemAreaSize)
-        hybrid.finish();
-    const PartitionPlace place = findHfsPartition(head);
-    if (place.offset < head.size())
-        throw std::runtime_error("the HFS+ partition lies in the system area");
-    pass(hybrid, place.offset - head.size(), ignore);
-    const std::uint64_t passed = pass(hybrid, place.size, sink);
-    pass(hybrid, UINT64_MAX, ignore);
-    hybrid.finish();
-    if (passed != place.size)
-        throw std::runtime_error("the HFS+ partition is cut off");
+void pass(std::ifstream& medium, const Place& place, const ByteSink& sink) {
+    std::string buffer(std::size_t{1} << 16, '\0');
+    medium.seekg(static_cast<std::streamoff>(place.offset));
+    for (std::uint64_t left = place.size; left > 0;) {
+        buffer.resize(std::min<std::uint64_t>(buffer.size(), left));
+        if (!medium.read(buffer.data(), static_cast<std::streamsize>(buffer.size())))
+            throw cutOff();
+        sink(buffer);
+        left -= buffer.size();
+    }
 }
 
-void makeIsoVolume(const VolumeSource& source, const ByteSink& sink) {
-    std::vector<std::string> command = makerCommand(source);
-    command.push_back(std::filesystem::absolute(source.folder));
-    ChildOutput volume(command);
-    pass(volume, UINT64_MAX, sink);
-    volume.finish();
+} // namespace
+
+void makeVolume(VolumeKind kind, const VolumeSource& source, const ByteSink& sink) {
+    const ScratchFolder scratch;
+    const fs::path made = scratch.path() / "volume";
+    run(makerCommand(kind, source, made), scratch.path() / "errors");
+    std::ifstream medium(made, std::ios::binary);
+    // The maker writes a hybrid of both file systems. The HFS+ partition stands alone: it holds all files.
+    pass(medium, kind == VolumeKind::iso ? Place{0, fs::file_size(made)} : hfsPartition(medium), sink);
+}
+
+std::string volumeOf(VolumeKind kind, const VolumeSource& source) {
+    std::string volume;
+    makeVolume(kind, source, [&](std::string_view bytes) { volume += bytes; });
+    return volume;
 }
 
 } // namespace join::tools

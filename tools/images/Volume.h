@@ -1,11 +1,12 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <string>
 #include <string_view>
 
+/// The volumes that disk images hold. They are made by the program xorrisofs (Debian package xorriso), which
+/// must be on the PATH. All throw std::runtime_error.
 namespace join::tools {
 
 /// What a volume is made of.
@@ -15,23 +16,18 @@ struct VolumeSource {
     std::filesystem::path alsoFolder = {}; ///< whose content is put beside that of the other; empty for none
 };
 
+enum class VolumeKind {
+    hfsPlus, ///< a whole number of 512-byte sectors
+    iso      ///< ISO 9660 with Rock Ridge names, modes and links
+};
+
 /// Gets a volume's bytes piece by piece; what it throws ends the making.
 using ByteSink = std::function<void(std::string_view)>;
 
-/// Makes an HFS+ volume, a whole number of 512-byte sectors. Throws std::runtime_error.
-void makeHfsVolume(const VolumeSource& source, const ByteSink& sink);
+/// Makes a volume of any size: it passes through a temporary file.
+void makeVolume(VolumeKind kind, const VolumeSource& source, const ByteSink& sink);
 
-/// Makes an ISO 9660 volume with Rock Ridge names, modes and links. Throws std::runtime_error.
-void makeIsoVolume(const VolumeSource& source, const ByteSink& sink);
-
-/// Where a partition lies, in bytes.
-struct PartitionPlace {
-    std::uint64_t offset = 0;
-    std::uint64_t size = 0;
-};
-
-/// Finds the HFS+ partition in an Apple partition map: 512-byte entries that begin at byte 512 of the medium.
-/// Throws std::runtime_error when the head holds no such map.
-PartitionPlace findHfsPartition(std::string_view headOfMedium);
+/// The same for one that the memory holds.
+std::string volumeOf(VolumeKind kind, const VolumeSource& source);
 
 } // namespace join::tools

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -48,6 +49,11 @@ std::string hfsPlus(std::size_t place, char blocks) {
 /// An entry of an Apple partition map: 40 blocks at block 32.
 const std::string appleHfs = with(with(zeros(512), 0, "PM"), 8, "\0\0\0\x20\0\0\0\x28"s);
 
+/// Blocks of 512 bytes that begin at sector 12; the inner volume has 40 of them from the 20th on.
+const std::string wrapped =
+    with(with(with(with(hfsPlus(16384, 40), 1024, "BD"), 1024 + 20, "\0\0\2\0"s), 1024 + 28, "\0\x0C"s),
+         1024 + 124, "H+\0\x14\0\x28"s);
+
 std::string trailer() {
     const std::string head = "koly\0\0\0\4\0\0\2\0"s;
     const std::string places = zeros(7) + '\x10' + zeros(7) + '\x20'; // 32 bytes of data at 16
@@ -58,10 +64,23 @@ std::string trailer() {
 } // namespace
 
 TEST(ImageKind, IsToldByContent) {
-    EXPECT_EQ(tellKind(Bytes(zeros(64) + trailer())).kind, ImageKind::udif);
-    EXPECT_EQ(tellKind(Bytes(hfsPlus(0, 80))).kind, ImageKind::hfsPlus);
-    EXPECT_EQ(tellKind(Bytes(with(zeros(4096), 32, "NXSB"))).kind, ImageKind::apfs);
-    EXPECT_EQ(tellKind(Bytes(with(zeros(40960), 32769, "CD001"))).kind, ImageKind::iso);
+    const std::string disc = with(zeros(40960), 32769, "CD001");
+    const std::string hybrid = with(hfsPlus(16384, 40), 32769, "CD001");
+    const std::string outside = with(appleHfs, 8, "\xFF\xFF\xFF\xFF"s);
+    const std::tuple<std::string, ImageKind, std::uint64_t, std::uint64_t> cases[] = {
+        {zeros(64) + trailer(), ImageKind::udif, 0, 576},
+        {hfsPlus(0, 80), ImageKind::hfsPlus, 0, 40960},
+        {with(zeros(4096), 32, "NXSB"), ImageKind::apfs, 0, 4096},
+        {disc, ImageKind::iso, 0, 40960},
+        {wrapped, ImageKind::hfsPlus, 16384, 20480},
+        {with(hybrid, 512, appleHfs), ImageKind::hfsPlus, 16384, 20480},
+        {with(hybrid, 512, outside), ImageKind::iso, 0, 40960}};
+    for (std::size_t n = 0; const auto& [image, kind, offset, size] : cases) {
+        const ImageFacts facts = tellKind(Bytes(image));
+        EXPECT_EQ(facts.kind, kind) << n;
+        EXPECT_EQ(facts.place.offset, offset) << n;
+        EXPECT_EQ(facts.place.size, size) << n++;
+    }
 }
 
 TEST(ImageKind, IsRefusedWithTheReason) {
@@ -73,6 +92,9 @@ TEST(ImageKind, IsRefusedWithTheReason) {
         {"koly", noImage},
         {zeros(40960), noImage},
         {"<html></html>", noImage},
+        {"encrcdsa" + zeros(512), "the image is encrypted"},
+        {zeros(512) + "cdsaencr", "the image is encrypted"},
+        {with(wrapped, 1024 + 128, "\0\x40"s), damaged},
         {hfsPlus(0, 81), damaged},
         {with(hfsPlus(16384, 41), 512, appleHfs), damaged},
         {with(zeros(512), 3, "EXFAT   "), other + "exFAT"},
@@ -90,28 +112,6 @@ TEST(ImageKind, IsRefusedWithTheReason) {
             EXPECT_EQ(refusal.what(), reason);
         }
     }
-}
-
-TEST(ImageKind, OfAWrappedVolumeIsThatOfTheInnerOne) {
-    // Blocks of 512 bytes that begin at sector 12; the inner volume has 40 of them from the 20th on.
-    const std::string outer = with(with(hfsPlus(16384, 40), 1024, "BD"), 1024 + 20, "\0\0\2\0"s);
-    const std::string wrapped = with(with(outer, 1024 + 28, "\0\x0C"s), 1024 + 124, "H+\0\x14\0\x28"s);
-    const ImageFacts facts = tellKind(Bytes(wrapped));
-    EXPECT_EQ(facts.kind, ImageKind::hfsPlus);
-    EXPECT_EQ(facts.place.offset, 16384U);
-    EXPECT_EQ(facts.place.size, 20480U);
-    EXPECT_THROW(tellKind(Bytes(with(wrapped, 1024 + 128, "\0\x40"s))), Exception);
-}
-
-TEST(ImageKind, OfAHybridIsThatOfItsRicherPart) {
-    const std::string iso = with(hfsPlus(16384, 40), 32769, "CD001");
-    const ImageFacts facts = tellKind(Bytes(with(iso, 512, appleHfs)));
-    EXPECT_EQ(facts.kind, ImageKind::hfsPlus);
-    EXPECT_EQ(facts.place.offset, 16384U);
-    EXPECT_EQ(facts.place.size, 20480U);
-
-    const std::string outside = with(appleHfs, 8, "\xFF\xFF\xFF\xFF"s);
-    EXPECT_EQ(tellKind(Bytes(with(iso, 512, outside))).kind, ImageKind::iso);
 }
 
 TEST(UdifTrailer, TellsTheChecksumOfTheData) {

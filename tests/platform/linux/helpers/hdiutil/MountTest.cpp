@@ -166,9 +166,6 @@ TEST_F(Mount, TellsWhyAnImageIsRefused) {
     const std::string volume = tools::macVolume({in_, "Tavo"});
     const std::string name = "disk image (Apple_HFS : 1)";
     const std::pair<std::string, std::string> cases[] = {
-        {"encrcdsa" + sector, "the image is encrypted"},
-        {sector + "cdsaencr", "the image is encrypted"},
-        {fat, "the image holds another file system: FAT"},
         {tools::udifOf({{"disk image (DOS_FAT_16 : 1)", fat}}, {}),
          "the image holds another file system: FAT"},
         {hardLinks, "the volume holds hard links"},
@@ -267,10 +264,16 @@ TEST_F(Mount, RefusesAnImageWithAnyByteFlippedOrShowsTheSame) {
     }
 }
 
-TEST_F(Mount, RefusesDamagedImages) {
+TEST_F(Mount, RefusesDamagedImagesAndWhatIsNoFile) {
     for (const tools::HostileImage& hostile : tools::damagedImages()) {
         writeFile(image_, hostile.bytes);
         expectRefused(hostile.name);
+    }
+    fs::create_directory(folder_ / "folder");
+    ::mkfifo((folder_ / "pipe").c_str(), 0600);
+    for (const char* name : {"folder", "pipe", "missing"}) {
+        image_ = folder_ / name;
+        expectRefused(name);
     }
 }
 
@@ -288,36 +291,24 @@ TEST_F(Mount, MakesNothingOutsideTheVolumeThatAHostileImageNames) {
     }
 }
 
-TEST_F(Mount, RefusesVolumesBeyondItsLimits) {
-    makeImage(Made::hfsPlus);
-    settings_.limits.entries = 5;
-    expectRefused("entries");
-    settings_.limits = {.bytes = 500000};
-    expectRefused("bytes");
-}
-
-TEST_F(Mount, RefusesWhatIsNoFile) {
-    fs::create_directory(image_);
-    expectRefused("folder");
-    image_ = folder_ / "pipe";
-    ::mkfifo(image_.c_str(), 0600);
-    expectRefused("pipe");
-    image_ = folder_ / "missing";
-    expectRefused("nothing");
-}
-
-TEST_F(Mount, LeavesNothingWhen7zzFails) {
+TEST_F(Mount, LeavesNothingWhen7zzFailsOrItIsToldToEnd) {
     makeImage(Made::udifZlib);
-    for (const char* command : {"l", "t", "x"}) {
-        replace7zz(command, pathOf7zz() + " \"$@\"; exit 1");
-        expectRefused(command);
-        replace7zz(command, pathOf7zz() + " \"$@\"; kill -KILL $$");
-        expectRefused(command);
+    const std::string real = pathOf7zz() + " \"$@\"; ";
+    for (const auto& [command, body] :
+         std::initializer_list<std::pair<std::string, std::string>>{{"l", real + "exit 1"},
+                                                                    {"t", real + "exit 1"},
+                                                                    {"x", real + "exit 1"},
+                                                                    {"l", real + "kill -KILL $$"},
+                                                                    {"t", real + "kill -KILL $$"},
+                                                                    {"x", real + "kill -KILL $$"},
+                                                                    {"x", "exit 0"},
+                                                                    {"x", real + "echo more"},
+                                                                    {"x", "kill -TERM $PPID; sleep 1000"},
+                                                                    {"x", "kill -INT $PPID; sleep 1000"},
+                                                                    {"x", "kill -HUP $PPID; sleep 1000"}}) {
+        replace7zz(command, body);
+        expectRefused(command + ": " + body);
     }
-    replace7zz("x", "exit 0");
-    expectRefused("no bytes");
-    replace7zz("x", pathOf7zz() + " \"$@\"; echo more");
-    expectRefused("too many bytes");
     settings_.sevenZip = folder_ / "missing";
     expectRefused("missing");
 }
@@ -336,16 +327,13 @@ TEST_F(Mount, EndsA7zzThatHangsWithAllThatItStarted) {
     }
 }
 
-TEST_F(Mount, LeavesNothingWhenToldToEnd) {
+TEST_F(Mount, LeavesNothingOfAVolumeThatIsTooLarge) {
     makeImage(Made::udifZlib);
-    for (const char* signal : {"TERM", "INT", "HUP"}) {
-        replace7zz("x", std::string("kill -") + signal + " $PPID; sleep 1000");
-        expectRefused(signal);
-    }
-}
-
-TEST_F(Mount, LeavesNothingWhenTheVolumeCannotBeWritten) {
-    makeImage(Made::udifZlib);
+    settings_.limits.entries = 5;
+    expectRefused("entries");
+    settings_.limits = {.bytes = 500000};
+    expectRefused("bytes");
+    settings_.limits = {};
     rlimit before{};
     ::getrlimit(RLIMIT_FSIZE, &before);
     const auto handler = ::signal(SIGXFSZ, SIG_IGN);
@@ -364,7 +352,7 @@ TEST(VolumeWriter, TakesALinkThatEndsWithNulAsApfsHasIt) {
         .entries = {
             {.kind = EntryKind::link, .path = "way", .size = bytes.size(), .modified = {}, .linkText = {}}}};
     writeVolume(plan, folder.path(), [&](char* buffer, std::size_t size) {
-        const std::size_t count = bytes.copy(buffer, size);
+        const std::size_t count = bytes.copy(buffer, std::min<std::size_t>(size, 3));
         bytes.erase(0, count);
         return count;
     });

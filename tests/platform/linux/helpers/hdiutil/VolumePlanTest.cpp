@@ -39,7 +39,7 @@ Listing iso(const std::string& name, const std::vector<ListedEntry>& entries) {
 }
 
 VolumePlan plan(const Listing& listing, ImageKind kind = ImageKind::hfsPlus) {
-    return planVolume(listing, kind, {.entries = 5, .bytes = 100, .depth = 2});
+    return planVolume(listing, kind, {.entries = 5, .bytes = 10'000, .depth = 2});
 }
 
 bool isRefused(const Listing& listing, ImageKind kind = ImageKind::hfsPlus) {
@@ -116,30 +116,24 @@ TEST(VolumePlan, HostileVolumesAreRefused) {
         {socket},
         {file("V/____HFS+ Private Data/iNode12")},
         {folder("V/.HFS+ Private Directory Data_/dir_12")},
-        {file("V/a", 101)},
-        {file("V/a", 60), file("V/b", 60)},
-        {file("V/a", 60), file("V/b", UINT64_MAX - 30)},
+        {file("V/a", 10'001)},
+        {file("V/a", 6000), file("V/b", 6000)},
+        {file("V/a", 6000), file("V/b", UINT64_MAX - 3000)},
         {file("V/a"), file("V/b"), file("V/c"), file("V/d"), file("V/e")},
         {folder("V/a"), folder("V/a/b"), folder("V/a/b/c"), file("V/a/b/c/d")}};
     for (std::size_t n = 0; n < cases.size(); ++n)
         EXPECT_TRUE(isRefused(hfsPlus(cases[n]))) << "case " << n << ", " << cases[n].back().path;
 }
 
-TEST(VolumePlan, VolumesWithoutAPlainNameAreRefused) {
+TEST(VolumePlan, OtherThanTheOneVolumeThatTheImageWasTakenForIsRefused) {
     for (const char* name : {"", ".", "..", "a/b", "/", "../../a", "a\nb", ".hidden", "\xC3"})
         EXPECT_TRUE(isRefused(iso(name, {file("a")}), ImageKind::iso)) << name;
     EXPECT_FALSE(isRefused(iso("Ä b", {file("a")}), ImageKind::iso));
-}
-
-TEST(VolumePlan, OtherThanTheOneVolumeThatTheImageWasTakenForIsRefused) {
-    Listing listing = iso("V", {});
-    EXPECT_TRUE(isRefused(listing, ImageKind::apfs));
-    listing.types = {"APFS"};
-    EXPECT_FALSE(isRefused(listing, ImageKind::apfs));
-    listing.volumeNames.emplace_back("V");
-    EXPECT_TRUE(isRefused(listing, ImageKind::apfs));
-    listing.types = {"Dmg", "HFS"};
-    EXPECT_TRUE(isRefused(listing, ImageKind::hfsPlus));
+    EXPECT_TRUE(isRefused(iso("V", {}), ImageKind::apfs));
+    EXPECT_FALSE(isRefused({{"APFS"}, {"V"}, {}}, ImageKind::apfs));
+    EXPECT_TRUE(isRefused({{"APFS"}, {"V", "V"}, {}}, ImageKind::apfs));
+    EXPECT_TRUE(isRefused({{"Dmg"}, {"V"}, {}}, ImageKind::udif));
+    EXPECT_TRUE(isRefused({{"Dmg", "HFS"}, {}, {folder("V")}}, ImageKind::hfsPlus));
 }
 
 } // namespace join::platform::hdiutil
