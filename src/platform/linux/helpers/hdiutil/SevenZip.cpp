@@ -27,18 +27,13 @@ bool isProgram(const std::string& path) {
 } // namespace
 
 std::string pathOf7zz(const std::vector<std::string>& places) {
-    const std::string* wrapper = nullptr;
-    for (const std::string& place : places) {
-        if (::access(place.c_str(), X_OK) != 0)
-            continue;
-        if (isProgram(place))
-            return place;
-        if (wrapper == nullptr)
-            wrapper = &place;
+    for (const bool isScriptEnough : {false, true}) {
+        for (const std::string& place : places) {
+            if (::access(place.c_str(), X_OK) == 0 && (isScriptEnough || isProgram(place)))
+                return place;
+        }
     }
-    if (wrapper == nullptr)
-        throw Exception("7-Zip is not installed");
-    return *wrapper;
+    throw Exception("7-Zip is not installed");
 }
 
 SevenZip::SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption)

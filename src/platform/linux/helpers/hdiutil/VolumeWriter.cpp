@@ -25,10 +25,6 @@ std::array<timespec, 2> timesOf(const PlannedEntry& entry) {
     return {modified, modified};
 }
 
-bool setTime(int descriptor, const PlannedEntry& entry) {
-    return ::futimens(descriptor, timesOf(entry).data()) == 0;
-}
-
 class Writer {
 public:
     Writer(const std::string& folder, const ByteSource& source)
@@ -84,7 +80,7 @@ private:
         Descriptor file(::openat(top_.get(), placeOf(entry), flags, S_IRUSR | S_IWUSR));
         const auto append = [&](std::string_view bytes) { return writeAll(file.get(), bytes); };
         if (!file || !readBytes(entry.size, append) || ::fchmod(file.get(), entry.mode) != 0 ||
-            !setTime(file.get(), entry) || !file.close())
+            ::futimens(file.get(), timesOf(entry).data()) != 0 || !file.close())
             raise(entry.path);
     }
 
@@ -130,7 +126,8 @@ private:
 
     void setAttributes(const PlannedEntry& folder) {
         const Descriptor opened = openForReading(top_.get(), placeOf(folder), O_DIRECTORY | O_NOFOLLOW);
-        if (!opened || ::fchmod(opened.get(), folder.mode | S_IRWXU) != 0 || !setTime(opened.get(), folder))
+        if (!opened || ::fchmod(opened.get(), folder.mode | S_IRWXU) != 0 ||
+            ::futimens(opened.get(), timesOf(folder).data()) != 0)
             raise(folder.path);
     }
 
