@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-/// HFS+ volumes with what a Mac's file system leaves in them. They need xorrisofs and throw
-/// std::runtime_error.
+/// HFS+ volumes with what a Mac's file system leaves in them, as Apple's Technical Note TN1150 describes it.
+/// They need xorrisofs and throw std::runtime_error.
 namespace join::tools {
 
 /// The folder's content as an HFS+ volume that has been used on a Mac: beside it there are the stores of hard

@@ -27,12 +27,12 @@ struct Listing {
     std::vector<ListedEntry> entries;
 };
 
-/// Parses what `7zz l -slt` prints: lines "Name = value"; those about the archives, outermost first, up to a
-/// line of ten hyphens; then one paragraph for each entry, which begins with its Path. A value of several
-/// lines, which only archives have, stands between lines "{" and "}". 7zz replaces line feeds in all other
-/// values by "_", so what an image says can make lines only there; a second line of hyphens shows that it
-/// made too many. Alternate streams are left out. Throws Exception for anything else, and for more entries
-/// than the maximum.
+/// Parses what `7zz l -slt` prints (CPP/7zip/UI/Console/List.cpp in its source): lines "Name = value"; those
+/// about the archives, outermost first, up to a line of ten hyphens; then one paragraph for each entry, which
+/// begins with its Path. A value of several lines, which only archives have, stands between lines "{" and
+/// "}". 7zz replaces line feeds in all other values by "_", so what an image says can make lines only there;
+/// a second line of hyphens shows that it made too many. Alternate streams are left out. Throws Exception for
+/// anything else, and for more entries than the maximum.
 Listing parseListing(std::string_view text, std::size_t maximumEntries);
 
 } // namespace join::platform::hdiutil

@@ -56,7 +56,7 @@ public:
         if (check && check->finish() != 0)
             throw Exception("the image is damaged: its checksums are wrong");
         interruption_.check();
-        const std::string mountPoint = "/Volumes/" + plan.name;
+        std::string mountPoint = "/Volumes/" + plan.name;
         if (!moveInPlace(folder, settings_.root.toReal(mountPoint), staging_.path() + "/older"))
             fail("the volume cannot be shown");
         return mountPoint;
