@@ -27,8 +27,8 @@ void tryOut(std::string_view input) {
     JoinSessionDetails details;
     using Details = JoinSessionDetails;
     for (const auto set :
-         {&Details::setKey, &Details::setEmailID, &Details::setGatewayName, &Details::setDefaultGatewayName,
-          &Details::setWebServerName, &Details::setViewerId, &Details::setGroup, &Details::setAuthkey})
+         {&Details::key, &Details::emailID, &Details::gatewayName, &Details::defaultGatewayName,
+          &Details::webServerName, &Details::viewerId, &Details::group, &Details::authkey})
         (details.*set)(takeValue(input));
 
     const std::string_view body = joinParameterBody(file).value_or(std::string_view());

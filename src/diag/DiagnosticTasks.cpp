@@ -1,5 +1,7 @@
-#include "app/AppDelegate.h"
+#include "diag/DiagnosticTasks.h"
+
 #include "base/Logging.h"
+#include "diag/LogUpload.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
 #include "platform/Utf8.h"
@@ -21,18 +23,18 @@ Text networkLocations(std::vector<std::string> arguments) {
 
 } // namespace
 
-void AppDelegate::sendJoinLogTask(const Text& comment) {
+void sendJoinLogTask(LogUpload& upload, const Text& comment) {
     constexpr auto method = "-[AppDelegate sendJoinLogTask:]";
     reportingExceptions(method, [&] {
         const bool saysSomething = isFilled(comment) && *comment != absentText;
-        const std::string flag = sendLogFiles(saysSomething ? *comment : defaultComment);
+        const std::string flag = upload.sendLogFiles(saysSomething ? *comment : defaultComment);
         log("%s : SendlogTask output \n%@", "-[AppDelegate sendJoinLogTask:]_block_invoke",
             networkLocations({flag}));
         log("%s : Log file has been sent succesfully !!! ", method);
     });
 }
 
-void AppDelegate::joinFeatureTrackTask(std::string_view /*milestone*/) {
+void joinFeatureTrackTask(std::string_view /*milestone*/) {
     constexpr auto method = "-[AppDelegate joinFeatureTrackTask:]";
     reportingExceptions(method, [&] {
         log("%s : joinFeaturelogTask output \n%@", "-[AppDelegate joinFeatureTrackTask:]_block_invoke",

@@ -1,6 +1,5 @@
 #include "diag/EmbeddedPropertyList.h"
 
-#include "app/AppDelegate.h"
 #include "base/Logging.h"
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
@@ -87,7 +86,7 @@ std::optional<Bytes> embeddedPropertyList(Bytes file) {
     return std::nullopt;
 }
 
-std::optional<platform::Value> AppDelegate::embeddedPlistV2(const std::string& path) {
+std::optional<platform::Value> embeddedPlistV2(const std::string& path) {
     std::optional<platform::Value> list;
     reportingExceptions("-[AppDelegate embeddedPlistV2:]", [&] {
         list = platform::services().bundles->infoDictionary(path);

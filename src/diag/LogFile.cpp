@@ -1,6 +1,5 @@
 #include "diag/LogFile.h"
 
-#include "app/AppDelegate.h"
 #include "base/Logging.h"
 #include "platform/FileManager.h"
 #include "platform/Log.h"
@@ -28,7 +27,7 @@ std::vector<LogCopy> logRotation(std::int32_t highestGeneration) {
     return steps;
 }
 
-void AppDelegate::loggingFile() {
+void loggingFile() {
     reportingExceptions("-[AppDelegate loggingFile:]", [] {
         const auto inLogFolder = [](std::string_view name) {
             return appendingPathComponent(slots().tavoJoinLogFolder, name);
@@ -36,22 +35,20 @@ void AppDelegate::loggingFile() {
         if (platform::services().log->redirectStandardStreams(inLogFolder(currentLog)) < logRotationSize)
             return;
 
-        platform::FileManager& files = *slots().tavoDirectoryManager;
-        for (const LogCopy& step : logRotation(logFileNameCount)) {
-            if (const std::string destination = inLogFolder(step.destination); files.exists(destination))
-                files.remove(destination);
-            files.copy(inLogFolder(step.source), inLogFolder(step.destination));
+        for (const LogCopy& step : logRotation(slots().logFileNameCount)) {
+            if (const std::string destination = inLogFolder(step.destination); files().exists(destination))
+                files().remove(destination);
+            files().copy(inLogFolder(step.source), inLogFolder(step.destination));
         }
-        if (logFileNameCount != highestLogGeneration)
-            ++logFileNameCount;
-        files.truncate(inLogFolder(currentLog));
+        if (slots().logFileNameCount != highestLogGeneration)
+            ++slots().logFileNameCount;
+        files().truncate(inLogFolder(currentLog));
     });
 }
 
-void AppDelegate::startLoggingTimer() {
-    reportingExceptions("-[AppDelegate startLoggingTimer]", [this] {
-        slots().loggingTimer =
-            platform::services().timers->repeating(tickInterval, [this] { loggingFile(); });
+void startLoggingTimer() {
+    reportingExceptions("-[AppDelegate startLoggingTimer]", [] {
+        slots().loggingTimer = platform::services().timers->repeating(tickInterval, loggingFile);
     });
 }
 

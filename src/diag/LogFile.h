@@ -13,9 +13,6 @@ inline constexpr std::uint64_t logRotationSize = 0x40001;
 /// The generations are join0.log, the newest, to join10.log.
 inline constexpr std::int32_t highestLogGeneration = 10;
 
-/// The highest generation that the next rotation of this run writes.
-inline std::int32_t logFileNameCount = 0;
-
 /// One step of a rotation: the destination is removed, then the source copied to it. File names.
 struct LogCopy {
     std::string source;
@@ -25,5 +22,12 @@ struct LogCopy {
 
 /// The steps of a rotation that writes generations down from the given one, in their order.
 std::vector<LogCopy> logRotation(std::int32_t highestGeneration);
+
+/// One tick: the standard streams follow the log file, which is rotated when it has grown too large. Main
+/// thread only.
+void loggingFile();
+
+/// Starts the ticks, ten in a second.
+void startLoggingTimer();
 
 } // namespace join

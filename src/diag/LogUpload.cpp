@@ -1,6 +1,5 @@
 #include "diag/LogUpload.h"
 
-#include "app/AppDelegate.h"
 #include "base/Locations.h"
 #include "base/Logging.h"
 #include "diag/LogMailForm.h"
@@ -11,7 +10,6 @@
 #include "platform/Tasks.h"
 #include "platform/Utf8.h"
 #include "session/JoinSessionDetails.h"
-#include "session/ProcessSlots.h"
 
 #include <utility>
 
@@ -32,56 +30,8 @@ Text textOf(std::string_view answer) {
     return std::nullopt;
 }
 
-} // namespace
-
-LogUploadSlots& logUpload() {
-    static LogUploadSlots instance;
-    return instance;
-}
-
-std::string AppDelegate::sendLogFiles(const Text& comment) {
-    constexpr auto method = "-[AppDelegate sendLogFiles:]";
-    try {
-        const std::string folder = productLogFolder();
-        platform::PostRequest request;
-        request.url = formatted("%@://%@/api/v1/send_log_mail", "https", session().webServerName());
-        log("%s : Logger URL : %@", method, request.url);
-        logUpload().receivedData.emplace();
-        if (services().fileManager->exists(folder))
-            getFileDataWith(zipDirectoryWithPath(folder), request);
-        else
-            log("%s : Nothing is attached, there is no folder : %@", method, folder);
-        request.bodyBehindFile = logMailTexts(session().key(), comment);
-        request.headers = {
-            {"Content-Type", formatted("multipart/form-data; boundary=%@", logMailBoundary)},
-            {"Content-Length", formatted("%lu", request.bodySize())},
-        };
-        // Shared, as work that is queued must be copyable.
-        const auto queued = std::make_shared<platform::PostRequest>(std::move(request));
-        services().mainQueue->enqueue([this, queued] { openUpload(std::move(*queued)); });
-    } catch (const std::exception& exception) {
-        logExceptionBanner(method, exception);
-    }
-    return logUpload().response;
-}
-
-void AppDelegate::openUpload(platform::PostRequest request) {
-    constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
-    reportingExceptions(method, [&] {
-        if (logUpload().underWay == 0)
-            logUpload().connections.clear(); // each holds its archive open
-        auto connection = services().httpClient->connect(std::move(request), *this);
-        logUpload().theConnection = connection.get();
-        if (!connection)
-            return;
-        logUpload().connections.push_back(std::move(connection));
-        ++logUpload().underWay;
-        log("%s : Log sending url connection established!! ", method);
-        logUpload().response = "true";
-    });
-}
-
-std::string AppDelegate::zipDirectoryWithPath(const std::string& folder) {
+/// Zips a folder into the archive in the temporary folder, whose path it gives, whatever came of it.
+std::string zipDirectoryWithPath(const std::string& folder) {
     constexpr auto method = "-[AppDelegate zipDirectoryWithPath:]";
     std::string archive;
     try {
@@ -103,7 +53,9 @@ std::string AppDelegate::zipDirectoryWithPath(const std::string& folder) {
     return archive;
 }
 
-void AppDelegate::getFileDataWith(const std::string& path, platform::PostRequest& request) {
+/// Begins the body with the attachment part of the log-mail form for a file; without content when the file
+/// cannot be read.
+void getFileDataWith(const std::string& path, platform::PostRequest& request) {
     constexpr auto method = "-[AppDelegate getFileDataWith:]";
     try {
         request.body = logMailAttachmentHead(path);
@@ -115,17 +67,61 @@ void AppDelegate::getFileDataWith(const std::string& path, platform::PostRequest
     }
 }
 
-void AppDelegate::connectionDidReceiveResponse() { logUpload().receivedData.emplace(); }
+} // namespace
 
-void AppDelegate::connectionDidReceiveData(std::string_view data) {
-    if (logUpload().receivedData)
-        logUpload().receivedData->append(data);
+std::string LogUpload::sendLogFiles(const Text& comment) {
+    constexpr auto method = "-[AppDelegate sendLogFiles:]";
+    try {
+        const std::string folder = productLogFolder();
+        platform::PostRequest request;
+        request.url = formatted("%@://%@/api/v1/send_log_mail", "https", session().webServerName());
+        log("%s : Logger URL : %@", method, request.url);
+        slots_.receivedData.emplace();
+        if (services().fileManager->exists(folder))
+            getFileDataWith(zipDirectoryWithPath(folder), request);
+        else
+            log("%s : Nothing is attached, there is no folder : %@", method, folder);
+        request.bodyBehindFile = logMailTexts(session().key(), comment);
+        request.headers = {
+            {"Content-Type", formatted("multipart/form-data; boundary=%@", logMailBoundary)},
+            {"Content-Length", formatted("%lu", request.bodySize())},
+        };
+        // Shared, as work that is queued must be copyable.
+        const auto queued = std::make_shared<platform::PostRequest>(std::move(request));
+        services().mainQueue->enqueue([this, queued] { openUpload(std::move(*queued)); });
+    } catch (const std::exception& exception) {
+        logExceptionBanner(method, exception);
+    }
+    return slots_.response;
 }
 
-void AppDelegate::connectionDidFinishLoading() {
+void LogUpload::openUpload(platform::PostRequest request) {
+    constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
+    reportingExceptions(method, [&] {
+        if (slots_.underWay == 0)
+            slots_.connections.clear(); // each holds its archive open
+        auto connection = services().httpClient->connect(std::move(request), *this);
+        slots_.theConnection = connection.get();
+        if (!connection)
+            return;
+        slots_.connections.push_back(std::move(connection));
+        ++slots_.underWay;
+        log("%s : Log sending url connection established!! ", method);
+        slots_.response = "true";
+    });
+}
+
+void LogUpload::connectionDidReceiveResponse() { slots_.receivedData.emplace(); }
+
+void LogUpload::connectionDidReceiveData(std::string_view data) {
+    if (slots_.receivedData)
+        slots_.receivedData->append(data);
+}
+
+void LogUpload::connectionDidFinishLoading() {
     constexpr auto method = "-[AppDelegate connectionDidFinishLoading:]";
-    --logUpload().underWay;
-    const std::string data = logUpload().receivedData.value_or(std::string());
+    --slots_.underWay;
+    const std::string data = slots_.receivedData.value_or(std::string());
     const Text text = textOf(data);
     log("%s : Succeeded! Received %lu bytes of data", method, data.size());
     log("%s : Received data %@", method, text);
@@ -135,10 +131,10 @@ void AppDelegate::connectionDidFinishLoading() {
         log("%s : Join send log NSURLConnection failure Response : %@", method, text);
 }
 
-void AppDelegate::connectionDidFail(const platform::HttpError& error) {
-    --logUpload().underWay;
-    logUpload().theConnection = nullptr;
-    logUpload().receivedData.reset();
+void LogUpload::connectionDidFail(const platform::HttpError& error) {
+    --slots_.underWay;
+    slots_.theConnection = nullptr;
+    slots_.receivedData.reset();
     log("%s : Join Log send NSURLConnection failed! Error - %@ %@",
         "-[AppDelegate connection:didFailWithError:]", error.description, error.failingUrl);
 }

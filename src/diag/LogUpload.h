@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Text.h"
 #include "platform/HttpClient.h"
 
 #include <memory>
@@ -9,7 +10,7 @@
 
 namespace join {
 
-/// What the log upload holds for the whole run. Main thread only.
+/// What the log upload holds for the whole run.
 struct LogUploadSlots {
     std::optional<std::string> receivedData;       ///< of the current upload's response
     platform::Connection* theConnection = nullptr; ///< the current upload; none after a failure
@@ -21,7 +22,23 @@ struct LogUploadSlots {
     int underWay = 0; ///< how many have not told their end
 };
 
-/// The one set of these slots.
-LogUploadSlots& logUpload();
+/// Sends the product's log folder to the web server of the session. What comes of it is told in the log.
+/// Lives as long as the main queue may hold its work. Main thread only.
+class LogUpload final : private platform::ConnectionDelegate {
+public:
+    /// Starts an upload. Gives the upload flag: "true" when an earlier upload of this run has been opened.
+    std::string sendLogFiles(const Text& comment);
+
+    const LogUploadSlots& slots() const { return slots_; }
+
+private:
+    void connectionDidReceiveResponse() override;
+    void connectionDidReceiveData(std::string_view data) override;
+    void connectionDidFinishLoading() override;
+    void connectionDidFail(const platform::HttpError& error) override;
+    void openUpload(platform::PostRequest request);
+
+    LogUploadSlots slots_;
+};
 
 } // namespace join

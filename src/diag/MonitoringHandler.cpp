@@ -4,16 +4,13 @@
 #include "platform/Clock.h"
 #include "platform/Json.h"
 #include "platform/Services.h"
+#include "session/ProcessSlots.h"
 
 #include <algorithm>
-#include <optional>
 
 namespace join {
 
 namespace {
-
-platform::Value::Dictionary postDict; ///< the entries as last rebuilt
-std::optional<std::string> jsonData;  ///< the entries as JSON; this copy counts
 
 /// A number of at most two digits, in two digits.
 std::string twoDigits(int number) {
@@ -24,7 +21,8 @@ std::string twoDigits(int number) {
 
 void MonitoringHandler::addkey(const std::string& key, const std::string& value) {
     platform::Json& json = *platform::services().json;
-    postDict.clear();
+    Text& jsonData = slots().jsonData;
+    platform::Value::Dictionary postDict;
     if (jsonData)
         if (const auto document = json.parse(*jsonData); document && document->dictionary())
             postDict = *document->dictionary();
@@ -45,11 +43,6 @@ std::string MonitoringHandler::currentTime() {
     return formatted("%@:%@:%@", twoDigits(hour), twoDigits(now.minute), twoDigits(now.second));
 }
 
-std::string MonitoringHandler::getJsonString() { return jsonData.value_or(std::string()); }
-
-void MonitoringHandler::forgetEntries() {
-    postDict.clear();
-    jsonData.reset();
-}
+std::string MonitoringHandler::getJsonString() { return slots().jsonData.value_or(std::string()); }
 
 } // namespace join

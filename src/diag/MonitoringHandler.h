@@ -15,10 +15,6 @@ public:
 
     /// All entries as one JSON object of texts, in compact form; empty before the first entry.
     static std::string getJsonString();
-
-private:
-    friend void emptyProcessSlots();
-    static void forgetEntries();
 };
 
 } // namespace join

@@ -89,7 +89,7 @@ void DiskImageDownloader::downloadDidFinish() {
 
 void DiskImageDownloader::mount() {
     const std::string mountPoint(image_.mountPoint);
-    if (slots().tavoDirectoryManager->exists(mountPoint))
+    if (files().exists(mountPoint))
         runDiskImageTool("detach", mountPoint);
     log(image_.mountedLine, runDiskImageTool("mount", imagePath()));
 }

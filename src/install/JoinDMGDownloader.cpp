@@ -43,7 +43,7 @@ std::string JoinDMGDownloader::url() const {
 }
 
 void JoinDMGDownloader::downloadFailed(const platform::HttpError& /*error*/) {
-    if (joinDownloadFailures++ == 0)
+    if (slots().joinDownloadFailures++ == 0)
         platform::services().notificationCenter->post("SendJoinLog",
                                                       "Join App faild to download JoinMac.dmg");
 }
@@ -59,15 +59,14 @@ void JoinDMGDownloader::mountingJoinMacDmg() {
 
 void JoinDMGDownloader::copyAppFile() {
     constexpr auto method = "-[JoinDMGDownloader copyAppFile]";
-    platform::FileManager& files = *slots().tavoDirectoryManager;
-    files.createFolder(supportFolder());
-    if (files.exists(homeApplicationsFolder()) && files.copy(onVolume("Join.app"), homeJoinCopy()))
+    files().createFolder(supportFolder());
+    if (files().exists(homeApplicationsFolder()) && files().copy(onVolume("Join.app"), homeJoinCopy()))
         log("%s : Join.app file copied to user application folder", method);
-    if (files.copy(onVolume("Join.app"), systemJoinCopy()))
+    if (files().copy(onVolume("Join.app"), systemJoinCopy()))
         log("%s : Join.app file copied to application folder", method);
     unMountingTavoJoinDmg();
-    if (files.exists(imagePath()))
-        files.remove(imagePath());
+    if (files().exists(imagePath()))
+        files().remove(imagePath());
     platform::services().notificationCenter->post("LaunchTavoApp", "JoinDMGDownloader");
 }
 

@@ -2,12 +2,7 @@
 
 #include "install/DiskImageDownloader.h"
 
-#include <cstdint>
-
 namespace join {
-
-/// How many downloads of the Join app's image have failed in this run.
-inline std::int32_t joinDownloadFailures = 0;
 
 /// Fetches the Join app's own disk image and reinstalls the Join app. The running one goes on.
 class JoinDMGDownloader final : public DiskImageDownloader {

@@ -35,15 +35,14 @@ constexpr DiskImage agentDiskImage = {
 
 constexpr int copyAttempts = 3;
 
-platform::FileManager& files() { return *slots().tavoDirectoryManager; }
-
 void post(std::string_view name, const Text& object = std::nullopt) {
     platform::services().notificationCenter->post(name, object);
 }
 
 } // namespace
 
-TavoDMGDownloader::TavoDMGDownloader() : DiskImageDownloader(agentDiskImage) {}
+TavoDMGDownloader::TavoDMGDownloader(TavoJoinWindowHandler& joinInfoWindow)
+    : DiskImageDownloader(agentDiskImage), joinInfoWindow_(joinInfoWindow) {}
 
 void TavoDMGDownloader::startDownLoadingTavoMacDmg() { startDownloading(); }
 
@@ -64,7 +63,7 @@ void TavoDMGDownloader::downloadFinished() {
     MonitoringHandler::addkey("M3", formatted("Agent downloaded time : %@ | Server : %@",
                                               MonitoringHandler::currentTime(), server));
     mountingTavoMacDmg();
-    session().setRetryCounter(0);
+    session().retryCounter.set(0);
 }
 
 void TavoDMGDownloader::mountingTavoMacDmg() {
@@ -77,7 +76,7 @@ void TavoDMGDownloader::mountingTavoMacDmg() {
     // The volume takes room on a disk that may have been too small for the agent.
     if (files().exists(onVolume("")))
         unMountingTavoMacDmg();
-    slots().tavoJoinWindow->showProblem();
+    joinInfoWindow_.showProblem();
 }
 
 void TavoDMGDownloader::installWhatIsMissing() {
@@ -102,13 +101,13 @@ void TavoDMGDownloader::copyAppFileAndLaunch() {
     for (int attempt = 0; attempt < copyAttempts; ++attempt)
         if (copyAndLaunchOnce())
             return;
-    slots().tavoJoinWindow->showProblem();
+    joinInfoWindow_.showProblem();
 }
 
 /// False when the agent is neither started nor in place, and is to be copied again.
 bool TavoDMGDownloader::copyAndLaunchOnce() {
     constexpr auto method = "-[TavoDMGDownloader copyAppFileAndLaunch]";
-    ++copyCounter;
+    ++slots().copyCounter;
     files().createFolder(supportFolder());
     if (files().copy(onVolume("Tavo.app"), installedAgent()))
         log("%s : Tavo.app file copied", method);
@@ -122,7 +121,7 @@ bool TavoDMGDownloader::copyAndLaunchOnce() {
         session().launchApplicationWith(installedAgent(), supportFolder());
         return true;
     }
-    if (copyCounter == 1)
+    if (slots().copyCounter == 1)
         post("SendJoinLog", "Tavo.app Copy file Failed");
     return false;
 }

@@ -2,17 +2,15 @@
 
 #include "install/DiskImageDownloader.h"
 
-#include <cstdint>
-
 namespace join {
 
-/// How often copyAppFileAndLaunch() has tried in this run.
-inline std::int32_t copyCounter = 0;
+class TavoJoinWindowHandler;
 
 /// Fetches the disk image of the agent and the Crash Detector, and installs what is missing of the two.
 class TavoDMGDownloader final : public DiskImageDownloader {
 public:
-    TavoDMGDownloader();
+    /// The progress window says what has failed for good; it outlives this object.
+    explicit TavoDMGDownloader(TavoJoinWindowHandler& joinInfoWindow);
 
     void startDownLoadingTavoMacDmg();
 
@@ -32,6 +30,8 @@ private:
     void copyCrashDetectorFile();
     void unMountingTavoMacDmg();
     void deleteImageWhenInstalled();
+
+    TavoJoinWindowHandler& joinInfoWindow_;
 };
 
 } // namespace join

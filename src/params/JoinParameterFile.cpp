@@ -16,23 +16,23 @@ using Details = JoinSessionDetails;
 
 // An item is taken by the first name that it begins with, so the order counts.
 constexpr std::array<JoinParameter, 17> joinParameters = {{
-    {"gatewayName", &Details::setGatewayName},
-    {"GatewayHost1", &Details::setDefaultGatewayName},
-    {"email", &Details::setEmailID},
-    {"key", &Details::setKey},
-    {"webServerName", &Details::setWebServerName},
-    {"tavoAppVersion", &Details::setTavoAppVersion},
-    {"firstTime", &Details::setFirstTime},
-    {"joinAppVersion", &Details::setJoinAppVersion},
-    {"role_change_on_init", &Details::setRoleChangeOnInit},
-    {"first_time_install", &Details::setFirstTimeInstall},
-    {"isConfirmationNeeded", &Details::setIsConfirmationNeeded},
-    {"viewer_id", &Details::setViewerId},
-    {"isDemoMode", &Details::setIsDemoMode},
-    {"isDemoTech", &Details::setIsDemoTech},
-    {"group", &Details::setGroup},
-    {"crashDetectorAppVersion", &Details::setCrashDetectorAppVersion},
-    {"authkey", &Details::setAuthkey},
+    {"gatewayName", &Details::gatewayName},
+    {"GatewayHost1", &Details::defaultGatewayName},
+    {"email", &Details::emailID},
+    {"key", &Details::key},
+    {"webServerName", &Details::webServerName},
+    {"tavoAppVersion", &Details::tavoAppVersion},
+    {"firstTime", &Details::firstTime},
+    {"joinAppVersion", &Details::joinAppVersion},
+    {"role_change_on_init", &Details::roleChangeOnInit},
+    {"first_time_install", &Details::firstTimeInstall},
+    {"isConfirmationNeeded", &Details::isConfirmationNeeded},
+    {"viewer_id", &Details::viewerId},
+    {"isDemoMode", &Details::isDemoMode},
+    {"isDemoTech", &Details::isDemoTech},
+    {"group", &Details::group},
+    {"crashDetectorAppVersion", &Details::crashDetectorAppVersion},
+    {"authkey", &Details::authkey},
 }};
 
 } // namespace
@@ -54,7 +54,7 @@ std::string joinParameterValue(std::string_view item, std::string_view name) {
 }
 
 Text readJoinParameterFile(std::string_view method, const std::string& path) {
-    const auto file = slots().tavoDirectoryManager->read(path);
+    const auto file = files().read(path);
     if (!file) {
         log("%s : There is no file to read at %@", method, path);
         return std::nullopt;

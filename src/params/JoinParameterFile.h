@@ -25,7 +25,7 @@ std::optional<std::string_view> joinParameterBody(std::string_view file);
 /// An item name that the reader knows, and the property that it sets.
 struct JoinParameter {
     std::string_view name;
-    void (JoinSessionDetails::*set)(Text value);
+    Atomic<Text> JoinSessionDetails::*property;
 };
 
 /// The first known name, in the order of their table, that the item begins with; nullptr when it begins with

@@ -1,4 +1,5 @@
-#include "app/AppDelegate.h"
+#include "params/JoinParameters.h"
+
 #include "base/Locations.h"
 #include "base/Logging.h"
 #include "params/JoinParameterFile.h"
@@ -11,19 +12,19 @@ namespace {
 
 void storeItem(JoinSessionDetails& details, const JoinParameter& parameter, std::string_view item) {
     std::string value = joinParameterValue(item, parameter.name);
-    if (parameter.set == &JoinSessionDetails::setEmailID && value.empty())
+    if (parameter.property == &JoinSessionDetails::emailID && value.empty())
         value = "Guest";
-    (details.*parameter.set)(std::move(value));
+    (details.*parameter.property).set(std::move(value));
 }
 
 void followKey(JoinSessionDetails& details) {
     if (const auto sessionType = sessionTypeForKey(details.key().value_or(std::string())))
-        details.setSessionType(*sessionType);
+        details.sessionType.set(*sessionType);
 }
 
 } // namespace
 
-void AppDelegate::readJoinParameters() {
+void readJoinParameters() {
     constexpr auto method = "-[AppDelegate readJoinParameters]";
     reportingExceptions(method, [&] {
         log("%s : Read join parameters called.", method);
@@ -35,12 +36,12 @@ void AppDelegate::readJoinParameters() {
             return;
 
         JoinSessionDetails& details = session();
-        bool keyIsNew =
-            true; // the first item, known or not, makes the session type follow a key from elsewhere
+        // The first item, known or not, makes the session type follow a key from elsewhere.
+        bool keyIsNew = true;
         for (const std::string_view item : split(*body, "&")) {
             if (const JoinParameter* parameter = joinParameterOf(item)) {
                 storeItem(details, *parameter, item);
-                keyIsNew = keyIsNew || parameter->set == &JoinSessionDetails::setKey;
+                keyIsNew = keyIsNew || parameter->property == &JoinSessionDetails::key;
             }
             if (keyIsNew)
                 followKey(details);
@@ -49,7 +50,7 @@ void AppDelegate::readJoinParameters() {
     });
 }
 
-void AppDelegate::createTavoJoinDetails() {
+void createTavoJoinDetails() {
     constexpr auto method = "-[AppDelegate createTavoJoinDetails]";
     reportingExceptions(method, [&] {
         const Text body = readJoinParameterFile(method, slots().joinParametersTavoJoinFilePath);
@@ -57,16 +58,15 @@ void AppDelegate::createTavoJoinDetails() {
             return;
         log("%s : JoinParameters : \n%@", method, body);
         const std::string content = std::string(joinParameterHeader).append(*body);
-        platform::FileManager& files = *slots().tavoDirectoryManager;
-        if (files.exists(joinDetailsFile()))
-            files.remove(joinDetailsFile());
-        files.create(joinDetailsFile(), content);
+        if (files().exists(joinDetailsFile()))
+            files().remove(joinDetailsFile());
+        files().create(joinDetailsFile(), content);
         log("%s : tavojoindetails.conf created", method);
         log("%s : tavojoindetails : \n%@", method, content);
     });
 }
 
-void AppDelegate::rewriteJoinParameters() {
+void rewriteJoinParameters() {
     constexpr auto method = "-[AppDelegate applicationDidFinishLaunching:]";
     reportingExceptions(method, [&] {
         const JoinSessionDetails& details = session();
@@ -78,8 +78,8 @@ void AppDelegate::rewriteJoinParameters() {
                 details.key(), details.gatewayName(), details.defaultGatewayName(), details.emailID(),
                 details.webServerName(), details.tavoAppVersion(), details.joinAppVersion());
         log("%s : Joinparameters String : %@", method, content);
-        slots().tavoDirectoryManager->remove(parameterFile());
-        slots().tavoDirectoryManager->create(parameterFile(), content);
+        files().remove(parameterFile());
+        files().create(parameterFile(), content);
         log("%s : FirstTime parameter value has been changed to false.", method);
     });
 }

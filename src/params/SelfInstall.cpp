@@ -1,4 +1,5 @@
-#include "app/AppDelegate.h"
+#include "params/SelfInstall.h"
+
 #include "base/Locations.h"
 #include "base/Logging.h"
 #include "platform/FileManager.h"
@@ -34,10 +35,37 @@ Text deliveredFileOnVolume() {
     return found;
 }
 
+void storeDeliveredParameterFile(const std::string& runningFolder, bool runsFromApplications) {
+    std::string& delivered = slots().joinParametersTavoJoinFilePath;
+    delivered = appendingPathComponent(runningFolder, deliveredFileName);
+    if (!files().exists(delivered))
+        delivered = deliveredFileOnVolume().value_or(delivered);
+
+    if (!runsFromApplications && files().exists(parameterFile()))
+        log("%s : joinparameters.conf file removed in TavoMeetingNative folder : %hhd", method,
+            files().remove(parameterFile()));
+    if (files().exists(delivered) && files().copy(delivered, parameterFile()))
+        log("%s : joinparameters.conf file copied", method);
+}
+
+void installJoinCopies(const std::string& runningFolder, bool runsFromApplications) {
+    const std::string source = appendingPathComponent(runningFolder, "/Join.app");
+    const auto install = [&](const std::string& copy, bool mayReplace) {
+        return mayReplace && files().exists(copy) ? files().replace(source, copy)
+                                                  : files().copy(source, copy);
+    };
+    if (install(systemJoinCopy(), !runsFromApplications))
+        log("%s : Join.app file copied", method);
+    const bool runsFromHomeCopy = runningFolder == homeApplicationsFolder();
+    if (files().exists(homeApplicationsFolder()) &&
+        install(homeJoinCopy(), !runsFromApplications && !runsFromHomeCopy))
+        log("%s : Join.app file copied to users applications folder", method);
+}
+
 } // namespace
 
-void AppDelegate::copyCurrentJoinAppFile() {
-    reportingExceptions(method, [this] {
+void copyCurrentJoinAppFile() {
+    reportingExceptions(method, [] {
         const std::string folder = runningFolder();
         const std::string applications = platform::services().paths->localApplications();
         log("%s : Join App Path : %@", method, folder);
@@ -47,32 +75,10 @@ void AppDelegate::copyCurrentJoinAppFile() {
     });
 }
 
-void AppDelegate::storeDeliveredParameterFile(const std::string& runningFolder, bool runsFromApplications) {
-    platform::FileManager& files = *slots().tavoDirectoryManager;
-    std::string& delivered = slots().joinParametersTavoJoinFilePath;
-    delivered = appendingPathComponent(runningFolder, deliveredFileName);
-    if (!files.exists(delivered))
-        delivered = deliveredFileOnVolume().value_or(delivered);
-
-    if (!runsFromApplications && files.exists(parameterFile()))
-        log("%s : joinparameters.conf file removed in TavoMeetingNative folder : %hhd", method,
-            files.remove(parameterFile()));
-    if (files.exists(delivered) && files.copy(delivered, parameterFile()))
-        log("%s : joinparameters.conf file copied", method);
-}
-
-void AppDelegate::installJoinCopies(const std::string& runningFolder, bool runsFromApplications) {
-    platform::FileManager& files = *slots().tavoDirectoryManager;
-    const std::string source = appendingPathComponent(runningFolder, "/Join.app");
-    const auto install = [&](const std::string& copy, bool mayReplace) {
-        return mayReplace && files.exists(copy) ? files.replace(source, copy) : files.copy(source, copy);
-    };
-    if (install(systemJoinCopy(), !runsFromApplications))
-        log("%s : Join.app file copied", method);
-    const bool runsFromHomeCopy = runningFolder == homeApplicationsFolder();
-    if (files.exists(homeApplicationsFolder()) &&
-        install(homeJoinCopy(), !runsFromApplications && !runsFromHomeCopy))
-        log("%s : Join.app file copied to users applications folder", method);
+void removeJoinCopies() {
+    files().remove(systemJoinCopy());
+    if (files().exists(homeJoinCopy()))
+        files().remove(homeJoinCopy());
 }
 
 } // namespace join

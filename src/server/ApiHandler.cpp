@@ -83,6 +83,4 @@ bool ApiHandler::checkSessionApi() {
     }
 }
 
-void ApiHandler::forgetInstance() { apiObj.reset(); }
-
 } // namespace join

@@ -11,10 +11,6 @@ public:
     /// Sends the session check and writes the answer into the session state; blocks until it has ended. True
     /// when an answer with status 200 was received and walked.
     bool checkSessionApi();
-
-private:
-    friend void emptyProcessSlots();
-    static void forgetInstance();
 };
 
 } // namespace join

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 namespace join {
+
+/// How long Join waits before it tries again.
+inline constexpr std::chrono::seconds pauseBetweenAttempts{3};
 
 /// What a failed download of the agent image leads to.
 struct DownloadRetry {

@@ -42,25 +42,25 @@ const std::string& textOf(std::string_view name, const Value& value) {
 }
 
 void applyUpdateNeeded(const platform::Member& member, JoinSessionDetails& details) {
-    details.setIsUpdateNeeded(truthOf(member.name, member.value));
+    details.isUpdateNeeded.set(truthOf(member.name, member.value));
 }
 
 void applyAwsUrl(const platform::Member& member, JoinSessionDetails& details) {
     if (const std::string& url = textOf(member.name, member.value); !url.empty()) {
-        details.setAwsUrl(url);
-        details.setIsAwsAvailable(true);
+        details.awsUrl.set(url);
+        details.isAwsAvailable.set(true);
     }
 }
 
 void applyAwsServer(const platform::Member& member, JoinSessionDetails& details) {
     const std::string* server = member.value.text();
-    details.setAwsServer(server ? Text(*server) : std::nullopt);
+    details.awsServer.set(server ? Text(*server) : std::nullopt);
 }
 
 void applyCdnLink(const platform::Member& member, JoinSessionDetails& details) {
     if (const std::string& link = textOf(member.name, member.value); !link.empty()) {
-        details.setCdnUrl(link);
-        details.setIsCdnAvailable(true);
+        details.cdnUrl.set(link);
+        details.isCdnAvailable.set(true);
     }
 }
 

@@ -12,7 +12,7 @@ public:
     Atomic() = default;
     explicit Atomic(Value value) : value_(std::move(value)) {}
 
-    Value get() const {
+    Value operator()() const {
         const std::scoped_lock lock(mutex_);
         return value_;
     }

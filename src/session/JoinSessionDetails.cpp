@@ -6,6 +6,7 @@
 #include "platform/Exception.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
+#include "session/ProcessSlots.h"
 
 #include <memory>
 #include <mutex>
@@ -17,7 +18,6 @@ namespace {
 constexpr std::size_t meetingKeyLength = 10;
 
 std::mutex creationLock;
-std::unique_ptr<JoinSessionDetails> joinInfo;
 
 } // namespace
 
@@ -36,6 +36,7 @@ JoinSessionDetails* JoinSessionDetails::getInstance() {
     constexpr auto method = "+[JoinSessionDetails getInstance]";
     try {
         const std::scoped_lock lock(creationLock);
+        auto& joinInfo = slots().joinInfo;
         if (!joinInfo) {
             joinInfo = std::make_unique<JoinSessionDetails>();
             log("%s : Update Info Object Allocated", method);
@@ -51,20 +52,32 @@ void JoinSessionDetails::setDefaultValues() {
     constexpr auto method = "+[JoinSessionDetails setDefaultValues]";
     try {
         log("%s : Setting default values ...", method);
-        session().setWebServerName(std::string(defaultWebServerHost));
-        session().setIsCrashDetectorDownloadStarted(false);
-        session().setIsCrashDetectorLaunched(false);
-        session().setIsAwsAvailable(false);
-        session().setIsCdnAvailable(false);
-        session().setRetryCounter(0);
-        session().setLocalTavoAppVersion("0");
-        session().setLocalJoinAppVersion("0");
-        session().setCrashDetectorAppVersion("0");
-        session().setIsUpdateNeeded(true);
+        session().webServerName.set(std::string(defaultWebServerHost));
+        session().isCrashDetectorDownloadStarted.set(false);
+        session().isCrashDetectorLaunched.set(false);
+        session().isAwsAvailable.set(false);
+        session().isCdnAvailable.set(false);
+        session().retryCounter.set(0);
+        session().localTavoAppVersion.set("0");
+        session().localJoinAppVersion.set("0");
+        session().crashDetectorAppVersion.set("0");
+        session().isUpdateNeeded.set(true);
         log("%s : Default values are set", method);
     } catch (const std::exception& exception) {
         logExceptionBanner(method, exception);
     }
+}
+
+void JoinSessionDetails::setJoinTypeOf(JoinRun run) {
+    if (sessionType() == SessionType::remoteSupport)
+        joinType.set(run == JoinRun::first ? JoinType::firstRemoteSupport : JoinType::remoteSupport);
+    else if (sessionType() == SessionType::meeting)
+        joinType.set(run == JoinRun::first ? JoinType::firstMeeting : JoinType::meeting);
+}
+
+void JoinSessionDetails::nameGuest() {
+    if (const Text known = emailID(); !isFilled(known) || *known == absentText)
+        emailID.set("Guest");
 }
 
 void JoinSessionDetails::launchApplicationWith(const std::string& bundlePath, const std::string& directory) {
@@ -78,8 +91,6 @@ void JoinSessionDetails::launchApplicationWith(const std::string& bundlePath, co
         logExceptionBanner(method, exception);
     }
 }
-
-void JoinSessionDetails::forgetInstance() { joinInfo.reset(); }
 
 JoinSessionDetails& session() {
     JoinSessionDetails* const instance = JoinSessionDetails::getInstance();

@@ -1,5 +1,10 @@
 #pragma once
 
+#include "base/Text.h"
+#include "platform/Timers.h"
+#include "session/JoinSessionDetails.h"
+
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -7,40 +12,31 @@ namespace join {
 
 namespace platform {
 class FileManager;
-class Timer;
 } // namespace platform
 
-class ErrorWindow;
-class JoinDMGDownloader;
-class TavoDMGDownloader;
-class TavoJoinMainWindowHandler;
-class TavoJoinWindowHandler;
-
-/// What the delegate's module holds for the whole run. Main thread only.
+/// What every part of the join shares for the whole run; the windows and the downloads are the delegate's.
+/// Main thread only, but for the session's state.
 struct ProcessSlots {
-    ProcessSlots();
-    ~ProcessSlots();
-    ProcessSlots(ProcessSlots&& other) noexcept;
-    ProcessSlots& operator=(ProcessSlots&& other) noexcept;
-
-    bool launchApp = false;                                    ///< a launch URL has been handled in this run
-    std::unique_ptr<ErrorWindow> errorWindow;                  ///< only on an unsupported system
-    std::string tavoJoinLogFolder;                             ///< the Join log folder
-    platform::FileManager* tavoDirectoryManager = nullptr;     ///< shared, used for every file operation
-    std::unique_ptr<platform::Timer> loggingTimer;             ///< the log rotation timer
-    std::string tavoMeetingNativeFolder;                       ///< the support folder
-    std::unique_ptr<TavoJoinWindowHandler> tavoJoinWindow;     ///< the progress window
-    std::unique_ptr<TavoJoinMainWindowHandler> joinMainWindow; ///< the key and e-mail window
-    std::unique_ptr<TavoDMGDownloader> tavoDmgDownloader;
-    std::unique_ptr<JoinDMGDownloader> joinDmgDownloader;
-    std::string joinParametersTavoJoinFilePath; ///< the delivered join parameter file
+    bool launchApp = false;                                ///< a launch URL has been handled in this run
+    std::string tavoJoinLogFolder;                         ///< the Join log folder
+    platform::FileManager* tavoDirectoryManager = nullptr; ///< shared, used for every file operation
+    std::unique_ptr<platform::Timer> loggingTimer;         ///< the log rotation timer
+    std::string tavoMeetingNativeFolder;                   ///< the support folder
+    std::string joinParametersTavoJoinFilePath;            ///< the delivered join parameter file
+    std::unique_ptr<JoinSessionDetails> joinInfo;          ///< by JoinSessionDetails::getInstance()
+    Text jsonData;                         ///< the milestones of this run as JSON; absent before the first
+    std::int32_t logFileNameCount = 0;     ///< the highest generation that the next log rotation writes
+    std::int32_t copyCounter = 0;          ///< how often the agent has been copied and launched
+    std::int32_t joinDownloadFailures = 0; ///< of the Join app's own image
 };
 
 /// The one set of slots of this process.
-ProcessSlots& slots();
+inline ProcessSlots& slots() {
+    static ProcessSlots instance;
+    return instance;
+}
 
-/// Empties these slots and those of every other module, the singletons included. For tests, which each start
-/// anew.
-void emptyProcessSlots();
+/// The file manager that every file operation goes through.
+inline platform::FileManager& files() { return *slots().tavoDirectoryManager; }
 
 } // namespace join

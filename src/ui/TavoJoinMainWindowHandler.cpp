@@ -108,8 +108,8 @@ void TavoJoinMainWindowHandler::joinButtonAction() {
 }
 
 void TavoJoinMainWindowHandler::joinWith(const std::string& key, const std::string& email) {
-    session().setKey(key);
-    session().setEmailID(email);
+    session().key.set(key);
+    session().emailID.set(email);
     log("%s : Key : %@ Email : %@", "-[TavoJoinMainWindowHandler joinButtonAction:]", key, email);
     keyInputTextfield().setStringValue("");
     if (!isKeyValid(key)) {

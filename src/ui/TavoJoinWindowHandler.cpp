@@ -49,6 +49,8 @@ void TavoJoinWindowHandler::showProblem() {
 }
 
 void TavoJoinWindowHandler::closeWindow() {
+    if (!isVisible())
+        return;
     orderOut();
     log("%s : TavoJoinWindowHandler.closeWindow() called!", "-[TavoJoinWindowHandler closeWindow]");
 }

@@ -21,7 +21,7 @@ public:
     /// Says that the session could not be joined, and that nothing goes on any more.
     void showProblem();
 
-    /// Takes the window off the screen; the program goes on.
+    /// Takes the window off the screen, if it is there; the program goes on.
     void closeWindow();
 
     /// Takes the window off the screen and quits. Never returns to its caller.

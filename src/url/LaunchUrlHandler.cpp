@@ -1,9 +1,7 @@
-#include "app/AppDelegate.h"
+#include "url/LaunchUrlHandler.h"
+
 #include "base/Logging.h"
 #include "session/JoinSessionDetails.h"
-#include "session/ProcessSlots.h"
-#include "ui/TavoJoinMainWindowHandler.h"
-#include "ui/TavoJoinWindowHandler.h"
 #include "url/LaunchUrl.h"
 
 #include <array>
@@ -38,56 +36,56 @@ std::string trimmed(std::string_view value) { return std::string(trimBlanks(valu
 struct Row {
     std::string_view name;
     std::string_view otherName;
-    void (Details::*set)(Text);
+    Atomic<Text> Details::*property;
 };
 
 void apply(const Row& row, const LaunchUrlParameters& parameters) {
     if (const auto value = valueOf(parameters, row.name, row.otherName); isUsable(value))
-        (session().*row.set)(trimmed(*value));
+        (session().*row.property).set(trimmed(*value));
 }
 
 void applyGateway(const LaunchUrlParameters& parameters) {
-    apply({"gwn", {}, &Details::setGatewayName}, parameters);
+    apply({"gwn", {}, &Details::gatewayName}, parameters);
     if (const auto number = valueOf(parameters, "gatewayhost"); isUsable(number))
-        session().setGatewayName(formatted("gw%@", trimmed(*number)));
-    apply({"gwn1", {}, &Details::setDefaultGatewayName}, parameters);
+        session().gatewayName.set(formatted("gw%@", trimmed(*number)));
+    apply({"gwn1", {}, &Details::defaultGatewayName}, parameters);
 }
 
 void applyVersions(const LaunchUrlParameters& parameters) {
     if (const auto version = valueOf(parameters, "tav"); isUsable(version)) {
-        session().setTavoAppVersion(trimmed(*version));
+        session().tavoAppVersion.set(trimmed(*version));
         log("%s : ###Latest Tavo app Version (tav) : %@", method, *version);
     }
     if (const auto version = valueOf(parameters, "jav"); isUsable(version)) {
-        session().setJoinAppVersion(trimmed(*version));
+        session().joinAppVersion.set(trimmed(*version));
         log("%s : ###Latest Join app Version (jav) : %@", method, *version);
     }
     if (const auto version = valueOf(parameters, "cav"); isUsable(version)) {
-        session().setCrashDetectorAppVersion(trimmed(*version));
+        session().crashDetectorAppVersion.set(trimmed(*version));
         log("%s : ###Latest Crash Detector app Version (cav) : %@", method, *version);
     }
 }
 
 void applyPerSessionValues(const LaunchUrlParameters& parameters) {
     constexpr std::array<Row, 5> rows = {{
-        {"vid", "viewerid", &Details::setViewerId},
-        {"rcoi", "rolechangeoninit", &Details::setRoleChangeOnInit},
-        {"fti", {}, &Details::setFirstTimeInstall},
-        {"authkey", {}, &Details::setAuthkey},
-        {"group", {}, &Details::setGroup},
+        {"vid", "viewerid", &Details::viewerId},
+        {"rcoi", "rolechangeoninit", &Details::roleChangeOnInit},
+        {"fti", {}, &Details::firstTimeInstall},
+        {"authkey", {}, &Details::authkey},
+        {"group", {}, &Details::group},
     }};
     for (const Row& row : rows)
         apply(row, parameters);
-    session().setIsDemoMode(valueOf(parameters, "demo") == "true" ? "true" : "false");
-    session().setIsDemoTech(valueOf(parameters, "isDemoTech") == "true" ? "true" : "false");
+    session().isDemoMode.set(valueOf(parameters, "demo") == "true" ? "true" : "false");
+    session().isDemoTech.set(valueOf(parameters, "isDemoTech") == "true" ? "true" : "false");
 }
 
 /// Everything but the key.
 void applyParameters(const LaunchUrlParameters& parameters) {
     const auto email = valueOf(parameters, "e", "email");
-    session().setEmailID(isUsable(email) ? trimmed(*email) : "Guest");
+    session().emailID.set(isUsable(email) ? trimmed(*email) : "Guest");
     applyGateway(parameters);
-    apply({"wsn", "web_server", &Details::setWebServerName}, parameters);
+    apply({"wsn", "web_server", &Details::webServerName}, parameters);
     applyVersions(parameters);
     applyPerSessionValues(parameters);
 }
@@ -112,42 +110,21 @@ LaunchUrl parseAndLog(std::string_view url) {
 
 } // namespace
 
-void AppDelegate::handleGetURLEvent(const std::string& url) {
-    reportingExceptions(method, [&] {
-        slots().launchApp = true;
-        if (!slots().tavoJoinWindow) {
-            log("%s : Launch URL ignored: nothing is prepared on a system that is not supported", method);
-            return;
-        }
-        loggingFile();
-        startLoggingTimer();
-        const std::string text = launchUrlText(url);
-        log("%s : Received Launch App Url : %@", method, text);
-        if (text.size() != url.size())
-            log("%s : Control characters or bytes that are not UTF-8 in the URL are percent-encoded", method);
-        const LaunchUrl launchUrl = parseAndLog(text);
-        applyParameters(launchUrl.parameters);
+bool applyLaunchUrl(const std::string& url) {
+    const std::string text = launchUrlText(url);
+    log("%s : Received Launch App Url : %@", method, text);
+    if (text.size() != url.size())
+        log("%s : Control characters or bytes that are not UTF-8 in the URL are percent-encoded", method);
+    const LaunchUrl launchUrl = parseAndLog(text);
+    applyParameters(launchUrl.parameters);
 
-        const auto key = valueOf(launchUrl.parameters, "k", "sessionId");
-        if (!isUsable(key)) {
-            log("%s : Key not received in launchapp!", method);
-            if (slots().tavoJoinWindow->isVisible())
-                slots().tavoJoinWindow->closeWindow();
-            slots().joinMainWindow->showWindowAskingForValidKey();
-            return;
-        }
-        session().setKey(trimmed(*key));
-        if (const auto sessionType = sessionTypeForKey(*key))
-            session().setSessionType(*sessionType);
-        if (slots().joinMainWindow->isVisible())
-            slots().joinMainWindow->close();
-        slots().tavoJoinWindow->showProgress();
-        slots().tavoJoinWindow->showWindow();
-        log("%s : Modify join details by Launch App", method);
-        modifyJoinDetails();
-        joinAppVersionCheck();
-        log("%s : Join app version check method called!!", method);
-    });
+    const auto key = valueOf(launchUrl.parameters, "k", "sessionId");
+    if (!isUsable(key))
+        return false;
+    session().key.set(trimmed(*key));
+    if (const auto sessionType = sessionTypeForKey(*key))
+        session().sessionType.set(*sessionType);
+    return true;
 }
 
 } // namespace join

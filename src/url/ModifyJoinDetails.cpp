@@ -1,4 +1,5 @@
-#include "app/AppDelegate.h"
+#include "url/ModifyJoinDetails.h"
+
 #include "base/Locations.h"
 #include "base/Logging.h"
 #include "params/JoinParameterFile.h"
@@ -15,7 +16,7 @@ constexpr auto method = "-[AppDelegate modifyJoinDetails]";
 
 void createJoinDetails(const std::string& path, const JoinSessionDetails& details) {
     log("%s : tavojoindetails.conf file not available in TavoMeetingNative folder", method);
-    if (slots().tavoDirectoryManager->create(path, freshJoinDetails(details)))
+    if (files().create(path, freshJoinDetails(details)))
         log("%s : tavojoindetails.conf file has been created by join url parameters. ", method);
     else
         log("%s : Unable to create tavojoindetails.conf file", method);
@@ -35,13 +36,12 @@ void logAddedValues(const JoinSessionDetails& details) {
 
 } // namespace
 
-void AppDelegate::modifyJoinDetails() {
+void modifyJoinDetails() {
     reportingExceptions(method, [&] {
         log("%s : Modify joindetails called!", method);
         JoinSessionDetails& details = session();
-        platform::FileManager& files = *slots().tavoDirectoryManager;
         const std::string path = joinDetailsFile();
-        if (!files.exists(path)) {
+        if (!files().exists(path)) {
             createJoinDetails(path, details);
             return;
         }
@@ -52,15 +52,14 @@ void AppDelegate::modifyJoinDetails() {
             log("%s : Role Change Init : %@", method, piece);
         logAddedValues(details);
 
-        if (const Text emailID = details.emailID(); !isFilled(emailID) || *emailID == absentText)
-            details.setEmailID("Guest");
+        details.nameGuest();
         log("%s : Key : %@ email : %@ ", method, details.key(), details.emailID());
         if (!details.key())
             return;
         const std::string text = updatedJoinDetails(old, details);
         log("%s : Join Details : %@", method, text);
-        files.remove(path);
-        if (!files.create(path, text))
+        files().remove(path);
+        if (!files().create(path, text))
             log("%s : Unable to create tavojoindetails.conf file", method);
         log("%s : Joindetails file has been modified by join url parameters. ", method);
     });

@@ -1,6 +1,4 @@
 #include "support/LogicTest.h"
-#include "ui/ErrorWindow.h"
-#include "ui/TavoJoinWindowHandler.h"
 
 namespace join::test {
 
@@ -43,8 +41,8 @@ TEST_F(StartUp, ShowsOnlyTheErrorWindowBefore10_9) {
     for (const auto& [version, supported] : cases) {
         application.version = version;
         prepared();
-        EXPECT_EQ(slots().errorWindow == nullptr, supported) << version.major << '.' << version.minor;
-        EXPECT_EQ(slots().tavoJoinWindow != nullptr, supported);
+        EXPECT_EQ(delegate.errorWindow == nullptr, supported) << version.major << '.' << version.minor;
+        EXPECT_EQ(delegate.tavoJoinWindow != nullptr, supported);
         EXPECT_EQ(timers.running(), supported ? 1U : 0U);
         EXPECT_EQ(files.exists("/home"), supported);
         delegate.applicationDidFinishLaunching();

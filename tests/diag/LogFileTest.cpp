@@ -41,7 +41,7 @@ TEST_F(LogFile, ARunOverwritesOldGenerationsOnlyAsFarAsItHasRotated) {
 TEST_F(LogFile, AGapMovesUpAndTwelveRotationsLeaveElevenGenerations) {
     for (int rotation = 1; rotation <= 12; ++rotation) {
         rotate(std::to_string(rotation));
-        EXPECT_EQ(logFileNameCount, std::min(rotation, 10));
+        EXPECT_EQ(slots().logFileNameCount, std::min(rotation, 10));
         if (rotation == 5)
             files.remove(generation(3));
     }

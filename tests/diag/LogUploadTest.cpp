@@ -1,4 +1,4 @@
-#include "diag/LogUpload.h"
+#include "diag/DiagnosticTasks.h"
 #include "platform/Services.h"
 #include "support/LogicTest.h"
 
@@ -8,8 +8,8 @@ class LogUpload : public LogicTest {
 protected:
     void SetUp() override {
         prepared();
-        session().setWebServerName("host");
-        session().setKey("123456789");
+        session().webServerName.set("host");
+        session().key.set("123456789");
         tasks.statusOf = [this](const platform::Program& tool) {
             if (tool.path == "/usr/bin/zip" && zipStatus == 0)
                 files.put(archive, "PK\r\n--");
@@ -87,15 +87,15 @@ TEST_F(LogUpload, ItsFlagSaysWhetherAnEarlierUploadWasOpened) {
     mainQueue.turn();
     http.refusesConnections = false;
     upload();
-    EXPECT_EQ(logUpload().response, "true");
+    EXPECT_EQ(delegate.logUpload->slots().response, "true");
     upload();
     EXPECT_EQ(dumps(), (Journal{"run /usr/sbin/scselect in / false", "run /usr/sbin/scselect in / false",
                                 "run /usr/sbin/scselect in / true"}));
-    EXPECT_EQ(logUpload().connections.size(), 2U); // the one that was replaced goes on
+    EXPECT_EQ(delegate.logUpload->slots().connections.size(), 2U); // the one that was replaced goes on
 }
 
 TEST_F(LogUpload, ACommentThatSaysNothingIsReplaced) {
-    session().setKey(std::nullopt);
+    session().key.set(std::nullopt);
     zipStatus = 12;
     for (const Text& comment : {Text(), Text(""), Text("(null)")})
         EXPECT_EQ(bodyOf(upload(comment)),
@@ -148,7 +148,7 @@ TEST_F(LogUpload, OnlyTheWholeBodySaysSuccess) {
         connection.connectionDidFinishLoading();
         EXPECT_EQ(said(method), (Journal{formatted("Succeeded! Received %lu bytes of data", size),
                                          "Received data " + read, outcome}));
-        EXPECT_EQ(logUpload().connections.size(), 1U); // those before have gone
+        EXPECT_EQ(delegate.logUpload->slots().connections.size(), 1U); // those before have gone
     }
 }
 
@@ -158,12 +158,12 @@ TEST_F(LogUpload, AFailureIsLoggedAndForgetsTheConnection) {
     EXPECT_EQ(
         said("-[AppDelegate connection:didFailWithError:]"),
         Journal{"Join Log send NSURLConnection failed! Error - reset https://host/api/v1/send_log_mail"});
-    EXPECT_EQ(logUpload().theConnection, nullptr);
-    EXPECT_EQ(logUpload().receivedData, std::nullopt);
+    EXPECT_EQ(delegate.logUpload->slots().theConnection, nullptr);
+    EXPECT_EQ(delegate.logUpload->slots().receivedData, std::nullopt);
 }
 
 TEST_F(LogUpload, AMilestoneOnlyDumpsTheNetworkLocations) {
-    delegate.joinFeatureTrackTask("Tavo app launched");
+    joinFeatureTrackTask("Tavo app launched");
     EXPECT_EQ(
         journal,
         (Journal{"run /usr/sbin/scselect in /",

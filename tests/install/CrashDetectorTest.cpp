@@ -1,3 +1,4 @@
+#include "install/InstalledPrograms.h"
 #include "support/LogicTest.h"
 
 namespace join::test {
@@ -38,7 +39,7 @@ TEST_F(CrashDetector, AMissingOneComesWithTheAgentImageAndTheJoinAppStays) {
     EXPECT_EQ(agentDownloads(), 1);
     EXPECT_EQ(said("-[AppDelegate downloadCrashDetector]"),
               Journal{"CrashDetector is not available. Download crash detector Mount from tavoDmg file"});
-    session().setIsCrashDetectorDownloadStarted(true);
+    session().isCrashDetectorDownloadStarted.set(true);
     delegate.crashDetectorLaunch();
     files.put(support + "TavoCrashDetectorMac.dmg", "image");
     EXPECT_THROW(delegate.crashDetectorLaunch(), Terminated); // even when the image brings none
@@ -47,10 +48,10 @@ TEST_F(CrashDetector, AMissingOneComesWithTheAgentImageAndTheJoinAppStays) {
 }
 
 TEST_F(CrashDetector, AnOlderOneIsRemovedAndAMissingOneNotSpokenOf) {
-    delegate.deleteOlderCrashDetector();
+    deleteOlderCrashDetector();
     EXPECT_EQ(journal, Journal{});
     installCrashDetector("1");
-    delegate.deleteOlderCrashDetector();
+    deleteOlderCrashDetector();
     EXPECT_EQ(
         journal,
         (Journal{"remove " + crashDetector,

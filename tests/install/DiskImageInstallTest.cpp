@@ -1,17 +1,14 @@
 #include "support/LogicTest.h"
 
-#include "install/JoinDMGDownloader.h"
-#include "install/TavoDMGDownloader.h"
-
 namespace join::test {
 
 class DiskImageInstall : public LogicTest {
 protected:
     void SetUp() override {
         prepared();
-        session().setWebServerName("host");
-        session().setKey("123456789");
-        session().setEmailID("ann@example.org");
+        session().webServerName.set("host");
+        session().key.set("123456789");
+        session().emailID.set("ann@example.org");
         tasks.statusOf = [this](const platform::Program& tool) { return runDiskImageTool(tool.arguments); };
     }
 
@@ -37,7 +34,7 @@ protected:
     }
 
     void downloadAgentImage() {
-        slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+        delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
         finishDownload();
     }
 
@@ -51,7 +48,7 @@ protected:
 };
 
 TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnds) {
-    session().setRetryCounter(3);
+    session().retryCounter.set(3);
     EXPECT_THROW(downloadAgentImage(), Terminated);
     EXPECT_TRUE(happenedInOrder(
         journal,
@@ -92,7 +89,7 @@ TEST_F(DiskImageInstall, AVolumeThatAnEarlierRunLeftBehindIsTakenAwayFirst) {
 
 TEST_F(DiskImageInstall, AnImageThatCannotBeMountedStartsNothingAndTheUserIsTold) {
     mountStatus = 1;
-    session().setRetryCounter(2);
+    session().retryCounter.set(2);
     downloadAgentImage();
     EXPECT_TRUE(happenedInOrder(
         journal, {"log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 1",
@@ -118,7 +115,7 @@ TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) 
                               [&](const Text& comment) { comments.push_back(comment.value_or("")); });
     for (const int calls : {3, 6}) {
         downloadAgentImage();
-        EXPECT_EQ(copyCounter, calls);
+        EXPECT_EQ(slots().copyCounter, calls);
         EXPECT_EQ(countBeginningWith(journal, "infoLabel: [PROBLEM_OCCURED]"), 2);
     }
     EXPECT_EQ(comments, Journal{"Tavo.app Copy file Failed"});
@@ -126,7 +123,7 @@ TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) 
     mountStatus = 0; // the copy succeeds, and the agent is started as a child process instead
     bundles.versions[agent] = "1";
     EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_EQ(copyCounter, 7);
+    EXPECT_EQ(slots().copyCounter, 7);
     EXPECT_TRUE(happenedInOrder(journal, {"start " + agent + "/main in " + support}));
 }
 
@@ -134,13 +131,13 @@ TEST_F(DiskImageInstall, TheStartWaitsForATurnOfTheLoopAndReadsTheSourceThen) {
     files.put("/System/Library/CoreServices/SystemVersion.plist",
               "<plist version=\"1.0\"><dict><key>ProductName</key><string>Debian GNU/Linux</string>"
               "<key>ProductVersion</key><string>12</string></dict></plist>");
-    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
-    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
-    session().setCdnUrl("cdn");
-    session().setIsCdnAvailable(true);
+    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    session().cdnUrl.set("cdn");
+    session().isCdnAvailable.set(true);
     EXPECT_TRUE(http.downloads.empty());
     EXPECT_EQ(agentDownloads(), 1);
-    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
     EXPECT_EQ(agentDownloads(), 1);
     const std::string busy = "TavoMac.dmg is being downloaded already";
     EXPECT_EQ(said("-[TavoDMGDownloader startDownLoadingTavoMacDmg]"), Journal(2, busy));
@@ -159,7 +156,7 @@ TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
     files.putFolder("/Applications");
     files.put(homeJoin + "/old", "old"); // a copy that is in the way is left alone
     installAgent("1");
-    slots().joinDmgDownloader->startDownLoadingJoinMacDmg();
+    delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
     finishDownload();
     EXPECT_EQ(http.downloads.back().first.url,
               "https://host/join-session?key=123456789&role=agent&email=ann@example.org");
@@ -184,7 +181,7 @@ TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {
     notifications.addObserver("SendJoinLog",
                               [&](const Text& comment) { comments.push_back(comment.value_or("")); });
     for (int time = 0; time < 2; ++time) {
-        slots().joinDmgDownloader->startDownLoadingJoinMacDmg();
+        delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
         mainQueue.turn();
         http.downloads.back().second->downloadDidFail({"refused", "https://host/"});
     }

@@ -1,3 +1,5 @@
+#include "params/JoinParameters.h"
+
 #include "support/LogicTest.h"
 
 namespace join::test {
@@ -10,10 +12,10 @@ protected:
     }
     void setOldState() {
         prepared();
-        session().setKey("old12345");
-        session().setEmailID("e");
-        session().setGatewayName("g");
-        session().setSessionType(7);
+        session().key.set("old12345");
+        session().emailID.set("e");
+        session().gatewayName.set("g");
+        session().sessionType.set(7);
     }
 };
 
@@ -36,7 +38,7 @@ TEST_F(JoinParameters, AnItemIsTakenByTheFirstNameItBeginsWith) {
     for (const auto& [body, expected] : cases) {
         setOldState();
         files.put(parameters, "another header_\xC3\xA4\n" + body);
-        delegate.readJoinParameters();
+        readJoinParameters();
         EXPECT_EQ(state(), expected) << body;
         EXPECT_EQ(said("-[AppDelegate readJoinParameters]"),
                   (Journal{"Read join parameters called.", "Join Parameters Path : " + parameters,
@@ -46,11 +48,11 @@ TEST_F(JoinParameters, AnItemIsTakenByTheFirstNameItBeginsWith) {
 
 TEST_F(JoinParameters, EveryOtherNameHasItsField) {
     prepared();
-    session().setKey("123456789"); // from elsewhere: any item makes the kind of session follow it
+    session().key.set("123456789"); // from elsewhere: any item makes the kind of session follow it
     files.put(parameters, header + "&webServerName=1&tavoAppVersion=2&joinAppVersion=3&role_change_on_init=4"
                                    "&first_time_install=5&isConfirmationNeeded=6&viewer_id=7&isDemoMode=8"
                                    "&isDemoTech=9&group=10&crashDetectorAppVersion=11&authkey=12&");
-    delegate.readJoinParameters();
+    readJoinParameters();
     const JoinSessionDetails& details = session();
     const Text values[] = {details.webServerName(),
                            details.tavoAppVersion(),
@@ -80,7 +82,7 @@ TEST_F(JoinParameters, AFileWithoutAReadableBodyChangesNothing) {
         EXPECT_FALSE(delegate.firstTimeCheck());
         EXPECT_EQ(state(), "old12345,e,g,(null),(null),7") << bytes;
         slots().joinParametersTavoJoinFilePath = parameters;
-        delegate.createTavoJoinDetails();
+        createTavoJoinDetails();
         EXPECT_FALSE(files.exists(joinDetails));
     }
 }
@@ -91,7 +93,7 @@ TEST_F(JoinParameters, TheDetailsFileOfAFirstRunIsTheDeliveredBodyByteForByte) {
     const std::string body = "&key=1&authToken=\xC3\xA4 \r\n&&last";
     files.put("/v/.joinparameters", std::string(17, '#') + body);
     files.put(joinDetails, "a longer one of an earlier session" + body + body);
-    delegate.createTavoJoinDetails();
+    createTavoJoinDetails();
     EXPECT_EQ(files.read(joinDetails), header + body);
     EXPECT_TRUE(happenedInOrder(journal, {"remove " + joinDetails, "create " + joinDetails}));
 }

@@ -1,3 +1,5 @@
+#include "params/SelfInstall.h"
+
 #include "support/LogicTest.h"
 
 namespace join::test {
@@ -13,7 +15,7 @@ protected:
         prepared();
         putJoin(folder);
         application.bundle = folder + "/Join.app";
-        delegate.copyCurrentJoinAppFile();
+        copyCurrentJoinAppFile();
         return {files.read(parameters).value_or("none"),
                 files.read("/Applications/Join.app/Info").value_or("none"),
                 files.read(homeJoin + "/Info").value_or("none")};

@@ -16,9 +16,9 @@ class SessionCheck : public LogicTest {
 protected:
     bool answer(platform::HttpReply reply) {
         prepared();
-        session().setWebServerName("host");
-        session().setKey("a&b c");
-        session().setLocalTavoAppVersion("(null)");
+        session().webServerName.set("host");
+        session().key.set("a&b c");
+        session().localTavoAppVersion.set("(null)");
         http.expect(url, std::move(reply));
         return ApiHandler::getInstance()->checkSessionApi();
     }

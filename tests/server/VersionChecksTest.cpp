@@ -1,4 +1,3 @@
-#include "install/TavoDMGDownloader.h"
 #include "support/LogicTest.h"
 #include "support/MachOImage.h"
 
@@ -8,8 +7,8 @@ class VersionChecks : public LogicTest {
 protected:
     void SetUp() override {
         prepared();
-        session().setWebServerName("host");
-        session().setKey("123456789");
+        session().webServerName.set("host");
+        session().key.set("123456789");
     }
     const std::string joinCheck = "-[AppDelegate joinAppVersionCheck]";
     const std::string agentCheck = "-[AppDelegate tavoAppVersionCheck]";
@@ -22,7 +21,7 @@ TEST_F(VersionChecks, AnyOtherJoinVersionRemovesBothCopiesAndDownloadsTheImage) 
         if (!local)
             bundles.versions.clear();
         files.putFolder(homeJoin);
-        session().setJoinAppVersion("2.0.0");
+        session().joinAppVersion.set("2.0.0");
         slots().launchApp = true;
         delegate.joinAppVersionCheck();
         EXPECT_TRUE(happenedInOrder(journal, {"remove /Applications/Join.app", "remove " + homeJoin}));
@@ -73,8 +72,8 @@ TEST_F(VersionChecks, AFailedSessionCheckFetchesTheAgentAnew) {
 
 TEST_F(VersionChecks, TheKindOfJoinFollowsTheKindOfSession) {
     for (const auto& [sessionType, joinType] : {std::pair(1, 2), std::pair(0, 3), std::pair(2, 9)}) {
-        session().setSessionType(sessionType);
-        session().setJoinType(9);
+        session().sessionType.set(sessionType);
+        session().joinType.set(9);
         expectSessionCheck("0", "");
         delegate.tavoAppVersionCheck();
         EXPECT_EQ(session().joinType(), joinType);
@@ -112,7 +111,7 @@ TEST_F(VersionChecks, TheCrashDetectorIsOutdatedUnlessItsEmbeddedVersionIsTheAnn
     };
     for (const auto& [executable, announced, outdated, announcedAfter] : cases) {
         files.put(crashDetector, executable);
-        session().setCrashDetectorAppVersion(announced);
+        session().crashDetectorAppVersion.set(announced);
         EXPECT_EQ(delegate.isCrashDetectorUpdateNeeded(), outdated) << announced.value_or("absent");
         EXPECT_EQ(session().crashDetectorAppVersion(), announcedAfter);
     }
@@ -122,13 +121,13 @@ TEST_F(VersionChecks, TheCrashDetectorIsOutdatedUnlessItsEmbeddedVersionIsTheAnn
 }
 
 TEST_F(VersionChecks, SevenFailuresInARowEndTheDownload) {
-    session().setCdnUrl("cdn");
-    session().setIsCdnAvailable(true);
-    session().setIsAwsAvailable(true);
+    session().cdnUrl.set("cdn");
+    session().isCdnAvailable.set(true);
+    session().isAwsAvailable.set(true);
     Journal comments;
     notifications.addObserver("SendJoinLog",
                               [&](const Text& comment) { comments.push_back(comment.value_or("")); });
-    slots().tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
     for (int failure = 1; failure <= 7; ++failure) {
         mainQueue.turn();
         EXPECT_EQ(http.downloads.back().first.url,

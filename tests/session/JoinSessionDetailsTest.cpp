@@ -16,10 +16,10 @@ std::string banner(const std::string& description) {
 }
 
 TEST_F(SessionState, DefaultsTouchNothingButTheirOwnFields) {
-    session().setKey("123");
-    session().setSessionType(1);
-    session().setRetryCounter(5);
-    session().setIsUpdateNeeded(false);
+    session().key.set("123");
+    session().sessionType.set(1);
+    session().retryCounter.set(5);
+    session().isUpdateNeeded.set(false);
     JoinSessionDetails::setDefaultValues();
     const JoinSessionDetails& details = session();
     EXPECT_FALSE(details.webServerName().value_or("").empty());
@@ -42,7 +42,7 @@ TEST_F(SessionState, ALineThatCannotBeLoggedGivesABannerAndNothingElse) {
     EXPECT_EQ(JoinSessionDetails::getInstance(), nullptr);
     EXPECT_EQ(said(creation), Journal{banner("the log is full")});
     for (const char* line : {"Setting default values ...", "Update Info Object Allocated"}) {
-        emptyProcessSlots();
+        slots() = {};
         logSink.throwsOnceOn = line;
         JoinSessionDetails::setDefaultValues();
         EXPECT_EQ(session().webServerName(), std::nullopt) << line;
@@ -69,7 +69,7 @@ TEST_F(SessionState, PropertiesAreIndivisibleAndTheInstanceIsOneForAllThreads) {
     const auto hammer = [&](std::size_t self) {
         for (int i = 0; i < 5'000; ++i) {
             instances[self] = JoinSessionDetails::getInstance();
-            instances[self]->setKey(words[self]);
+            instances[self]->key.set(words[self]);
             const Text seen = instances[self]->key();
             torn += seen == words[0] || seen == words[1] ? 0 : 1;
         }

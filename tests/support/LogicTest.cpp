@@ -9,16 +9,17 @@ LogicTest::LogicTest() {
     platform::services() = {&application, &bundles,   &clock,         &files,   &http,          &json,
                             &logSink,     &mainQueue, &notifications, &paths,   &propertyLists, &strings,
                             &tasks,       &timers,    &urlEvents,     &windows, &workspace};
-    emptyProcessSlots();
+    slots() = {};
 }
 
 LogicTest::~LogicTest() {
-    emptyProcessSlots();
+    slots() = {};
     platform::services() = {};
 }
 
 void LogicTest::prepared() {
-    emptyProcessSlots();
+    slots() = {};
+    delegate = {};
     notifications = {};
     delegate.awakeFromNib();
     delegate.applicationWillFinishLaunching();

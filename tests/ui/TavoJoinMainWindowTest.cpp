@@ -25,8 +25,8 @@ protected:
         for (const std::string name : {"ReadJoinParameters", "ModifyJoinDetails", "LaunchTavoApp"})
             notifications.addObserver(name, [this, name](const Text&) { journal.push_back("post " + name); });
         JoinSessionDetails::setDefaultValues();
-        session().setWebServerName("host");
-        session().setSessionType(SessionType::meeting);
+        session().webServerName.set("host");
+        session().sessionType.set(SessionType::meeting);
         progress.showProblem();
         progress.closeWindow();
         journal.clear();
@@ -157,17 +157,17 @@ TEST_F(EntryWindow, TheServerIsToldTheKindOfSession) {
     const std::pair<std::int32_t, const char*> cases[] = {
         {0, "Meeting"}, {1, "Fendel"}, {2, "Unattended"}, {3, "Fendel"}, {-1, "Fendel"}};
     for (const auto& [sessionType, name] : cases) {
-        session().setSessionType(sessionType);
+        session().sessionType.set(sessionType);
         http.expect(question("7", name), {200, "<is-valid>no", {}});
         EXPECT_FALSE(entry.isKeyValid("7"));
     }
 }
 
 TEST_F(EntryWindow, TheParameterFileIsReadBeforeTheServerIsAsked) {
-    session().setWebServerName("elsewhere");
+    session().webServerName.set("elsewhere");
     notifications.addObserver("ReadJoinParameters", [&](const Text&) {
-        session().setWebServerName("host");
-        session().setKey("of the file");
+        session().webServerName.set("host");
+        session().key.set("of the file");
     });
     http.expect(question("7"), {200, "<is-valid>no", {}});
     join("7", "ann");
@@ -209,8 +209,8 @@ TEST_F(EntryWindowOfTheDelegate, AsksForAValidKeyAtItsFirstShowingAfterAUrlWitho
 TEST_F(EntryWindowOfTheDelegate, ATypedKeyReachesTheDetailsFileAndTheAgentsDownload) {
     prepared();
     delegate.applicationDidFinishLaunching();
-    session().setWebServerName("host");
-    session().setSessionType(SessionType::remoteSupport);
+    session().webServerName.set("host");
+    session().sessionType.set(SessionType::remoteSupport);
     FakeInterface& window = *windows.loaded.at("TavoJoinMainWindow");
     window.control("keyInputTextfield").typed = "1234567890";
     window.control("emailInputTextfield").typed = "ann@example.org";

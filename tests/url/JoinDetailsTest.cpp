@@ -1,4 +1,5 @@
 #include "support/LogicTest.h"
+#include "url/ModifyJoinDetails.h"
 
 namespace join::test {
 
@@ -8,24 +9,24 @@ protected:
     std::string updated(const std::string& old) {
         files.put(joinDetails, old);
         logSink.lines.clear();
-        delegate.modifyJoinDetails();
+        modifyJoinDetails();
         const std::string text = files.read(joinDetails).value_or("none");
         EXPECT_TRUE(text.starts_with(header)) << text;
         return text.substr(std::min(header.size(), text.size()));
     }
     void SetUp() override {
         prepared();
-        session().setKey("K");
-        session().setEmailID("E");
-        session().setWebServerName("S");
+        session().key.set("K");
+        session().emailID.set("E");
+        session().webServerName.set("S");
     }
     const std::string method = "-[AppDelegate modifyJoinDetails]";
     const std::string noFlags = "&isDemoMode=false&isDemoTech=false&group=null";
 };
 
 TEST_F(JoinDetails, AFreshFileHoldsTheSessionAsItStandsAndTheDefaultPorts) {
-    session().setEmailID(std::nullopt);
-    delegate.modifyJoinDetails();
+    session().emailID.set(std::nullopt);
+    modifyJoinDetails();
     EXPECT_EQ(files.read(joinDetails), header + "&key=K&email=(null)&gatewayName=(null)&webServerName=S&"
                                                 "&gatewayPort=443&webServerPort=443&");
     EXPECT_EQ(said(method), (Journal{"Modify joindetails called!",
@@ -35,7 +36,7 @@ TEST_F(JoinDetails, AFreshFileHoldsTheSessionAsItStandsAndTheDefaultPorts) {
 }
 
 TEST_F(JoinDetails, AnUpdateKeepsTheConnectionItemsAndDropsTheRest) {
-    session().setGatewayName("W1");
+    session().gatewayName.set("W1");
     const std::string tail =
         "&gatewayName=W1&defaultGatewayName=(null)&webServerName=S" + noFlags + "&email=E&key=K&";
     const std::pair<std::string, std::string> cases[] = {
@@ -70,22 +71,22 @@ TEST_F(JoinDetails, HostsThatTheSessionDoesNotKnowAreTakenOver) {
          "&gatewayName=&defaultGatewayName=(null)&webServerName=webServerName"},
     };
     for (const auto& [gateway, defaultGateway, webServer, old, expected] : cases) {
-        session().setGatewayName(gateway);
-        session().setDefaultGatewayName(defaultGateway);
-        session().setWebServerName(webServer);
+        session().gatewayName.set(gateway);
+        session().defaultGatewayName.set(defaultGateway);
+        session().webServerName.set(webServer);
         EXPECT_EQ(updated(header + old), expected + noFlags + "&email=E&key=K&") << old;
     }
 }
 
 TEST_F(JoinDetails, WritesWhatTheSessionHoldsInItsOrderAndSaysSo) {
-    session().setRoleChangeOnInit("r");
-    session().setViewerId("v");
-    session().setFirstTimeInstall("f");
-    session().setIsConfirmationNeeded("c");
-    session().setAuthkey("a");
-    session().setIsDemoMode("true");
-    session().setIsDemoTech("null");
-    session().setGroup("g");
+    session().roleChangeOnInit.set("r");
+    session().viewerId.set("v");
+    session().firstTimeInstall.set("f");
+    session().isConfirmationNeeded.set("c");
+    session().authkey.set("a");
+    session().isDemoMode.set("true");
+    session().isDemoTech.set("null");
+    session().group.set("g");
     const std::string text = "&role_change_on_init=r&viewer_id=v&first_time_install=f&isConfirmationNeeded=c"
                              "&gatewayName=(null)&defaultGatewayName=(null)&authkey=a&webServerName=S"
                              "&isDemoMode=true&isDemoTech=null&group=g&email=E&key=K&";
@@ -104,20 +105,20 @@ TEST_F(JoinDetails, WritesWhatTheSessionHoldsInItsOrderAndSaysSo) {
 TEST_F(JoinDetails, SaysWhenItCannotWrite) {
     const std::string complaint = "Unable to create tavojoindetails.conf file";
     files.failAt(joinDetails);
-    delegate.modifyJoinDetails();
+    modifyJoinDetails();
     EXPECT_EQ(said(method).back(), complaint);
     files.put(joinDetails, header);
-    delegate.modifyJoinDetails();
+    modifyJoinDetails();
     EXPECT_EQ(*(said(method).rbegin() + 1), complaint); // before the line that always ends it
 }
 
 TEST_F(JoinDetails, ASessionWithoutEmailIsAGuestAndWithoutKeyWritesNothing) {
     for (const Text& email : {Text(), Text(""), Text("(null)")}) {
-        session().setEmailID(email);
-        session().setKey("");
+        session().emailID.set(email);
+        session().key.set("");
         EXPECT_TRUE(updated(header).ends_with("&email=Guest&key=&"));
-        session().setEmailID(email);
-        session().setKey(std::nullopt);
+        session().emailID.set(email);
+        session().key.set(std::nullopt);
         EXPECT_EQ(updated(header + "&key=OLD&"), "&key=OLD&");
         EXPECT_EQ(session().emailID(), "Guest");
         EXPECT_EQ(said(method).back(), "Key : (null) email : Guest ");

@@ -67,15 +67,15 @@ TEST_F(LaunchUrlHandler, PutsUsableValuesIntoTheSessionAndLeavesTheRest) {
     };
     for (const auto& [pairs, expected] : cases) {
         prepared();
-        session().setGatewayName("g");
-        session().setDefaultGatewayName("d");
-        session().setTavoAppVersion("t");
-        session().setJoinAppVersion("j");
-        session().setViewerId("v");
-        session().setRoleChangeOnInit("r");
-        session().setFirstTimeInstall("f");
-        session().setAuthkey("a");
-        session().setGroup("G");
+        session().gatewayName.set("g");
+        session().defaultGatewayName.set("d");
+        session().tavoAppVersion.set("t");
+        session().joinAppVersion.set("j");
+        session().viewerId.set("v");
+        session().roleChangeOnInit.set("r");
+        session().firstTimeInstall.set("f");
+        session().authkey.set("a");
+        session().group.set("G");
         urlEvents.deliver("tavojoin://" + pairs);
         EXPECT_EQ(state(), expected) << pairs;
     }
@@ -117,7 +117,7 @@ TEST_F(LaunchUrlHandler, AKeyIsTrimmedButItsKindToldFromTheLengthReceived) {
     };
     for (const auto& [pair, key, sessionType] : cases) {
         prepared();
-        session().setSessionType(7);
+        session().sessionType.set(7);
         urlEvents.deliver("tavojoin://" + pair);
         EXPECT_EQ(session().key(), key) << pair;
         EXPECT_EQ(session().sessionType(), sessionType) << pair;
@@ -145,8 +145,8 @@ TEST_F(LaunchUrlHandler, ReArmsLoggingThenUpdatesTheDetailsThenChecksTheVersions
 TEST_F(LaunchUrlHandler, ShowsTheProgressWindowAsNewForAKey) {
     const std::pair<Journal, std::function<void()>> cases[] = {
         {{"progress: shown", "progress: start", "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: display"},
-         [] { slots().tavoJoinWindow->showProblem(); }},
-        {{}, [] { slots().tavoJoinWindow->closeWindow(); }},
+         [this] { delegate.tavoJoinWindow->showProblem(); }},
+        {{}, [this] { delegate.tavoJoinWindow->closeWindow(); }},
         {{"TavoJoinMainWindow: out"}, [this] { urlEvents.deliver("tavojoin://e=ann"); }},
     };
     for (auto [expected, happens] : cases) {

@@ -39,8 +39,8 @@ protected:
         services().windows = &qtWindows;
         services().application = &patientApplication;
         JoinSessionDetails::setDefaultValues();
-        session().setWebServerName("host");
-        session().setSessionType(SessionType::meeting);
+        session().webServerName.set("host");
+        session().sessionType.set(SessionType::meeting);
     }
 
     static QWidget& window(const QString& name) {

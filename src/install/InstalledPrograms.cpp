@@ -1,0 +1,61 @@
+#include "install/InstalledPrograms.h"
+
+#include "base/Locations.h"
+#include "base/Logging.h"
+#include "diag/EmbeddedPropertyList.h"
+#include "platform/Bundles.h"
+#include "platform/FileManager.h"
+#include "platform/Services.h"
+#include "platform/Tasks.h"
+#include "platform/Workspace.h"
+#include "session/ProcessSlots.h"
+
+namespace join {
+
+using platform::services;
+
+namespace {
+
+const std::string agentBundleIdentifier = "com.tavo.fendel.Tavo";
+
+Text shortVersion(const std::optional<platform::Value>& list) {
+    const platform::Value* version = list ? list->member("CFBundleShortVersionString") : nullptr;
+    return version ? Text(platform::describe(*version)) : std::nullopt;
+}
+
+} // namespace
+
+Text installedVersion(const std::string& bundle) {
+    if (!files().exists(bundle))
+        return std::nullopt;
+    return shortVersion(services().bundles->infoDictionary(bundle)).value_or(std::string(absentText));
+}
+
+Text crashDetectorVersion() { return shortVersion(embeddedPlistV2(installedCrashDetector())); }
+
+void deleteOlderCrashDetector() {
+    constexpr auto method = "-[AppDelegate deleteOlderCrashDetector]";
+    reportingExceptions(method, [&] {
+        if (!files().exists(installedCrashDetector()))
+            return;
+        files().remove(installedCrashDetector());
+        log("%s : Crash Detector older version removed", method);
+    });
+}
+
+void startCrashDetector() {
+    services().tasks->start({installedCrashDetector(), {}, slots().tavoMeetingNativeFolder});
+}
+
+bool isTavoAppRunning() {
+    const auto running = services().workspace->runningApplications(agentBundleIdentifier);
+    return !running.empty() && running.front() == agentBundleIdentifier;
+}
+
+void removeOutdatedAgent() {
+    for (const std::string& outdated : {installedAgent(), agentImage()})
+        if (files().exists(outdated))
+            files().remove(outdated);
+}
+
+} // namespace join

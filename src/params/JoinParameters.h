@@ -1,0 +1,17 @@
+#pragma once
+
+namespace join {
+
+/// Operations on the join parameter files. Each logs what it does and what fails. Main thread only.
+
+/// Reads the support folder's parameter file into the session state. Without a usable one the state stays
+/// as it is.
+void readJoinParameters();
+
+/// Makes the join details file of a first run from the delivered parameter file.
+void createTavoJoinDetails();
+
+/// Rewrites the parameter file from the session state, as one of a later run.
+void rewriteJoinParameters();
+
+} // namespace join
