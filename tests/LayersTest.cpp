@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <regex>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace join::test {
 
@@ -16,52 +20,120 @@ const fs::path sources = JOIN_SOURCE_DIR;
 /// The headers of C++20, each between two blanks.
 const std::string standardHeaders =
     " algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono "
-    "cinttypes "
-    "climits clocale cmath compare complex concepts condition_variable coroutine csetjmp csignal cstdarg "
-    "cstddef "
-    "cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque exception execution filesystem format "
-    "forward_list fstream functional future initializer_list iomanip ios iosfwd iostream istream iterator "
-    "latch "
-    "limits list locale map memory memory_resource mutex new numbers numeric optional ostream queue random "
-    "ranges "
-    "ratio regex scoped_allocator semaphore set shared_mutex source_location span sstream stack stdexcept "
-    "stop_token "
-    "streambuf string string_view syncstream system_error thread tuple type_traits typeindex typeinfo "
-    "unordered_map "
-    "unordered_set utility valarray variant vector version ";
+    "cinttypes"
+    " climits clocale cmath compare complex concepts condition_variable coroutine csetjmp csignal cstdarg "
+    "cstddef"
+    " cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque exception execution filesystem format"
+    " forward_list fstream functional future initializer_list iomanip ios iosfwd iostream istream iterator "
+    "latch"
+    " limits list locale map memory memory_resource mutex new numbers numeric optional ostream queue random "
+    "ranges"
+    " ratio regex scoped_allocator semaphore set shared_mutex source_location span sstream stack stdexcept"
+    " stop_token streambuf string string_view syncstream system_error thread tuple type_traits typeindex "
+    "typeinfo"
+    " unordered_map unordered_set utility valarray variant vector version ";
 
-bool seesLibraries(const std::string& file) {
-    return file == "main.cpp" || file == "JoinApp.cpp" || file.starts_with("platform/qt/") ||
-           file.starts_with("platform/linux/");
+/// What each folder may include beside itself, from the ground up. A folder in it stands for those below,
+/// too.
+struct Folder {
+    std::string path;
+    std::vector<std::string> mayInclude;
+    bool seesLibraries = false;
+};
+const std::vector<Folder> folders = {
+    {"platform", {}},
+    {"base", {"platform"}},
+    {"session", {"base", "platform"}},
+    {"params", {"session", "base", "platform"}},
+    {"url", {"params", "session", "base", "platform"}},
+    {"server", {"session", "base", "platform"}},
+    {"diag", {"session", "base", "platform"}},
+    {"ui", {"session", "base", "platform"}},
+    {"install", {"diag", "ui", "session", "base", "platform"}},
+    {"app", {"params", "url", "server", "install", "diag", "ui", "session", "base", "platform"}},
+    {"platform/linux", {"platform"}, true},
+    {"platform/qt", {"platform", "platform/linux"}, true},
+    {"", {"app", "platform", "platform/linux", "platform/qt"}, true},
+};
+
+/// The row of the innermost folder that holds the file; nullptr when no row does.
+const Folder* folderOf(const std::string& file) {
+    const std::string parent = fs::path(file).parent_path();
+    const Folder* innermost = nullptr;
+    for (const Folder& folder : folders)
+        if (folder.path.empty() ? parent.empty() : (parent + '/').starts_with(folder.path + '/'))
+            if (!innermost || folder.path.size() > innermost->path.size())
+                innermost = &folder;
+    return innermost;
 }
 
-/// Whether the logic may include it; the kind is '<' or '"'.
-bool isAllowed(char kind, const std::string& name) {
+/// Whether it is a file of ours, or made from one.
+bool isOurs(const std::string& name) {
+    return fs::exists(sources / name) || fs::exists(sources / (name + ".in"));
+}
+
+/// Whether files of this folder may include it; the kind is '<' or '"'.
+bool isAllowed(const Folder& folder, char kind, const std::string& name) {
     if (kind == '<')
-        return standardHeaders.find(" " + name + " ") != std::string::npos;
-    const bool isOurs = name == "base/ServiceSettings.h" || fs::exists(sources / name);
-    return isOurs && !seesLibraries(name) && name.find("..") == std::string::npos;
+        return folder.seesLibraries || standardHeaders.find(" " + name + " ") != std::string::npos;
+    if (!isOurs(name) && !folder.seesLibraries)
+        return false;
+    if (name.find('/') == std::string::npos && !isOurs(name)) // a form, which the toolkit makes
+        return true;
+    const Folder* const included = folderOf(name);
+    return included && name.find("..") == std::string::npos &&
+           (included == &folder || std::ranges::count(folder.mayInclude, included->path) == 1);
+}
+
+/// A header and its source are one.
+std::string unitOf(const std::string& file) { return fs::path(file).replace_extension().generic_string(); }
+
+using Graph = std::map<std::string, std::set<std::string>>;
+
+/// Takes away what includes nothing that is left, or is included by nothing that is left, until nothing goes:
+/// what stays is in a circle, or between two.
+Graph circlesOf(Graph includes) {
+    const auto isOutside = [&](const auto& unit) {
+        return std::ranges::none_of(unit.second, [&](const auto& name) { return includes.contains(name); }) ||
+               std::ranges::none_of(includes,
+                                    [&](const auto& other) { return other.second.contains(unit.first); });
+    };
+    while (std::erase_if(includes, isOutside)) {
+    }
+    return includes;
 }
 
 } // namespace
 
-TEST(Layers, TheLogicSeesNothingButTheStandardLibraryAndItself) {
+TEST(Layers, EveryIncludePointsDownAndNoneGoesRoundInACircle) {
+    for (auto row = folders.begin(); row != folders.end(); ++row)
+        for (const std::string& below : row->mayInclude)
+            EXPECT_TRUE(std::ranges::find(folders.begin(), row, below, &Folder::path) != row)
+                << row->path << below;
     const std::regex include(R"re(^\s*#\s*include\b\s*(?:([<"])([^>"]*)[>"])?.*)re");
+    Graph includes;
     int filesRead = 0;
     for (const auto& entry : fs::recursive_directory_iterator(sources)) {
         const std::string file = fs::relative(entry.path(), sources).generic_string();
-        if (!entry.is_regular_file() || seesLibraries(file))
+        if (!std::regex_match(file, std::regex(R"(.*\.(cpp|h|in))")))
             continue;
         ++filesRead;
+        const Folder* const folder = folderOf(file);
+        ASSERT_TRUE(folder) << file << " is in a folder without a row";
         std::ifstream stream(entry.path());
         std::smatch found;
         for (std::string line; std::getline(stream, line);) {
-            const bool isInclude = std::regex_match(line, found, include);
-            EXPECT_TRUE(!isInclude || (found[1].matched && isAllowed(*found[1].first, found[2])))
+            if (!std::regex_match(line, found, include))
+                continue;
+            EXPECT_TRUE(found[1].matched && isAllowed(*folder, *found[1].first, found[2]))
                 << file << ": " << line;
+            if (isOurs(found[2]) && unitOf(found[2]) != unitOf(file))
+                includes[unitOf(file)].insert(unitOf(found[2]));
         }
     }
-    EXPECT_GT(filesRead, 60);
+    EXPECT_GT(filesRead, 150);
+    for (const auto& [unit, included] : circlesOf(includes))
+        ADD_FAILURE() << unit << " is in a circle";
 }
 
 } // namespace join::test

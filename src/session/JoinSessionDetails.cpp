@@ -3,21 +3,14 @@
 #include "base/Logging.h"
 #include "base/ServiceSettings.h"
 #include "platform/Bundles.h"
-#include "platform/Exception.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
-#include "session/ProcessSlots.h"
-
-#include <memory>
-#include <mutex>
 
 namespace join {
 
 namespace {
 
 constexpr std::size_t meetingKeyLength = 10;
-
-std::mutex creationLock;
 
 } // namespace
 
@@ -29,22 +22,6 @@ std::optional<std::int32_t> sessionTypeForKey(std::string_view key) {
         return SessionType::remoteSupport;
     default:
         return std::nullopt;
-    }
-}
-
-JoinSessionDetails* JoinSessionDetails::getInstance() {
-    constexpr auto method = "+[JoinSessionDetails getInstance]";
-    try {
-        const std::scoped_lock lock(creationLock);
-        auto& joinInfo = slots().joinInfo;
-        if (!joinInfo) {
-            joinInfo = std::make_unique<JoinSessionDetails>();
-            log("%s : Update Info Object Allocated", method);
-        }
-        return joinInfo.get();
-    } catch (const std::exception& exception) {
-        logExceptionBanner(method, exception);
-        return nullptr;
     }
 }
 
@@ -90,13 +67,6 @@ void JoinSessionDetails::launchApplicationWith(const std::string& bundlePath, co
     } catch (const std::exception& exception) {
         logExceptionBanner(method, exception);
     }
-}
-
-JoinSessionDetails& session() {
-    JoinSessionDetails* const instance = JoinSessionDetails::getInstance();
-    if (!instance)
-        throw platform::Exception("There is no session state");
-    return *instance;
 }
 
 } // namespace join

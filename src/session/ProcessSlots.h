@@ -23,7 +23,7 @@ struct ProcessSlots {
     std::unique_ptr<platform::Timer> loggingTimer;         ///< the log rotation timer
     std::string tavoMeetingNativeFolder;                   ///< the support folder
     std::string joinParametersTavoJoinFilePath;            ///< the delivered join parameter file
-    std::unique_ptr<JoinSessionDetails> joinInfo;          ///< by JoinSessionDetails::getInstance()
+    std::unique_ptr<JoinSessionDetails> joinInfo;          ///< made by JoinSessionDetails::getInstance()
     Text jsonData;                         ///< the milestones of this run as JSON; absent before the first
     std::int32_t logFileNameCount = 0;     ///< the highest generation that the next log rotation writes
     std::int32_t copyCounter = 0;          ///< how often the agent has been copied and launched
@@ -31,12 +31,9 @@ struct ProcessSlots {
 };
 
 /// The one set of slots of this process.
-inline ProcessSlots& slots() {
-    static ProcessSlots instance;
-    return instance;
-}
+ProcessSlots& slots();
 
 /// The file manager that every file operation goes through.
-inline platform::FileManager& files() { return *slots().tavoDirectoryManager; }
+platform::FileManager& files();
 
 } // namespace join
