@@ -82,8 +82,19 @@ public:
     virtual bool isVisible() const = 0;
 };
 
-/// A line of text, to be read or to be typed into. Whatever text it is given it shows as the characters it
-/// is.
+/// A text to be read. Whatever text it is given it shows as the characters it is.
+class Label {
+public:
+    virtual ~Label() = default;
+
+    virtual void setStringValue(const std::string& text) = 0;
+    virtual void setTextColor(Color color) = 0;
+
+    /// Shows a message, whose link works by mouse and by keyboard.
+    virtual void setMessage(const MessageText& message) = 0;
+};
+
+/// A line to be typed into.
 class TextField {
 public:
     virtual ~TextField() = default;
@@ -96,11 +107,6 @@ public:
     /// The prompt that is shown while it is empty.
     virtual void setPlaceholder(const std::string& text) = 0;
     virtual void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) = 0;
-
-    virtual void setTextColor(Color color) = 0;
-
-    /// Shows a message, whose link works by mouse and by keyboard.
-    virtual void setMessage(const MessageText& message) = 0;
 
     /// Takes the keyboard.
     virtual void becomeFirstResponder() = 0;
@@ -133,6 +139,7 @@ public:
     virtual ~Interface() = default;
 
     virtual Window& window() = 0;
+    virtual Label& label(const std::string& outlet) = 0;
     virtual TextField& textField(const std::string& outlet) = 0;
     virtual Button& button(const std::string& outlet) = 0;
     virtual ProgressIndicator& progressIndicator(const std::string& outlet) = 0;

@@ -32,7 +32,7 @@ void ErrorWindow::windowDidLoad() {
     window.setBackgroundColor(platform::white);
     centreOnMainScreen(window);
     window.setLevel(platform::statusWindowLevel);
-    platform::TextField& errorText = interface().textField("errorText");
+    platform::Label& errorText = interface().label("errorText");
     errorText.setTextColor(platform::black);
     errorText.setMessage(errorMessage(localized("ERROR_MESSAGE"), localized("CLICK_HERE")));
     window.setShouldClose([this] {

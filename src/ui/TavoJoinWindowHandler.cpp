@@ -12,7 +12,7 @@ TavoJoinWindowHandler::TavoJoinWindowHandler() : WindowController("TavoJoinWindo
 
 platform::Window& TavoJoinWindowHandler::tavoJoinWindow() { return interface().window(); }
 
-platform::TextField& TavoJoinWindowHandler::infoLabel() { return interface().textField("infoLabel"); }
+platform::Label& TavoJoinWindowHandler::infoLabel() { return interface().label("infoLabel"); }
 
 platform::ProgressIndicator& TavoJoinWindowHandler::progress() {
     return interface().progressIndicator("progress");

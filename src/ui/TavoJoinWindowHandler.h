@@ -12,7 +12,7 @@ public:
 
     /// The outlets, loaded when they are needed first.
     platform::Window& tavoJoinWindow();
-    platform::TextField& infoLabel();
+    platform::Label& infoLabel();
     platform::ProgressIndicator& progress();
 
     /// Says again that a join goes on. The window is not shown by that.

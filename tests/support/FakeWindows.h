@@ -57,7 +57,8 @@ private:
 };
 
 /// Any kind of control, so that a test need not know which.
-struct RecordingControl final : platform::TextField,
+struct RecordingControl final : platform::Label,
+                                platform::TextField,
                                 platform::Button,
                                 platform::ProgressIndicator,
                                 NamedRecorder {
@@ -98,6 +99,7 @@ public:
     FakeInterface(Journal& journal, const std::string& name) : journal_(journal), window_(journal, name) {}
 
     RecordingWindow& window() override { return window_; }
+    platform::Label& label(const std::string& outlet) override { return control(outlet); }
     platform::TextField& textField(const std::string& outlet) override { return control(outlet); }
     platform::Button& button(const std::string& outlet) override { return control(outlet); }
     platform::ProgressIndicator& progressIndicator(const std::string& outlet) override {

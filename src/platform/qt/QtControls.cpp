@@ -83,15 +83,6 @@ void QtLabel::setStringValue(const std::string& text) {
     label_.setText(toQString(text));
 }
 
-std::string QtLabel::stringValue() const { return label_.text().toStdString(); }
-
-void QtLabel::setPlaceholder(const std::string& text) { setStringValue(text); }
-
-void QtLabel::setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) {
-    setTextColor(attributes.color);
-    setStringValue(text);
-}
-
 void QtLabel::setTextColor(Color color) {
     QPalette palette = label_.palette();
     palette.setColor(QPalette::WindowText, toQColor(color));
@@ -112,8 +103,6 @@ void QtLabel::setMessage(const MessageText& message) {
                      characters(message.link->offset, message.link->length));
     }
 }
-
-void QtLabel::becomeFirstResponder() { label_.setFocus(); }
 
 QtLineEdit::QtLineEdit(QLineEdit& edit) : edit_(edit), leastWidth_(edit.minimumWidth()) {
     edit_.setMaxLength(longestInput);
@@ -156,14 +145,6 @@ void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color) {
         edit_.setMinimumWidth(
             std::max(leastWidth_, edit_.fontMetrics().horizontalAdvance(text) + roomBesidePrompt));
 }
-
-void QtLineEdit::setTextColor(Color color) {
-    QPalette palette = edit_.palette();
-    palette.setColor(QPalette::Text, toQColor(color));
-    edit_.setPalette(palette);
-}
-
-void QtLineEdit::setMessage(const MessageText& message) { setStringValue(message.text); }
 
 void QtLineEdit::becomeFirstResponder() { edit_.setFocus(); }
 

@@ -12,17 +12,13 @@ class QtMainQueue;
 class SpinningIndicator;
 
 /// A line of text to be read. It does not own its widget, as no control here does.
-class QtLabel final : public TextField {
+class QtLabel final : public Label {
 public:
     explicit QtLabel(QLabel& label);
 
     void setStringValue(const std::string& text) override;
-    std::string stringValue() const override;
-    void setPlaceholder(const std::string& text) override;
-    void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) override;
     void setTextColor(Color color) override;
     void setMessage(const MessageText& message) override;
-    void becomeFirstResponder() override;
 
 private:
     QLabel& label_;
@@ -37,8 +33,6 @@ public:
     std::string stringValue() const override;
     void setPlaceholder(const std::string& text) override;
     void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) override;
-    void setTextColor(Color color) override;
-    void setMessage(const MessageText& message) override;
     void becomeFirstResponder() override;
 
 private:

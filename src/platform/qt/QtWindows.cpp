@@ -28,10 +28,13 @@ public:
 
     Window& window() override { return window_; }
 
+    Label& label(const std::string& outlet) override {
+        return made(labels_, outlet, [&] { return std::make_unique<QtLabel>(get<QLabel>(outlet)); });
+    }
+
     TextField& textField(const std::string& outlet) override {
-        if (auto* const edit = find<QLineEdit>(outlet))
-            return made(textFields_, outlet, [&] { return std::make_unique<QtLineEdit>(*edit); });
-        return made(textFields_, outlet, [&] { return std::make_unique<QtLabel>(get<QLabel>(outlet)); });
+        return made(textFields_, outlet,
+                    [&] { return std::make_unique<QtLineEdit>(get<QLineEdit>(outlet)); });
     }
 
     Button& button(const std::string& outlet) override {
@@ -46,13 +49,9 @@ public:
 
 private:
     template <class Widget>
-    Widget* find(const std::string& outlet) const {
-        return dynamic_cast<Widget*>(widget_->findChild<QWidget*>(QString::fromStdString(outlet)));
-    }
-
-    template <class Widget>
     Widget& get(const std::string& outlet) const {
-        if (auto* const widget = find<Widget>(outlet))
+        if (auto* const widget =
+                dynamic_cast<Widget*>(widget_->findChild<QWidget*>(QString::fromStdString(outlet))))
             return *widget;
         throw Exception("The interface file " + widget_->objectName().toStdString() + " has no outlet " +
                         outlet + " of that kind");
@@ -71,6 +70,7 @@ private:
     std::unique_ptr<TopWidget> widget_;
     QtMainQueue& mainQueue_;
     QtWindow window_;
+    std::map<std::string, std::unique_ptr<Label>> labels_;
     std::map<std::string, std::unique_ptr<TextField>> textFields_;
     std::map<std::string, std::unique_ptr<Button>> buttons_;
     std::map<std::string, std::unique_ptr<ProgressIndicator>> indicators_;

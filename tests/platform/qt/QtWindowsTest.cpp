@@ -42,7 +42,7 @@ protected:
 TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
     const auto interface = windows.load("TavoJoinWindow");
     interface->window().setBackgroundColor(white);
-    interface->textField("infoLabel").setStringValue("text");
+    interface->label("infoLabel").setStringValue("text");
     EXPECT_FALSE(interface->window().isVisible());
     interface->window().makeKeyAndOrderFront();
     EXPECT_TRUE(interface->window().isVisible());
@@ -52,7 +52,7 @@ TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
     };
     EXPECT_EQ(screen().pixelColor(2, 2), QColor(Qt::white));
     interface->progressIndicator("progress").setHidden(true);
-    interface->textField("infoLabel").setStringValue("other words");
+    interface->label("infoLabel").setStringValue("other words");
     interface->window().display();
     const QImage drawn = screen();
     QApplication::processEvents();
@@ -99,7 +99,7 @@ TEST_F(QtWindowsTest, AWindowKeepsItsPlaceAndLevelAndLosesItsHiddenButtons) {
 
 TEST_F(QtWindowsTest, OutsideTextIsShownAsTheCharactersItIs) {
     const auto interface = windows.load("TavoJoinWindow");
-    interface->textField("infoLabel").setStringValue("<b>bold</b> & <img src='x'>");
+    interface->label("infoLabel").setStringValue("<b>bold</b> & <img src='x'>");
     const auto* label = widget().findChild<QLabel*>("infoLabel");
     EXPECT_EQ(label->textFormat(), Qt::PlainText);
     EXPECT_EQ(label->text(), "<b>bold</b> & <img src='x'>");
@@ -109,7 +109,7 @@ TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
     EXPECT_THROW(windows.load("NoSuchWindow"), Exception);
     const auto interface = windows.load("TavoJoinWindow");
     EXPECT_THROW(interface->textField("noSuchOutlet"), Exception);
-    EXPECT_THROW(interface->textField("progress"), Exception);
+    EXPECT_THROW(interface->textField("infoLabel"), Exception);
     EXPECT_THROW(interface->progressIndicator("infoLabel"), Exception);
 }
 
