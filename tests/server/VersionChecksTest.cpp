@@ -1,3 +1,5 @@
+#include "server/VersionDecisions.h"
+
 #include "support/LogicTest.h"
 #include "support/MachOImage.h"
 
@@ -14,23 +16,40 @@ protected:
     const std::string agentCheck = "-[AppDelegate tavoAppVersionCheck]";
 };
 
-TEST_F(VersionChecks, AnyOtherJoinVersionRemovesBothCopiesAndDownloadsTheImage) {
-    for (const Text& local : {Text("2.0"), Text("2.0.0.1"), Text()}) {
-        SetUp();
-        installJoin(local.value_or(""));
-        if (!local)
-            bundles.versions.clear();
-        files.putFolder(homeJoin);
-        session().joinAppVersion.set("2.0.0");
-        slots().launchApp = true;
-        delegate.joinAppVersionCheck();
-        EXPECT_TRUE(happenedInOrder(journal, {"remove /Applications/Join.app", "remove " + homeJoin}));
-        EXPECT_EQ(said(joinCheck),
-                  (Journal{formatted("Local Join App version : %@ Latest Join App version : 2.0.0", local),
-                           "Downloading latest Join.app"}));
-        EXPECT_EQ(joinDownloads(), 1);
-        EXPECT_EQ(said(agentCheck), Journal{});
+TEST(VersionDecisions, AnyVersionButTheAnnouncedOneIsOutdated) {
+    const struct {
+        Text local;
+        Text announced;
+        JoinAppStep joinApp; ///< after a launch URL
+        bool crashDetectorOutdated;
+    } cases[] = {
+        {"2.0.0", "2.0.0", JoinAppStep::goOn, false},
+        {"2.0.0", std::nullopt, JoinAppStep::goOn, false},
+        {"2.0", "2.0.0", JoinAppStep::downloadInstead, true},
+        {"2.0.0.1", "2.0.0", JoinAppStep::downloadInstead, true},
+        {"2.0.0", "", JoinAppStep::downloadInstead, true},
+        {std::nullopt, "2.0.0", JoinAppStep::download, true},
+        {std::nullopt, std::nullopt, JoinAppStep::download, true},
+    };
+    for (const auto& [local, announced, step, outdated] : cases) {
+        EXPECT_EQ(joinAppStep(local, announced, true), step) << formatted("%@ %@", local, announced);
+        EXPECT_EQ(joinAppStep(local, announced, false),
+                  step == JoinAppStep::goOn ? JoinAppStep::waitForLaunchUrl : step);
+        EXPECT_EQ(isCrashDetectorOutdated(local, announced), outdated);
     }
+}
+
+TEST_F(VersionChecks, AnotherJoinVersionRemovesBothCopiesAndDownloadsTheImage) {
+    files.putFolder("/Applications/Join.app"); // which does not say its version
+    files.putFolder(homeJoin);
+    session().joinAppVersion.set("2.0.0");
+    slots().launchApp = true;
+    delegate.joinAppVersionCheck();
+    EXPECT_TRUE(happenedInOrder(journal, {"remove /Applications/Join.app", "remove " + homeJoin}));
+    EXPECT_EQ(said(joinCheck), (Journal{"Local Join App version : (null) Latest Join App version : 2.0.0",
+                                        "Downloading latest Join.app"}));
+    EXPECT_EQ(joinDownloads(), 1);
+    EXPECT_EQ(said(agentCheck), Journal{});
 }
 
 TEST_F(VersionChecks, AMissingJoinAppIsDownloadedWhateverTheHomeCopyIs) {
