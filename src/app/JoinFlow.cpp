@@ -7,7 +7,6 @@
 #include "diag/LogFile.h"
 #include "diag/MonitoringHandler.h"
 #include "install/InstalledPrograms.h"
-#include "install/JoinUtils.h"
 #include "params/JoinParameters.h"
 #include "params/SelfInstall.h"
 #include "platform/Clock.h"
@@ -202,7 +201,7 @@ void AppDelegate::appLaunch() {
         log("%s : App Path : %@", method, runningFolder());
         files().createFolder(slots().tavoMeetingNativeFolder);
         if (files().exists(installedAgent())) {
-            JoinUtils::workspaceLaunchApplication(installedAgent());
+            workspaceLaunchApplication(installedAgent());
             log("%s : Tavo app file has been launched", method);
             joinFeatureTrackTask("Tavo app launched");
             tavoJoinWindow->closeWindow();

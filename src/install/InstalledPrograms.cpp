@@ -3,6 +3,7 @@
 #include "base/Locations.h"
 #include "base/Logging.h"
 #include "diag/EmbeddedPropertyList.h"
+#include "diag/MonitoringHandler.h"
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
 #include "platform/Services.h"
@@ -45,6 +46,22 @@ void deleteOlderCrashDetector() {
 
 void startCrashDetector() {
     services().tasks->start({installedCrashDetector(), {}, slots().tavoMeetingNativeFolder});
+}
+
+bool workspaceLaunchApplication(const std::string& bundlePath) {
+    constexpr auto method = "+[JoinUtils workspaceLaunchApplication:]";
+    try {
+        MonitoringHandler::addkey("M4",
+                                  formatted("Agent launched time : %@", MonitoringHandler::currentTime()));
+        const std::vector<std::string> arguments = {"-timestamps", MonitoringHandler::getJsonString()};
+        platform::services().workspace->launchApplication(bundlePath, arguments);
+        log("%s : LaunchApplication: %@ launched successfully with args : %@", method,
+            lastPathComponent(bundlePath), formatted("(%@, %@)", arguments[0], arguments[1]));
+        return true;
+    } catch (const std::exception& exception) {
+        log(" Exception in PingServer.launchApplicationWith() : %@", exception.what());
+        return false;
+    }
 }
 
 bool isTavoAppRunning() {

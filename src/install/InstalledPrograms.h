@@ -18,6 +18,11 @@ void deleteOlderCrashDetector();
 /// Starts the installed Crash Detector as a child process. Throws platform::Exception when that fails.
 void startCrashDetector();
 
+/// Starts the application bundle at the path through the workspace, with the milestones of this run as
+/// arguments. False only when something was raised on the way: a launch that the platform refuses counts as
+/// one.
+bool workspaceLaunchApplication(const std::string& bundlePath);
+
 bool isTavoAppRunning();
 
 /// Removes the agent and its image, as far as they are there.

@@ -3,7 +3,7 @@
 #include "base/Locations.h"
 #include "base/Logging.h"
 #include "diag/MonitoringHandler.h"
-#include "install/JoinUtils.h"
+#include "install/InstalledPrograms.h"
 #include "platform/FileManager.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
@@ -111,7 +111,7 @@ bool TavoDMGDownloader::copyAndLaunchOnce() {
     files().createFolder(supportFolder());
     if (files().copy(onVolume("Tavo.app"), installedAgent()))
         log("%s : Tavo.app file copied", method);
-    if (JoinUtils::workspaceLaunchApplication(installedAgent())) {
+    if (workspaceLaunchApplication(installedAgent())) {
         log("%s : App Path : %@ tavo app file launched!", method, installedAgent());
         deleteImageWhenInstalled();
         return true;

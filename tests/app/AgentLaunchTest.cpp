@@ -1,4 +1,4 @@
-#include "install/JoinUtils.h"
+#include "install/InstalledPrograms.h"
 #include "support/LogicTest.h"
 
 namespace join::test {
@@ -71,12 +71,12 @@ TEST_F(AgentLaunch, AMissingAgentIsDownloadedWithTheProgressWindowOpen) {
 }
 
 TEST_F(AgentLaunch, ARefusedLaunchCountsAsOneButAnExceptionDoesNot) {
-    EXPECT_TRUE(JoinUtils::workspaceLaunchApplication("/opt/Tavo.app"));
+    EXPECT_TRUE(workspaceLaunchApplication("/opt/Tavo.app"));
     EXPECT_TRUE(
         logSink.lines.back().starts_with("+[JoinUtils workspaceLaunchApplication:] : LaunchApplication: "
                                          "Tavo.app launched successfully with args : "));
     logSink.throwsOnceOn = "Time stamp";
-    EXPECT_FALSE(JoinUtils::workspaceLaunchApplication("/opt/Tavo.app"));
+    EXPECT_FALSE(workspaceLaunchApplication("/opt/Tavo.app"));
     EXPECT_EQ(logSink.lines.back(), " Exception in PingServer.launchApplicationWith() : the log is full");
 }
 

@@ -54,21 +54,12 @@ TEST_F(JoinParameters, EveryOtherNameHasItsField) {
                                    "&isDemoTech=9&group=10&crashDetectorAppVersion=11&authkey=12&");
     readJoinParameters();
     const JoinSessionDetails& details = session();
-    const Text values[] = {details.webServerName(),
-                           details.tavoAppVersion(),
-                           details.joinAppVersion(),
-                           details.roleChangeOnInit(),
-                           details.firstTimeInstall(),
-                           details.isConfirmationNeeded(),
-                           details.viewerId(),
-                           details.isDemoMode(),
-                           details.isDemoTech(),
-                           details.group(),
-                           details.crashDetectorAppVersion(),
-                           details.authkey()};
-    int number = 0;
-    for (const Text& value : values)
-        EXPECT_EQ(value, std::to_string(++number));
+    EXPECT_EQ(formatted("%@ %@ %@ %@ %@ %@ %@ %@ %@ %@ %@ %@", details.webServerName(),
+                        details.tavoAppVersion(), details.joinAppVersion(), details.roleChangeOnInit(),
+                        details.firstTimeInstall(), details.isConfirmationNeeded(), details.viewerId(),
+                        details.isDemoMode(), details.isDemoTech(), details.group(),
+                        details.crashDetectorAppVersion(), details.authkey()),
+              "1 2 3 4 5 6 7 8 9 10 11 12");
     EXPECT_EQ(details.key(), "123456789");
     EXPECT_EQ(details.sessionType(), 1);
 }
