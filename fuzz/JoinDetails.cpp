@@ -26,10 +26,10 @@ void tryOut(std::string_view input) {
     const std::string_view file = takeText(input);
     JoinSessionDetails details;
     using Details = JoinSessionDetails;
-    for (const auto set :
+    for (const auto property :
          {&Details::key, &Details::emailID, &Details::gatewayName, &Details::defaultGatewayName,
           &Details::webServerName, &Details::viewerId, &Details::group, &Details::authkey})
-        (details.*set)(takeValue(input));
+        (details.*property).set(takeValue(input));
 
     const std::string_view body = joinParameterBody(file).value_or(std::string_view());
     const OldJoinDetails old = readOldJoinDetails(body);

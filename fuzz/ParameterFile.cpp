@@ -18,8 +18,8 @@ void tryOut(std::string_view input) {
         if (!parameter)
             continue;
         const std::string value = joinParameterValue(item, parameter->name);
-        (details.*parameter->set)(value);
-        // Written as an item again, the value reads as it would without the name before it.
+        (details.*parameter->property).set(value);
+        // Written as an item again, the value is read as it would be without the name before it.
         const std::string written = std::string(parameter->name) + "=" + value;
         require(joinParameterOf(written) == parameter);
         require(joinParameterValue(written, parameter->name) == joinParameterValue(value, parameter->name));

@@ -32,13 +32,10 @@ public:
 
     /// The downloads that were started, for the test to carry on with.
     std::vector<std::pair<platform::DownloadRequest, platform::DownloadDelegate*>> downloads;
-    bool refusesDownloads = false; ///< none can be started at all
 
     std::unique_ptr<platform::Download> download(const platform::DownloadRequest& request,
                                                  platform::DownloadDelegate& delegate) override {
         record("download " + request.url);
-        if (refusesDownloads)
-            return nullptr;
         downloads.emplace_back(request, &delegate);
         return std::make_unique<platform::Download>();
     }
@@ -55,14 +52,6 @@ public:
         connections.emplace_back(std::move(request), &delegate);
         return std::make_unique<platform::Connection>();
     }
-
-    /// What happens to the download that was started last.
-    void begin() { downloads.at(downloads.size() - 1).second->downloadDidBegin(); }
-    void fail(const std::string& description) {
-        const auto [request, delegate] = downloads.at(downloads.size() - 1); // it may start the next one
-        delegate->downloadDidFail({description, request.url});
-    }
-    void finish() { downloads.at(downloads.size() - 1).second->downloadDidFinish(); }
 
 private:
     std::multimap<std::string, platform::HttpReply> expected_;
