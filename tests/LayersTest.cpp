@@ -47,7 +47,7 @@ const std::vector<Folder> folders = {
     {"install", {"diag", "ui", "session", "base", "platform"}},
     {"app", {"params", "url", "server", "install", "diag", "ui", "session", "base", "platform"}},
     {"platform/linux", {"platform"}, true},
-    {"platform/qt", {"platform", "platform/linux"}, true},
+    {"platform/qt", {"platform"}, true},
     {"", {"app", "platform", "platform/linux", "platform/qt"}, true},
 };
 
