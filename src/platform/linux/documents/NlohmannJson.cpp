@@ -1,5 +1,7 @@
 #include "platform/linux/documents/NlohmannJson.h"
 
+#include "platform/linux/documents/ValueBuilder.h"
+
 #include <nlohmann/json.hpp>
 
 #include <limits>
@@ -11,31 +13,30 @@ namespace {
 
 using Parser = nlohmann::json;
 
-/// Builds the value from the parser's events. An event answered with false ends the parse.
-class ValueBuilder : public nlohmann::json_sax<Parser> {
+/// Passes the parser's events on. One that is answered with false ends the parse.
+class Events : public nlohmann::json_sax<Parser> {
 public:
-    std::optional<Value> takeDocument() { return std::move(document_); }
+    explicit Events(ValueBuilder& builder) : builder_(builder) {}
 
-    bool null() override { return add({}); }
-    bool boolean(bool flag) override { return add({flag}); }
-    bool number_integer(number_integer_t number) override { return add({std::int64_t{number}}); }
+    bool null() override { return builder_.add({}); }
+    bool boolean(bool flag) override { return builder_.add({flag}); }
+    bool number_integer(number_integer_t number) override { return builder_.add({std::int64_t{number}}); }
     bool number_unsigned(number_unsigned_t number) override {
         if (std::cmp_less_equal(number, std::numeric_limits<std::int64_t>::max()))
-            return add({static_cast<std::int64_t>(number)});
-        return add({static_cast<double>(number)});
+            return builder_.add({static_cast<std::int64_t>(number)});
+        return builder_.add({static_cast<double>(number)});
     }
-    bool number_float(number_float_t number, const string_t& /*text*/) override { return add({number}); }
-    bool string(string_t& text) override { return add({std::move(text)}); }
+    bool number_float(number_float_t number, const string_t& /*text*/) override {
+        return builder_.add({number});
+    }
+    bool string(string_t& text) override { return builder_.add({std::move(text)}); }
     bool binary(binary_t& /*bytes*/) override { return false; }
 
-    bool start_object(std::size_t /*count*/) override { return open({Value::Dictionary()}); }
-    bool key(string_t& name) override {
-        std::get<Value::Dictionary>(open_.back().data).push_back({std::move(name), {}});
-        return true;
-    }
-    bool end_object() override { return close(); }
-    bool start_array(std::size_t /*count*/) override { return open({Value::Array()}); }
-    bool end_array() override { return close(); }
+    bool start_object(std::size_t /*count*/) override { return builder_.begin({Value::Dictionary()}); }
+    bool key(string_t& name) override { return builder_.name(std::move(name)); }
+    bool end_object() override { return builder_.end(); }
+    bool start_array(std::size_t /*count*/) override { return builder_.begin({Value::Array()}); }
+    bool end_array() override { return builder_.end(); }
 
     bool parse_error(std::size_t /*position*/, const std::string& /*token*/,
                      const nlohmann::detail::exception& /*error*/) override {
@@ -43,36 +44,7 @@ public:
     }
 
 private:
-    bool open(Value container) {
-        if (open_.size() == maximumValueDepth)
-            return false;
-        open_.push_back(std::move(container));
-        return true;
-    }
-
-    bool close() {
-        Value complete = std::move(open_.back());
-        open_.pop_back();
-        if (!open_.empty())
-            return add(std::move(complete));
-        document_ = std::move(complete);
-        return true;
-    }
-
-    /// A value outside every container would be the document itself; one that is a scalar is none.
-    bool add(Value value) {
-        if (open_.empty())
-            return false;
-        auto& container = open_.back().data;
-        if (auto* members = std::get_if<Value::Dictionary>(&container))
-            members->back().value = std::move(value);
-        else
-            std::get<Value::Array>(container).push_back(std::move(value));
-        return true;
-    }
-
-    std::vector<Value> open_; ///< the containers that have begun and not ended, outermost first
-    std::optional<Value> document_;
+    ValueBuilder& builder_;
 };
 
 void append(std::string& text, const Parser& scalar) {
@@ -123,9 +95,11 @@ std::optional<Value> NlohmannJson::parse(std::string_view document) {
         return std::nullopt;
     try {
         ValueBuilder builder;
-        if (!Parser::sax_parse(document.begin(), document.end(), &builder))
-            return std::nullopt;
-        return builder.takeDocument();
+        Events events(builder);
+        const bool isWhole = Parser::sax_parse(document.begin(), document.end(), &events);
+        auto value = isWhole ? builder.takeDocument() : std::nullopt;
+        const bool isContainer = value && (value->dictionary() || std::get_if<Value::Array>(&value->data));
+        return isContainer ? std::move(value) : std::nullopt; // a scalar is a value, but no document
     } catch (const std::exception&) {
         return std::nullopt;
     }

@@ -1,14 +1,12 @@
 #include "platform/linux/documents/PlistPropertyLists.h"
 
 #include "platform/linux/documents/NlohmannJson.h"
-#include "platform/linux/documents/PlistGuard.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace std::string_literals;
-using join::platform::isReasonablePropertyList;
 
 /// The list as JSON, "nothing" when it is refused.
 std::string read(const std::string& bytes) {
@@ -65,18 +63,23 @@ std::string chain(std::size_t length, const std::string& elementsOfEach, const s
 TEST(PlistPropertyLists, ReadXmlLists) {
     EXPECT_EQ(read("\xEF\xBB\xBF\n" +
                    xml("<dict><key>b</key><string>a &lt; \xC3\xA9</string><key>a</key><array><true/><false/>"
-                       "<integer>-7</integer><real>2.5</real><string/><dict/></array><!-- <dict> -->"
+                       "<integer>-7</integer><integer>+0x1F</integer><real>2.5</real><string/><dict/></"
+                       "array><!-- <dict> -->"
                        "<key>d</key><data>D+E=</data><key>t</key><date>2026-11-22T21:56:36Z</date></dict>")),
-              "{\"b\":\"a < \xC3\xA9\",\"a\":[true,false,-7,2.5,\"\",{}],\"d\":\"<0fe1>\","
+              "{\"b\":\"a < \xC3\xA9\",\"a\":[true,false,-7,31,2.5,\"\",{}],\"d\":\"<0fe1>\","
               "\"t\":\"2026-11-22 21:56:36 +0000\"}");
 }
 
 TEST(PlistPropertyLists, ReadBinaryLists) {
     EXPECT_EQ(
         read(binary({"\xD3\x01\x02\x03\x04\x05\x06"s, "Qb", "Qa", "Qd", "\x5F\x10\x10" + "sixteen letters!"s,
-                     "\xA5\x07\x08\x09\x0A\x0B"s, "\x42\x0F\xE1"s, "\x09", "\x10\x2A", "\x61\x00\xE9"s,
-                     "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xF9", "\x80\x05"s})),
-        "{\"b\":\"sixteen letters!\",\"a\":[true,42,\"\xC3\xA9\",-7,\"5\"],\"d\":\"<0fe1>\"}");
+                     "\xA9\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F"s, "\x42\x0F\xE1"s, "\x09", "\x10\x2A",
+                     "\x65\x00\xE9\x65\xE5\xD8\x3D\xDE\x00\x00z"s, "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xF9",
+                     "\x80\x05"s, "\x14\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x07"s, "\x22\xC0\x20\0\0"s,
+                     "\x33\x41\xC8\x59\xCE\x4A\0\0\0"s, "\x33\x7F\xE0\0\0\0\0\0\0"s})),
+        "{\"b\":\"sixteen "
+        "letters!\",\"a\":[true,42,\"\xC3\xA9\xE6\x97\xA5\xF0\x9F\x98\x80z\",-7,\"5\",7,-2.5,"
+        "\"2026-11-22 21:56:36 +0000\",\"9999-12-31 23:59:59 +0000\"],\"d\":\"<0fe1>\"}");
 }
 
 TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothing) {
@@ -102,24 +105,27 @@ TEST(PlistPropertyLists, NoByteOfABinaryListCanDoHarm) {
 }
 
 TEST(PlistPropertyLists, OtherFormsAndBrokenListsGiveNothing) {
-    const std::string texts[] = {// other forms
-                                 "", "{a = b;}", "{\"a\":1}", "<html></html>", "bplist00",
-                                 "bplist01" + std::string(64, '\0'),
-                                 // broken lists
-                                 "<plist></plist>", xml(""), xml("<dict></array>"), xml("<surprise/>"),
-                                 xml("<array><string>\xFF</string></array>")};
+    const std::string texts[] = {
+        // other forms
+        "", "{a = b;}", "{\"a\":1}", "<html></html>", "bplist00", "bplist01" + std::string(64, '\0'),
+        // broken lists
+        "<plist></plist>", xml(""), xml("<dict></array>"), xml("<surprise/>"), "<dict></dict>",
+        xml("<true/><true/>"), xml("<dict><true/></dict>"), xml("<dict><key>a</key></dict>"),
+        xml("<array><key>a</key></array>"), xml("<dict><key>a</key><key>b</key><true/></dict>"),
+        xml("<array>a</array>"), xml("<string><true/></string>"),
+        xml("<array><string>\xFF</string></array>")};
     for (const std::string& text : texts)
         EXPECT_EQ(read(text), "nothing") << text;
 }
 
-TEST(PlistGuard, ListsWithinProportionPass) {
-    EXPECT_TRUE(isReasonablePropertyList(xml(repeated(512, "<array>") + repeated(512, "</array>"))));
-    EXPECT_TRUE(isReasonablePropertyList(xml(repeated(600, "<array></array><dict/>"))));
-    EXPECT_TRUE(isReasonablePropertyList(chain(200, "\xA1", "\x09")));
-    EXPECT_TRUE(isReasonablePropertyList(chain(10, "\xA2", "\x09")));
+TEST(PlistPropertyLists, ListsWithinProportionPass) {
+    EXPECT_NE(read(xml(repeated(512, "<array>") + repeated(512, "</array>"))), "nothing");
+    EXPECT_NE(read(xml("<array>" + repeated(600, "<array></array><dict/>") + "</array>")), "nothing");
+    EXPECT_NE(read(chain(200, "\xA1", "\x09")), "nothing");
+    EXPECT_NE(read(chain(10, "\xA2", "\x09")), "nothing");
 }
 
-TEST(PlistGuard, ListsOutOfProportionAreRefused) {
+TEST(PlistPropertyLists, ListsOutOfProportionAreRefused) {
     const std::string mebibyte(std::size_t{1} << 20, ' ');
     const std::pair<const char*, std::string> lists[] = {
         {"large", xml("<array>" + mebibyte + "</array>")},
@@ -128,6 +134,8 @@ TEST(PlistGuard, ListsOutOfProportionAreRefused) {
         {"deep behind a comment", xml(repeated(513, "<array><!--</array>-->") + repeated(513, "</array>"))},
         {"many elements", xml("<array>" + repeated(10'000, "<true/>") + "</array>")},
         {"unended comment", xml("<!-- ")},
+        {"entity of its own", "<!DOCTYPE plist [<!ENTITY e 'x'>]><plist><string/></plist>"},
+        {"entity of somebody else's", xml("<string>&e;</string>")},
         {"cycle of one", binary({"\xA1\x00"s})},
         {"cycle of two", binary({"\xA1\x01", "\xD1\x02\x00"s, "Qa"})},
         {"exponential", chain(60, "\xA2", "\x09")},
@@ -137,16 +145,17 @@ TEST(PlistGuard, ListsOutOfProportionAreRefused) {
         {"key with a NUL", binary({"\xD1\x01\x02"s, "\x52x\0"s, "\x09"})},
         {"text longer than the list", binary({"\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})},
         {"array longer than the list", binary({"\xAF\x13\x20\x00\x00\x00\x00\x00\x00\x00"s})},
+        {"half a character", binary({"\x61\xD8\x3D"})},
         {"unknown kind", binary({"\xB0"})},
         {"integer of 32 bytes", binary({"\x15" + std::string(32, '\1')})},
     };
     for (const auto& [name, bytes] : lists)
-        EXPECT_FALSE(isReasonablePropertyList(bytes)) << name;
+        EXPECT_EQ(read(bytes), "nothing") << name;
 }
 
-TEST(PlistGuard, TrailersThatDoNotFitAreRefused) {
+TEST(PlistPropertyLists, TrailersThatDoNotFitAreRefused) {
     const std::string list = binary({"\xA1\x01", "\x09"});
-    ASSERT_TRUE(isReasonablePropertyList(list));
+    ASSERT_NE(read(list), "nothing");
     const std::size_t trailer = list.size() - 32;
     const std::pair<std::size_t, std::string> changes[] = {// the sizes of an offset and of a reference
                                                            {6, "\0"s},
@@ -163,8 +172,7 @@ TEST(PlistGuard, TrailersThatDoNotFitAreRefused) {
                                                            {24, bigEndian(~0ULL, 8)},
                                                            {24, bigEndian(trailer, 8)}};
     for (const auto& [at, bytes] : changes)
-        EXPECT_FALSE(isReasonablePropertyList(std::string(list).replace(trailer + at, bytes.size(), bytes)))
-            << at;
+        EXPECT_EQ(read(std::string(list).replace(trailer + at, bytes.size(), bytes)), "nothing") << at;
 }
 
 } // namespace

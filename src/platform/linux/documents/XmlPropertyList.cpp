@@ -1,0 +1,168 @@
+#include "platform/linux/documents/PropertyListForms.h"
+
+#include "platform/linux/documents/ValueBuilder.h"
+
+#include <expat.h>
+
+#include <array>
+#include <charconv>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+namespace join::platform {
+
+namespace {
+
+constexpr int maximumElements = 8192;
+constexpr std::string_view whiteSpace = " \t\r\n";
+
+std::string_view trimmed(std::string_view text) {
+    text.remove_prefix(std::min(text.find_first_not_of(whiteSpace), text.size()));
+    return text.substr(0, text.find_last_not_of(whiteSpace) + 1);
+}
+
+/// Decimal, or hexadecimal behind "0x"; what is no number is 0.
+std::int64_t integerFrom(std::string_view text) {
+    const bool isNegative = text.starts_with('-');
+    if (isNegative || text.starts_with('+'))
+        text.remove_prefix(1);
+    const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
+    if (isHexadecimal)
+        text.remove_prefix(2);
+    std::uint64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number, isHexadecimal ? 16 : 10);
+    return static_cast<std::int64_t>(isNegative ? 0 - number : number);
+}
+
+double realFrom(std::string_view text) {
+    if (text.starts_with('+'))
+        text.remove_prefix(1);
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return number;
+}
+
+/// "2026-11-22T21:56:36Z" as the other form has it; what is no date stays as it is.
+std::string dateFrom(std::string_view text) {
+    std::string date(text);
+    if (date.size() == 20 && date[10] == 'T' && date.back() == 'Z') {
+        date[10] = ' ';
+        date.replace(19, 1, " +0000");
+    }
+    return date;
+}
+
+/// The bytes of base64 (RFC 4648, section 4), whatever stands between its characters.
+std::string bytesFrom(std::string_view base64) {
+    constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    std::string bytes;
+    std::uint32_t bits = 0;
+    int count = 0;
+    for (const char character : base64.substr(0, base64.find('='))) {
+        const auto digit = alphabet.find(character);
+        if (digit == std::string_view::npos)
+            continue;
+        bits = bits << 6U | static_cast<std::uint32_t>(digit);
+        count += 6;
+        if (count >= 8) {
+            count -= 8;
+            bytes += static_cast<char>(bits >> static_cast<unsigned>(count));
+        }
+    }
+    return bytes;
+}
+
+/// One document on its way through the parser.
+class Document {
+public:
+    Document() : parser_(XML_ParserCreate("UTF-8"), XML_ParserFree) {}
+
+    std::optional<Value> parse(std::string_view bytes);
+
+private:
+    static Document& of(void* user) { return *static_cast<Document*>(user); }
+
+    void begin(std::string_view name);
+    void end(std::string_view name);
+    void take(std::string_view bytes);
+    bool addScalar(std::string_view name);
+
+    /// Ends the parse unless what has come is all right.
+    void require(bool isFit) {
+        if (!isFit)
+            XML_StopParser(parser_.get(), XML_FALSE);
+    }
+
+    std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser_;
+    ValueBuilder builder_;
+    int elements_ = 0;
+    bool isScalar_ = false; ///< whether the element that has begun last is one, and open
+    std::string text_;      ///< its text
+};
+
+std::optional<Value> Document::parse(std::string_view bytes) {
+    XML_Parser parser = parser_.get();
+    if (!parser)
+        return std::nullopt;
+    XML_SetUserData(parser, this);
+    XML_SetElementHandler(
+        parser, [](void* user, const char* name, const char**) noexcept { of(user).begin(name); },
+        [](void* user, const char* name) noexcept { of(user).end(name); });
+    XML_SetCharacterDataHandler(parser, [](void* user, const char* bytes, int size) noexcept {
+        of(user).take({bytes, static_cast<std::size_t>(size)});
+    });
+    // Declarations of the document's own can stand for any length and cost any time. No honest list has any.
+    XML_SetStartDoctypeDeclHandler(
+        parser, [](void* user, const char*, const char*, const char*, int hasDeclarations) noexcept {
+            of(user).require(hasDeclarations == 0);
+        });
+    XML_SetSkippedEntityHandler(parser,
+                                [](void* user, const char*, int) noexcept { of(user).require(false); });
+    if (XML_Parse(parser, bytes.data(), static_cast<int>(bytes.size()), XML_TRUE) != XML_STATUS_OK)
+        return std::nullopt;
+    return builder_.takeDocument();
+}
+
+void Document::begin(std::string_view name) {
+    if (++elements_ == 1)
+        return require(name == "plist");
+    require(!isScalar_ && elements_ <= maximumElements);
+    isScalar_ = name != "dict" && name != "array";
+    text_.clear();
+    if (!isScalar_)
+        require(builder_.begin(name == "dict" ? Value{Value::Dictionary()} : Value{Value::Array()}));
+}
+
+void Document::end(std::string_view name) {
+    require(std::exchange(isScalar_, false) ? addScalar(name) : name == "plist" || builder_.end());
+}
+
+bool Document::addScalar(std::string_view name) {
+    if (name == "key")
+        return builder_.name(std::move(text_));
+    if (name == "string")
+        return builder_.add({std::move(text_)});
+    if (name == "true" || name == "false")
+        return builder_.add({name == "true"});
+    if (name == "integer")
+        return builder_.add({integerFrom(trimmed(text_))});
+    if (name == "real")
+        return builder_.add({realFrom(trimmed(text_))});
+    if (name == "date")
+        return builder_.add({dateFrom(trimmed(text_))});
+    return name == "data" && builder_.add({dataText(bytesFrom(text_))});
+}
+
+void Document::take(std::string_view bytes) {
+    if (isScalar_)
+        text_ += bytes;
+    else
+        require(trimmed(bytes).empty());
+}
+
+} // namespace
+
+std::optional<Value> parseXmlPropertyList(std::string_view bytes) { return Document().parse(bytes); }
+
+} // namespace join::platform
