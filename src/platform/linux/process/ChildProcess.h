@@ -8,7 +8,7 @@
 #include <sys/types.h>
 #include <vector>
 
-namespace join::platform::hdiutil {
+namespace join::platform {
 
 /// A program to run: its absolute path, its arguments, and the one file that it finds open beside its
 /// standard streams, as descriptor 3.
@@ -40,7 +40,7 @@ public:
     int finish();
 
 private:
-    int reap();
+    int end();
 
     const Interruption& interruption_;
     Descriptor output_;
@@ -48,4 +48,4 @@ private:
     pid_t process_ = -1;
 };
 
-} // namespace join::platform::hdiutil
+} // namespace join::platform

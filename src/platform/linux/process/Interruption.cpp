@@ -9,7 +9,7 @@
 #include <poll.h>
 #include <sys/signalfd.h>
 
-namespace join::platform::hdiutil {
+namespace join::platform {
 
 Interruption::Interruption(std::chrono::milliseconds allowed)
     : end_(std::chrono::steady_clock::now() + allowed) {
@@ -53,4 +53,4 @@ bool Interruption::wait(int descriptor) const {
     return watched[1].revents != 0;
 }
 
-} // namespace join::platform::hdiutil
+} // namespace join::platform

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <csignal>
 
-namespace join::platform::hdiutil {
+namespace join::platform {
 
 /// What can end the work early: the time that it may take, and SIGTERM, SIGINT or SIGHUP. As long as this
 /// lives those signals do nothing by themselves, so that all that was begun is cleared up. For a process with
@@ -31,4 +31,4 @@ private:
     sigset_t before_{};
 };
 
-} // namespace join::platform::hdiutil
+} // namespace join::platform

@@ -6,16 +6,12 @@
 #include <array>
 #include <cerrno>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
-#include <linux/close_range.h>
 #include <poll.h>
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace join::platform {
 
@@ -24,98 +20,11 @@ namespace {
 using std::chrono::milliseconds;
 using SteadyClock = std::chrono::steady_clock;
 
-/// What a child's standard streams are.
-enum class Streams { inherited, outputRead, none };
-
-struct Pipe {
-    Descriptor reading;
-    Descriptor writing;
-};
-
-Pipe makePipe() {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
-        throw Exception(std::string("No pipe can be made: ") + std::strerror(errno));
-    return {Descriptor(ends[0]), Descriptor(ends[1])};
-}
-
-/// All that a child needs. It is made before: between fork and exec nothing may be.
-struct Spawn {
-    Spawn(const std::string& path, const Program& program, Streams wanted)
-        : directory(program.workingDirectory.c_str()), streams(wanted) {
-        arguments.push_back(const_cast<char*>(path.c_str()));
-        for (const std::string& argument : program.arguments)
-            arguments.push_back(const_cast<char*>(argument.c_str()));
-        arguments.push_back(nullptr);
-    }
-
-    std::vector<char*> arguments; ///< the program's path first
-    const char* directory;
-    Streams streams;
-    Pipe failure = makePipe(); ///< tells the error; closed by itself once the program runs
-    Pipe output = streams == Streams::outputRead ? makePipe() : Pipe();
-};
-
-/// Children get the standard streams only, whatever a library forgot to mark.
-bool arrange(const Spawn& spawn) {
-    ::syscall(SYS_close_range, 3, ~0U, CLOSE_RANGE_CLOEXEC);
-    ::signal(SIGPIPE, SIG_DFL);
-    if (spawn.streams == Streams::outputRead && ::dup2(spawn.output.writing.get(), STDOUT_FILENO) < 0)
-        return false;
-    const int nothing = spawn.streams == Streams::none ? ::open("/dev/null", O_RDWR | O_CLOEXEC) : -1;
-    for (int stream = 0; spawn.streams == Streams::none && stream < 3; ++stream)
-        if (::dup2(nothing, stream) < 0)
-            return false;
-    return *spawn.directory == '\0' || ::chdir(spawn.directory) == 0;
-}
-
-/// In the child: only what is allowed between fork and exec. One that is left alone is a child of nobody
-/// here, in a session of its own.
-[[noreturn]] void become(const Spawn& spawn) {
-    pid_t further = 0;
-    if (spawn.streams != Streams::outputRead) {
-        ::setsid();
-        further = ::fork();
-        if (further > 0)
-            ::_exit(0);
-    }
-    if (further == 0 && arrange(spawn))
-        ::execv(spawn.arguments[0], spawn.arguments.data());
-    const int reason = errno;
-    ::_exit(::write(spawn.failure.writing.get(), &reason, sizeof reason) > 0 ? 1 : 2);
-}
-
-int waitFor(pid_t process) {
-    int status = 0;
-    while (::waitpid(process, &status, 0) < 0 && errno == EINTR) {
-    }
-    return status;
-}
-
-/// Starts the child, and returns its number when its program runs. Else throws with the reason. Only one
-/// whose output is read is there to be waited for.
-pid_t startChild(Spawn& spawn, const Program& program) {
-    const pid_t process = ::fork();
-    if (process == 0)
-        become(spawn);
-    int reason = errno;
-    spawn.failure.writing.close();
-    spawn.output.writing.close();
-    const bool hasFailed =
-        process < 0 || readSome(spawn.failure.reading.get(), &reason, sizeof reason) == sizeof reason;
-    if (process > 0 && (hasFailed || spawn.streams != Streams::outputRead))
-        waitFor(process);
-    if (hasFailed)
-        throw Exception("Cannot start " + program.path + ": " + std::strerror(reason));
-    return process;
-}
-
 /// A child whose output is read.
 class Running {
 public:
     Running(pid_t process, Descriptor output)
-        : process_(process), output_(std::move(output)),
-          handle_(static_cast<int>(::syscall(SYS_pidfd_open, process, 0))) {
+        : process_(process), output_(std::move(output)), handle_(handleOf(process)) {
         ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);
     }
 
@@ -148,7 +57,7 @@ public:
         for (const int signal : {SIGTERM, SIGKILL})
             if (!hasEnded && ::kill(process_, signal) == 0)
                 hasEnded = awaitEnd(toClearUp);
-        const int status = hasEnded || !handle_ ? waitFor(process_) : 0;
+        const int status = hasEnded || !handle_ ? reap(process_) : 0;
         if (hasEnded && WIFEXITED(status))
             return {.exited = true, .status = WEXITSTATUS(status), .output = std::move(text_)};
         return {.exited = false, .status = WTERMSIG(status), .output = std::move(text_)};
@@ -174,7 +83,6 @@ private:
 
 LinuxTasks::LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder)
     : root_(std::move(root)), helpersFolder_(std::move(helpersFolder)) {
-    ::signal(SIGCHLD, SIG_DFL); // whoever starts us may ignore it, and how children end would be lost
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(helpersFolder_, error))
         if (Descriptor opened = openForReading(AT_FDCWD, entry.path().c_str()))
@@ -182,27 +90,34 @@ LinuxTasks::LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder)
 }
 
 TaskResult LinuxTasks::run(const Program& program) {
-    const std::string path = realPath(program.path);
-    Spawn spawn(path, program, Streams::outputRead);
-    const pid_t process = startChild(spawn, program);
-    return Running(process, std::move(spawn.output.reading)).result(program.patience);
+    Pipe output = makePipe();
+    const pid_t process =
+        startChild(program, {STDIN_FILENO, output.writing.get(), STDERR_FILENO}, Spawn::Bond::waitedFor);
+    output.writing.close();
+    return Running(process, std::move(output.reading)).result(program.patience);
 }
 
 void LinuxTasks::start(const Program& program) {
-    const std::string path = realPath(program.path);
-    Spawn spawn(path, program, Streams::inherited);
-    startChild(spawn, program);
+    startChild(program, {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}, Spawn::Bond::left);
 }
 
 bool LinuxTasks::startDetached(const Program& program) {
-    const std::string path = realPath(program.path);
+    const Descriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     try {
-        Spawn spawn(path, program, Streams::none);
-        startChild(spawn, program);
+        startChild(program, {nothing.get(), nothing.get(), nothing.get()}, Spawn::Bond::left);
         return true;
     } catch (const Exception&) {
         return false;
     }
+}
+
+pid_t LinuxTasks::startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const {
+    return platform::startChild({.path = realPath(program.path),
+                                 .arguments = program.arguments,
+                                 .streams = std::move(streams),
+                                 .directory = program.workingDirectory,
+                                 .bond = bond},
+                                program.path);
 }
 
 std::string LinuxTasks::realPath(const std::string& program) const {

@@ -3,10 +3,12 @@
 #include "platform/Tasks.h"
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/SystemRoot.h"
+#include "platform/linux/process/Spawn.h"
 
 #include <filesystem>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace join::platform {
 
@@ -25,6 +27,8 @@ public:
     bool startDetached(const Program& program);
 
 private:
+    pid_t startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const;
+
     /// Where the program really lies.
     std::string realPath(const std::string& program) const;
 

@@ -16,11 +16,11 @@ namespace {
 constexpr std::size_t maximumOutput = 15'000; ///< in bytes; each may become four
 
 /// The beginning of what it prints; nothing when it fails or takes too long.
-std::string outputOf(const Tool& tool, const hdiutil::Interruption& interruption) {
+std::string outputOf(const Tool& tool, const Interruption& interruption) {
     try {
         const Descriptor nothing = openForReading(AT_FDCWD, "/dev/null");
-        hdiutil::ChildProcess program({.path = tool.path, .arguments = tool.arguments, .file = nothing.get()},
-                                      hdiutil::ChildProcess::Output::read, interruption);
+        ChildProcess program({.path = tool.path, .arguments = tool.arguments, .file = nothing.get()},
+                             ChildProcess::Output::read, interruption);
         std::string output(maximumOutput, '\0');
         std::size_t size = 0;
         while (const std::size_t count = program.read(output.data() + size, output.size() - size))
@@ -40,7 +40,7 @@ const std::vector<Tool> toolsOfTheSystem{
     {"/usr/bin/ip", {"-brief", "address", "show", "up"}}};
 
 std::string networkLocations(const std::vector<Tool>& tools, std::chrono::milliseconds patience) {
-    const hdiutil::Interruption interruption(patience);
+    const Interruption interruption(patience);
     for (const Tool& tool : tools) {
         if (::access(tool.path.c_str(), X_OK) != 0)
             continue;

@@ -1,0 +1,118 @@
+#include "platform/linux/process/Spawn.h"
+
+#include "platform/Exception.h"
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <linux/close_range.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace join::platform {
+
+namespace {
+
+constexpr rlim_t maximumMemory = rlim_t{4} << 30; ///< of addresses; a hostile image may ask for any amount
+
+void limit(__rlimit_resource resource, rlim_t maximum) {
+    rlimit limits{};
+    ::getrlimit(resource, &limits);
+    if (limits.rlim_cur > maximum) {
+        limits.rlim_cur = maximum;
+        ::setrlimit(resource, &limits);
+    }
+}
+
+/// False when the parent is gone already.
+bool confine(pid_t parent) {
+    ::setpgid(0, 0);
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    limit(RLIMIT_AS, maximumMemory);
+    limit(RLIMIT_CORE, 0);
+    return ::getppid() == parent;
+}
+
+/// Copies lie above the places of the streams, so that none overwrites one still needed. All others are
+/// closed with exec, whatever a library forgot to mark.
+bool arrange(const std::vector<int>& streams) {
+    constexpr int above = 10;
+    std::array<int, Spawn::maximumStreams> copies{};
+    int count = 0;
+    for (const int stream : streams)
+        copies.at(count++) = ::fcntl(stream, F_DUPFD_CLOEXEC, above);
+    for (int place = 0; place < count; ++place)
+        if (::dup2(copies.at(place), place) != place)
+            return false;
+    return ::syscall(SYS_close_range, count, ~0U, CLOSE_RANGE_CLOEXEC) == 0;
+}
+
+/// In the child: only what is allowed between fork and exec.
+[[noreturn]] void become(const Spawn& spawn, char* const* arguments, pid_t parent, int failure) {
+    std::array<char, 16> locale{"LC_ALL=C.UTF-8"};
+    std::array<char, 8> zone{"TZ=UTC0"};
+    const std::array<char*, 3> little{locale.data(), zone.data(), nullptr};
+    const bool isConfined = spawn.bond == Spawn::Bond::confined;
+    if (spawn.bond == Spawn::Bond::left) {
+        ::setsid();
+        if (const pid_t further = ::fork(); further > 0)
+            ::_exit(0);
+        else if (further < 0)
+            ::_exit(::write(failure, &errno, sizeof errno) > 0 ? 1 : 2);
+    }
+    sigset_t none{};
+    ::sigemptyset(&none);
+    ::sigprocmask(SIG_SETMASK, &none, nullptr);
+    ::signal(SIGPIPE, SIG_DFL);
+    if ((!isConfined || confine(parent)) && arrange(spawn.streams) &&
+        (spawn.directory.empty() || ::chdir(spawn.directory.c_str()) == 0))
+        ::execve(arguments[0], arguments, isConfined ? little.data() : environ);
+    ::_exit(::write(failure, &errno, sizeof errno) > 0 ? 1 : 2);
+}
+
+} // namespace
+
+Pipe makePipe() {
+    std::array<int, 2> ends{};
+    if (::pipe2(ends.data(), O_CLOEXEC) != 0)
+        throw Exception(std::string("No pipe can be made: ") + std::strerror(errno));
+    return {Descriptor(ends[0]), Descriptor(ends[1])};
+}
+
+pid_t startChild(const Spawn& spawn, const std::string& name) {
+    std::vector<char*> arguments{const_cast<char*>(spawn.path.c_str())};
+    for (const std::string& argument : spawn.arguments)
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    arguments.push_back(nullptr);
+    Pipe failure = makePipe(); // tells the error; closed by itself once the program runs
+    const pid_t parent = ::getpid();
+    ::signal(SIGCHLD, SIG_DFL); // whoever starts us may ignore it, and how children end would be lost
+    const pid_t child = ::fork();
+    if (child == 0)
+        become(spawn, arguments.data(), parent, failure.writing.get());
+    int reason = errno;
+    failure.writing.close();
+    const bool hasFailed =
+        child < 0 || readSome(failure.reading.get(), &reason, sizeof reason) == sizeof reason;
+    if (child > 0 && (hasFailed || spawn.bond == Spawn::Bond::left))
+        reap(child);
+    if (hasFailed)
+        throw Exception("Cannot start " + name + ": " + std::strerror(reason));
+    return child;
+}
+
+Descriptor handleOf(pid_t child) { return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child, 0))); }
+
+int reap(pid_t child) {
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status;
+}
+
+} // namespace join::platform
