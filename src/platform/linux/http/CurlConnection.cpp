@@ -1,4 +1,4 @@
-#include "platform/linux/http/CurlConnection.h"
+#include "platform/linux/http/CurlTransfer.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -13,7 +13,6 @@ namespace join::platform {
 namespace {
 
 using Report = DelegateReport<ConnectionDelegate>;
-using Failure = std::optional<std::string>; ///< a description; nothing when all went well
 
 std::string headerLine(const std::string& name, const std::string& value) {
     return withoutControls(value.empty() ? name + ";" : name + ": " + value);
@@ -63,7 +62,7 @@ private:
 Failure Post::perform(const std::stop_token& stop) {
     if (!setOptions())
         return optionsRefused;
-    const CURLcode code = CurlWorker::perform(handle_, stop);
+    const CURLcode code = platform::perform(handle_, stop);
     if (isFileShort_)
         return "The file to be sent has become shorter";
     if (code != CURLE_OK && !isAnswerCut_)
@@ -130,18 +129,19 @@ std::size_t Post::receive(char* bytes, std::size_t /*one*/, std::size_t size, vo
     return self.isAnswerCut_ ? CURL_WRITEFUNC_ERROR : size;
 }
 
+void post(const PostRequest& request, const Report& report, CURL* handle, const std::stop_token& stop) {
+    if (auto failure = Post(request, report, handle).perform(stop))
+        report.tell(&ConnectionDelegate::connectionDidFail, HttpError{std::move(*failure), request.url});
+    else
+        report.tell(&ConnectionDelegate::connectionDidFinishLoading);
+}
+
 } // namespace
 
-CurlConnection::CurlConnection(PostRequest request, MainQueue& mainQueue, ConnectionDelegate& delegate)
-    : request_(std::move(request)), report_(mainQueue, delegate),
-      worker_([this](CURL* handle, const std::stop_token& stop) { run(handle, stop); }) {}
-
-void CurlConnection::run(CURL* handle, const std::stop_token& stop) {
-    auto failure = Post(request_, report_, handle).perform(stop);
-    if (failure)
-        report_.tell(&ConnectionDelegate::connectionDidFail, HttpError{std::move(*failure), request_.url});
-    else
-        report_.tell(&ConnectionDelegate::connectionDidFinishLoading);
+std::unique_ptr<Connection> startConnection(PostRequest request, MainQueue& mainQueue,
+                                            ConnectionDelegate& delegate) {
+    using Transfer = CurlTransfer<Connection, PostRequest, ConnectionDelegate>;
+    return std::make_unique<Transfer>(std::move(request), mainQueue, delegate, &post);
 }
 
 } // namespace join::platform

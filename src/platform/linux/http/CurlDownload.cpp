@@ -1,4 +1,4 @@
-#include "platform/linux/http/CurlDownload.h"
+#include "platform/linux/http/CurlTransfer.h"
 
 #include "platform/linux/files/StagedFile.h"
 
@@ -13,7 +13,7 @@ namespace join::platform {
 
 namespace {
 
-using Failure = std::optional<std::string>; ///< a description; nothing when all went well
+using Report = DelegateReport<DownloadDelegate>;
 
 constexpr long bufferSize = 256L << 10;
 
@@ -38,9 +38,9 @@ bool endsWithConnection(CURL* handle) {
 }
 
 /// The way of one body into its file.
-class Transfer {
+class Body {
 public:
-    Transfer(const DownloadRequest& request, CURL* handle)
+    Body(const DownloadRequest& request, CURL* handle)
         : request_(request), handle_(handle), exchange_(request.url, maximumDownloadSize),
           file_(request.destination) {}
 
@@ -51,8 +51,8 @@ public:
     Failure conclude(CURLcode code);
 
 private:
-    static std::size_t receive(char* bytes, std::size_t one, std::size_t size, void* transfer) noexcept;
-    static int noteEndOfTls(void* transfer, curl_off_t total, curl_off_t now, curl_off_t sendTotal,
+    static std::size_t receive(char* bytes, std::size_t one, std::size_t size, void* body) noexcept;
+    static int noteEndOfTls(void* body, curl_off_t total, curl_off_t now, curl_off_t sendTotal,
                             curl_off_t sentNow) noexcept;
     bool setOptions();
     Failure reasonToRefuseAnswer() const;
@@ -67,7 +67,7 @@ private:
     Failure failure_;          ///< found while the body arrived
 };
 
-Failure Transfer::prepare() {
+Failure Body::prepare() {
     if (!file_.open())
         return withReason("A file cannot be made at " + request_.destination, errno);
     if (!setOptions())
@@ -75,7 +75,7 @@ Failure Transfer::prepare() {
     return std::nullopt;
 }
 
-bool Transfer::setOptions() {
+bool Body::setOptions() {
     CurlOptions options(handle_, exchange_);
     options.set(CURLOPT_USERAGENT, withoutControls(request_.userAgent).c_str());
     options.setStallTimeout(request_.stallTimeout);
@@ -88,15 +88,15 @@ bool Transfer::setOptions() {
     return options.accepted();
 }
 
-std::size_t Transfer::receive(char* bytes, std::size_t /*one*/, std::size_t size, void* transfer) noexcept {
-    auto& self = *static_cast<Transfer*>(transfer);
+std::size_t Body::receive(char* bytes, std::size_t /*one*/, std::size_t size, void* body) noexcept {
+    auto& self = *static_cast<Body*>(body);
     if (!self.exchange_.count(size))
         return CURL_WRITEFUNC_ERROR;
     self.failure_ = self.take({bytes, size});
     return self.failure_ ? CURL_WRITEFUNC_ERROR : size;
 }
 
-Failure Transfer::take(std::string_view bytes) {
+Failure Body::take(std::string_view bytes) {
     if (!std::exchange(hasBody_, true))
         if (auto reason = reasonToRefuseAnswer())
             return reason;
@@ -105,7 +105,7 @@ Failure Transfer::take(std::string_view bytes) {
     return std::nullopt;
 }
 
-Failure Transfer::reasonToRefuseAnswer() const {
+Failure Body::reasonToRefuseAnswer() const {
     long status = 0;
     curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
     if (status < 200 || status > 299)
@@ -120,9 +120,9 @@ Failure Transfer::reasonToRefuseAnswer() const {
 
 /// libcurl takes the end of the network connection for that of TLS as well, so that anyone on the way could
 /// shorten a file whose length was not announced. It asks here a last time before it closes the connection.
-int Transfer::noteEndOfTls(void* transfer, curl_off_t /*total*/, curl_off_t /*now*/, curl_off_t /*sendTotal*/,
-                           curl_off_t /*sentNow*/) noexcept {
-    auto& self = *static_cast<Transfer*>(transfer);
+int Body::noteEndOfTls(void* body, curl_off_t /*total*/, curl_off_t /*now*/, curl_off_t /*sendTotal*/,
+                       curl_off_t /*sentNow*/) noexcept {
+    auto& self = *static_cast<Body*>(body);
     curl_tlssessioninfo* session = nullptr;
     curl_easy_getinfo(self.handle_, CURLINFO_TLS_SSL_PTR, &session);
     if (session && session->internals)
@@ -130,7 +130,7 @@ int Transfer::noteEndOfTls(void* transfer, curl_off_t /*total*/, curl_off_t /*no
     return 0;
 }
 
-Failure Transfer::conclude(CURLcode code) {
+Failure Body::conclude(CURLcode code) {
     if (failure_)
         return failure_;
     if (code != CURLE_OK)
@@ -144,26 +144,29 @@ Failure Transfer::conclude(CURLcode code) {
     return std::nullopt;
 }
 
-} // namespace
-
-CurlDownload::CurlDownload(DownloadRequest request, MainQueue& mainQueue, DownloadDelegate& delegate)
-    : request_(std::move(request)), report_(mainQueue, delegate),
-      worker_([this](CURL* handle, const std::stop_token& stop) { run(handle, stop); }) {}
-
-void CurlDownload::run(CURL* handle, const std::stop_token& stop) {
-    auto failure = fetch(handle, stop);
-    if (failure)
-        report_.tell(&DownloadDelegate::downloadDidFail, HttpError{std::move(*failure), request_.url});
-    else
-        report_.tell(&DownloadDelegate::downloadDidFinish);
+Failure fetch(const DownloadRequest& request, const Report& report, CURL* handle,
+              const std::stop_token& stop) {
+    Body body(request, handle);
+    if (auto failure = body.prepare())
+        return failure;
+    report.tell(&DownloadDelegate::downloadDidBegin);
+    return body.conclude(perform(handle, stop));
 }
 
-Failure CurlDownload::fetch(CURL* handle, const std::stop_token& stop) {
-    Transfer transfer(request_, handle);
-    if (auto failure = transfer.prepare())
-        return failure;
-    report_.tell(&DownloadDelegate::downloadDidBegin);
-    return transfer.conclude(CurlWorker::perform(handle, stop));
+void download(const DownloadRequest& request, const Report& report, CURL* handle,
+              const std::stop_token& stop) {
+    if (auto failure = fetch(request, report, handle, stop))
+        report.tell(&DownloadDelegate::downloadDidFail, HttpError{std::move(*failure), request.url});
+    else
+        report.tell(&DownloadDelegate::downloadDidFinish);
+}
+
+} // namespace
+
+std::unique_ptr<Download> startDownload(DownloadRequest request, MainQueue& mainQueue,
+                                        DownloadDelegate& delegate) {
+    using Transfer = CurlTransfer<Download, DownloadRequest, DownloadDelegate>;
+    return std::make_unique<Transfer>(std::move(request), mainQueue, delegate, &download);
 }
 
 } // namespace join::platform

@@ -1,9 +1,6 @@
 #include "platform/linux/http/CurlHttpClient.h"
 
-#include "platform/linux/http/CurlConnection.h"
-#include "platform/linux/http/CurlDownload.h"
-#include "platform/linux/http/CurlOptions.h"
-#include "platform/linux/http/FailedTransfer.h"
+#include "platform/linux/http/CurlTransfer.h"
 #include "platform/linux/http/HttpUrl.h"
 
 #include <exception>
@@ -79,7 +76,7 @@ std::unique_ptr<Download> CurlHttpClient::download(const DownloadRequest& reques
                                                    DownloadDelegate& delegate) try {
     if (auto reason = reasonToRefuseUrl(request.url))
         return failedDownload(mainQueue_, delegate, {std::move(*reason), request.url});
-    return std::make_unique<CurlDownload>(request, mainQueue_, delegate);
+    return startDownload(request, mainQueue_, delegate);
 } catch (const std::exception&) {
     return nullptr;
 }
@@ -87,7 +84,7 @@ std::unique_ptr<Download> CurlHttpClient::download(const DownloadRequest& reques
 std::unique_ptr<Connection> CurlHttpClient::connect(PostRequest request, ConnectionDelegate& delegate) try {
     if (auto reason = reasonToRefuseUrl(request.url))
         return failedConnection(mainQueue_, delegate, {std::move(*reason), std::move(request.url)});
-    return std::make_unique<CurlConnection>(std::move(request), mainQueue_, delegate);
+    return startConnection(std::move(request), mainQueue_, delegate);
 } catch (const std::exception&) {
     return nullptr;
 }

@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace join::platform {
@@ -74,6 +75,8 @@ private:
     CurlExchange& exchange_;
     bool accepted_ = true;
 };
+
+using Failure = std::optional<std::string>; ///< a description; nothing when all went well
 
 /// The text of a header without what could begin another one.
 std::string withoutControls(std::string text);

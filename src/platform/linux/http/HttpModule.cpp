@@ -1,7 +1,6 @@
 #include "platform/linux/http/HttpModule.h"
 
-#include "platform/linux/http/FailedTransfer.h"
-#include "platform/linux/http/HttpModuleEntry.h"
+#include "platform/linux/http/DelegateReport.h"
 
 #include <dlfcn.h>
 #include <utility>

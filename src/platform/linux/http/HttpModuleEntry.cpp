@@ -1,5 +1,5 @@
-#include "platform/linux/http/HttpModuleEntry.h"
 #include "platform/linux/http/CurlHttpClient.h"
+#include "platform/linux/http/HttpModule.h"
 
 #include <exception>
 

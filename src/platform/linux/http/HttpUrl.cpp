@@ -1,12 +1,13 @@
 #include "platform/linux/http/HttpUrl.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cstdint>
 
 namespace join::platform {
 
 namespace {
 
-constexpr std::string_view digits = "0123456789";
 constexpr std::string_view hexDigits = "0123456789ABCDEFabcdef";
 constexpr std::string_view urlCharacters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789"
                                            "-._~:/?#[]@!$&'()*+,;=%";
@@ -30,15 +31,11 @@ bool hasBrokenEscape(std::string_view url) {
     return false;
 }
 
+/// RFC 3986 lets the digits after the colon be missing.
 bool isPort(std::string_view text) {
-    constexpr int highest = 65535;
-    if (!consistsOf(text, digits))
-        return false;
-    int port = 0;
-    for (const char digit : text)
-        port = std::min(port * 10 + (digit - '0'), highest + 1);
-    return text.empty() ||
-           (port > 0 && port <= highest); // RFC 3986 lets the digits after the colon be missing
+    std::uint16_t port = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
+    return text.empty() || (error == std::errc() && end == text.data() + text.size() && port > 0);
 }
 
 struct HostAndPort {

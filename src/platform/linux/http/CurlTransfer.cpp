@@ -1,15 +1,10 @@
-#include "platform/linux/http/CurlWorker.h"
+#include "platform/linux/http/CurlTransfer.h"
 
 #include <memory>
-#include <utility>
 
 namespace join::platform {
 
-CurlWorker::CurlWorker(Work work)
-    : handle_(makeCurlHandle()), thread_([handle = handle_.get(), work = std::move(work)](
-                                             const std::stop_token& stop) { work(handle, stop); }) {}
-
-CURLcode CurlWorker::perform(CURL* handle, const std::stop_token& stop) {
+CURLcode perform(CURL* handle, const std::stop_token& stop) {
     const std::unique_ptr<CURLM, CURLMcode (*)(CURLM*)> multi(curl_multi_init(), curl_multi_cleanup);
     if (!multi || curl_multi_add_handle(multi.get(), handle) != CURLM_OK)
         return CURLE_OUT_OF_MEMORY;
