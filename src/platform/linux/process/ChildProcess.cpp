@@ -16,26 +16,18 @@ namespace {
 
 constexpr int pipeSize = 1 << 20;
 
-[[noreturn]] void raise(const char* what) {
-    throw Exception(std::string(what) + ": " + std::strerror(errno));
-}
-
 } // namespace
 
 ChildProcess::ChildProcess(const ChildProgram& program, Output output, const Interruption& interruption)
     : interruption_(interruption) {
-    const Descriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
-    if (!nothing)
-        raise("/dev/null cannot be opened");
     Pipe pipe;
     if (output == Output::read) {
         pipe = makePipe();
         ::fcntl(pipe.writing.get(), F_SETPIPE_SZ, pipeSize); // only for speed
     }
-    const int writing = pipe.writing ? pipe.writing.get() : nothing.get();
     process_ = startChild({.path = program.path,
                            .arguments = program.arguments,
-                           .streams = {nothing.get(), writing, nothing.get(), program.file},
+                           .streams = {-1, pipe.writing.get(), -1, program.file},
                            .directory = {},
                            .bond = Spawn::Bond::confined},
                           program.path);
@@ -53,7 +45,7 @@ std::size_t ChildProcess::read(char* buffer, std::size_t size) {
     interruption_.awaitReadable(output_.get());
     const ssize_t count = readSome(output_.get(), buffer, size);
     if (count < 0)
-        raise("7zz cannot be read from");
+        throw Exception(std::string("7zz cannot be read from: ") + std::strerror(errno));
     return static_cast<std::size_t>(count);
 }
 

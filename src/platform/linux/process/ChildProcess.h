@@ -11,7 +11,7 @@
 namespace join::platform {
 
 /// A program to run: its absolute path, its arguments, and the one file that it finds open beside its
-/// standard streams, as descriptor 3.
+/// standard streams, as descriptor 3; -1 is the null device.
 struct ChildProgram {
     static constexpr const char* fileArgument = "/proc/self/fd/3"; ///< what to call that file in arguments
 

@@ -102,9 +102,8 @@ void LinuxTasks::start(const Program& program) {
 }
 
 bool LinuxTasks::startDetached(const Program& program) {
-    const Descriptor nothing(::open("/dev/null", O_RDWR | O_CLOEXEC));
     try {
-        startChild(program, {nothing.get(), nothing.get(), nothing.get()}, Spawn::Bond::left);
+        startChild(program, {-1, -1, -1}, Spawn::Bond::left);
         return true;
     } catch (const Exception&) {
         return false;

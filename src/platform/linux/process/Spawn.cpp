@@ -43,9 +43,10 @@ bool confine(pid_t parent) {
 bool arrange(const std::vector<int>& streams) {
     constexpr int above = 10;
     std::array<int, Spawn::maximumStreams> copies{};
+    const int nothing = ::open("/dev/null", O_RDWR | O_CLOEXEC);
     int count = 0;
     for (const int stream : streams)
-        copies.at(count++) = ::fcntl(stream, F_DUPFD_CLOEXEC, above);
+        copies.at(count++) = ::fcntl(stream < 0 ? nothing : stream, F_DUPFD_CLOEXEC, above);
     for (int place = 0; place < count; ++place)
         if (::dup2(copies.at(place), place) != place)
             return false;
@@ -58,18 +59,18 @@ bool arrange(const std::vector<int>& streams) {
     std::array<char, 8> zone{"TZ=UTC0"};
     const std::array<char*, 3> little{locale.data(), zone.data(), nullptr};
     const bool isConfined = spawn.bond == Spawn::Bond::confined;
+    pid_t further = 0;
     if (spawn.bond == Spawn::Bond::left) {
         ::setsid();
-        if (const pid_t further = ::fork(); further > 0)
+        further = ::fork();
+        if (further > 0)
             ::_exit(0);
-        else if (further < 0)
-            ::_exit(::write(failure, &errno, sizeof errno) > 0 ? 1 : 2);
     }
     sigset_t none{};
     ::sigemptyset(&none);
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     ::signal(SIGPIPE, SIG_DFL);
-    if ((!isConfined || confine(parent)) && arrange(spawn.streams) &&
+    if (further == 0 && (!isConfined || confine(parent)) && arrange(spawn.streams) &&
         (spawn.directory.empty() || ::chdir(spawn.directory.c_str()) == 0))
         ::execve(arguments[0], arguments, isConfined ? little.data() : environ);
     ::_exit(::write(failure, &errno, sizeof errno) > 0 ? 1 : 2);

@@ -27,7 +27,7 @@ struct Spawn {
 
     std::string path; ///< where it really lies
     std::vector<std::string> arguments;
-    std::vector<int> streams; ///< what its descriptors 0, 1, 2 and so on are; they stay the caller's
+    std::vector<int> streams; ///< what its descriptors 0, 1, 2 and so on are; -1 is the null device
     std::string directory;    ///< to work in; empty for ours
     Bond bond;
 };

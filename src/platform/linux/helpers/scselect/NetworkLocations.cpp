@@ -1,12 +1,10 @@
 #include "platform/linux/helpers/scselect/NetworkLocations.h"
 
 #include "platform/Exception.h"
-#include "platform/linux/files/Descriptor.h"
 #include "platform/linux/process/ChildProcess.h"
 #include "platform/linux/process/Interruption.h"
 #include "platform/linux/system/LogText.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 namespace join::platform::scselect {
@@ -18,8 +16,7 @@ constexpr std::size_t maximumOutput = 15'000; ///< in bytes; each may become fou
 /// The beginning of what it prints; nothing when it fails or takes too long.
 std::string outputOf(const Tool& tool, const Interruption& interruption) {
     try {
-        const Descriptor nothing = openForReading(AT_FDCWD, "/dev/null");
-        ChildProcess program({.path = tool.path, .arguments = tool.arguments, .file = nothing.get()},
+        ChildProcess program({.path = tool.path, .arguments = tool.arguments, .file = -1},
                              ChildProcess::Output::read, interruption);
         std::string output(maximumOutput, '\0');
         std::size_t size = 0;
