@@ -14,7 +14,6 @@
 #include "platform/linux/http/HttpModule.h"
 #include "platform/linux/instance/LaterStarts.h"
 #include "platform/linux/process/LinuxTasks.h"
-#include "platform/linux/system/CallStack.h"
 #include "platform/linux/system/StderrLog.h"
 #include "platform/linux/system/SystemClock.h"
 #include "platform/linux/system/SystemVersionFile.h"

@@ -3,8 +3,6 @@
 #include "platform/Utf8.h"
 
 #include <algorithm>
-#include <array>
-#include <cstdio>
 
 namespace join::platform {
 
@@ -30,15 +28,6 @@ void appendEscaped(std::string& line, std::string_view bytes) {
 }
 
 } // namespace
-
-std::string logPrefix(const LocalTime& time, const LogSource& source) {
-    std::array<char, 96> stamp{};
-    std::snprintf(stamp.data(), stamp.size(), "%04d-%02d-%02d %02d:%02d:%02d.%03d ", time.year, time.month,
-                  time.day, time.hour, time.minute, time.second, time.millisecond);
-    return std::string(stamp.data())
-        .append(source.processName)
-        .append("[" + std::to_string(source.process) + ":" + std::to_string(source.thread) + "] ");
-}
 
 std::string escapedForLog(std::string_view message) {
     std::string line;

@@ -2,8 +2,13 @@
 
 #include "platform/linux/system/LogText.h"
 
+#include <array>
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <execinfo.h>
 #include <fcntl.h>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -33,9 +38,12 @@ StderrLog::StderrLog(std::string processName, Clock& clock)
       first_(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {}
 
 void StderrLog::write(std::string_view message) {
-    std::string line = logPrefix(clock_.localTime(), {processName_, ::getpid(), ::gettid()});
-    line += escapedForLog(message);
-    line += '\n';
+    const LocalTime now = clock_.localTime();
+    std::array<char, 96> stamp{};
+    std::snprintf(stamp.data(), stamp.size(), "%04d-%02d-%02d %02d:%02d:%02d.%03d ", now.year, now.month,
+                  now.day, now.hour, now.minute, now.second, now.millisecond);
+    const std::string line = stamp.data() + processName_ + '[' + std::to_string(::getpid()) + ':' +
+                             std::to_string(::gettid()) + "] " + escapedForLog(message) + '\n';
     if (!writeAll(STDERR_FILENO, line))
         writeAll(first_.get(), line);
 }
@@ -53,6 +61,17 @@ std::uint64_t StderrLog::redirectStandardStreams(const std::string& path) {
             return 0;
     current_ = FileIdentity{status.st_dev, status.st_ino};
     return static_cast<std::uint64_t>(status.st_size);
+}
+
+std::string callStack() {
+    std::array<void*, 48> frames{};
+    const int count = ::backtrace(frames.data(), static_cast<int>(frames.size()));
+    const std::unique_ptr<char*, decltype(&std::free)> names(::backtrace_symbols(frames.data(), count),
+                                                             &std::free);
+    std::string text;
+    for (int i = 0; names && i < count; ++i)
+        text.append(text.empty() ? "" : "\n").append(names.get()[i]);
+    return text;
 }
 
 } // namespace join::platform

@@ -10,8 +10,9 @@
 
 namespace join::platform {
 
-/// The log on standard error. A line that the file does not take, as on a full disk, goes to the standard
-/// error that this began with. An error there is ignored: there is nowhere to report it.
+/// The log on standard error. A line begins with "2026-11-22 21:56:36.123 Join[417:418] ". A line that the
+/// file does not take, as on a full disk, goes to the standard error that this began with. An error there is
+/// ignored: there is nowhere to report it.
 class StderrLog : public Log {
 public:
     /// The clock is used as long as this object lives.
@@ -32,5 +33,9 @@ private:
     Descriptor first_;                    ///< where standard error led before it was pointed anywhere
     std::optional<FileIdentity> current_; ///< the file that the streams were last pointed at
 };
+
+/// The call stack of the calling thread, a line for each frame, the innermost first. For
+/// Exception::setCallStackSource.
+std::string callStack();
 
 } // namespace join::platform

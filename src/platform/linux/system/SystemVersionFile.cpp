@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <regex>
 
 namespace join::platform {
 
@@ -13,7 +14,6 @@ namespace {
 
 constexpr std::size_t maximumOsReleaseSize = 65536;
 
-bool isDigit(char character) { return character >= '0' && character <= '9'; }
 bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }
 
 /// Takes the text up to the next separator, or all of it, off the front.
@@ -78,21 +78,11 @@ std::string escaped(std::string_view text) {
     return result;
 }
 
-bool isNumbersWithDots(std::string_view version) {
-    int components = 0;
-    bool afterDot = true;
-    while (afterDot) {
-        afterDot = version.find('.') != std::string_view::npos;
-        const std::string_view component = takeUntil(version, '.');
-        if (component.empty() || component.size() > 9 || !std::ranges::all_of(component, isDigit))
-            return false;
-        ++components;
-    }
-    return components <= 3;
-}
-
 std::string reportedVersion(const std::string& version) {
-    const bool counts = isNumbersWithDots(version) && std::stoi(version) >= oldestSupported.major;
+    static const std::regex numbersWithDots("[0-9]{1,9}(\\.[0-9]{1,9}){0,2}");
+    constexpr std::size_t longest = 29; // nothing of any length is left to a regular expression
+    const bool counts = version.size() <= longest && std::regex_match(version, numbersWithDots) &&
+                        std::stoi(version) >= oldestSupported.major;
     return counts ? version : std::to_string(oldestSupported.major) + ".0";
 }
 

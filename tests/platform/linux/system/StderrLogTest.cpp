@@ -1,5 +1,6 @@
 #include "platform/linux/system/StderrLog.h"
 
+#include "platform/Exception.h"
 #include "platform/linux/system/LogText.h"
 #include "platform/linux/system/StandardStreams.h"
 #include "platform/linux/system/SystemClock.h"
@@ -63,6 +64,14 @@ TEST(SystemClock, FollowsAChangeOfTheTimeZone) {
     const int hour = SystemClock().localTime().hour;
     const test::EnvironmentVariable west("TZ", "<WEST>6");
     EXPECT_NE(SystemClock().localTime().hour, hour); // half a day apart
+}
+
+TEST(CallStack, GoesWithAnExceptionALineForEachFrame) {
+    Exception::setCallStackSource(callStack);
+    const std::string frames = callStackOf(Exception("no reason"));
+    Exception::setCallStackSource(nullptr);
+    EXPECT_GT(std::ranges::count(frames, '\n'), 2);
+    EXPECT_NE(frames.find("linux_tests"), std::string::npos) << frames;
 }
 
 TEST(LogText, KeepsTextAndEscapesWhatATerminalWouldObey) {
