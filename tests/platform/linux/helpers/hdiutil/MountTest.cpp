@@ -56,14 +56,14 @@ std::string script(const std::string& body) { return "#!/bin/sh\n" + body + "\n"
 
 class Mount : public testing::Test {
 protected:
-    /// The content of the volume "Tavo": a bundle with every sort of link, text, noise, and zeros over
-    /// several chunks.
+    /// The content of the volume "Tavo": a bundle with every sort of link, text, noise, and runs of zeros and
+    /// of another byte over several chunks.
     void makeContent() const {
         const std::string app = in_ + "/Tavo.app/Contents/";
         writeFile(app + "MacOS/Tavo", "#!/bin/sh\n");
         fs::permissions(app + "MacOS/Tavo", fs::perms(0750));
         writeFile(app + "empty", "");
-        writeFile(app + "zeros", std::string(600000, '\0'));
+        writeFile(app + "runs", std::string(600000, '\0') + std::string(300000, 't'));
         std::mt19937 random; // NOLINT(bugprone-random-generator-seed): the same image each time
         std::string noise(10000, ' ');
         std::generate(noise.begin(), noise.end(), [&] { return static_cast<char>(random()); });
