@@ -53,6 +53,7 @@ std::vector<std::string> makerCommand(VolumeKind kind, const VolumeSource& sourc
 /// Waits for the program, which has no input. Throws what it said, unless its status is 0.
 void run(std::vector<std::string> command, const fs::path& errors) {
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (std::string& argument : command)
         arguments.push_back(argument.data());
     arguments.push_back(nullptr);
