@@ -49,7 +49,7 @@ int main(int argc, char* argv[]) {
     openMissingStandardStreams();
     std::signal(SIGPIPE, SIG_IGN);
     if (argc > 2 || (argc == 2 && !isLaunchUrl(argv[1])))
-        return refuse("the only argument there is, is a launch URL, tavojoin://…", usageError);
+        return refuse("Join takes one optional argument, a launch URL, tavojoin://…", usageError);
 
     InstanceMessage message{.url = {}, .activationToken = activationToken()};
     if (argc == 2)

@@ -19,15 +19,15 @@ const fs::path sources = JOIN_SOURCE_DIR;
 
 /// The headers of C++20, each between two blanks.
 const std::string standardHeaders =
-    " algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono"
-    " cinttypes climits clocale cmath compare complex concepts condition_variable coroutine csetjmp"
-    " csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque"
-    " exception execution filesystem format forward_list fstream functional future initializer_list"
-    " iomanip ios iosfwd iostream istream iterator latch limits list locale map memory memory_resource"
-    " mutex new numbers numeric optional ostream queue random ranges ratio regex scoped_allocator"
-    " semaphore set shared_mutex source_location span sstream stack stdexcept stop_token streambuf"
-    " string string_view syncstream system_error thread tuple type_traits typeindex typeinfo"
-    " unordered_map unordered_set utility valarray variant vector version ";
+    " algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv "
+    "chrono cinttypes climits clocale cmath compare complex concepts condition_variable coroutine "
+    "csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype "
+    "deque exception execution filesystem format forward_list fstream functional future "
+    "initializer_list iomanip ios iosfwd iostream istream iterator latch limits list locale map "
+    "memory memory_resource mutex new numbers numeric optional ostream queue random ranges ratio "
+    "regex scoped_allocator semaphore set shared_mutex source_location span sstream stack stdexcept "
+    "stop_token streambuf string string_view syncstream system_error thread tuple type_traits "
+    "typeindex typeinfo unordered_map unordered_set utility valarray variant vector version ";
 
 /// What each folder, with those in it, may include beside itself; from the ground up.
 struct Folder {

@@ -48,7 +48,7 @@ TEST_F(JoinParameters, AnItemIsTakenByTheFirstNameItBeginsWith) {
 
 TEST_F(JoinParameters, EveryOtherNameHasItsField) {
     prepared();
-    session().key.set("123456789"); // from elsewhere: any item makes the kind of session follow it
+    session().key.set("123456789"); // from elsewhere; reading any item sets the kind of session by it
     files.put(parameters, header + "&webServerName=1&tavoAppVersion=2&joinAppVersion=3&role_change_on_init=4"
                                    "&first_time_install=5&isConfirmationNeeded=6&viewer_id=7&isDemoMode=8"
                                    "&isDemoTech=9&group=10&crashDetectorAppVersion=11&authkey=12&");

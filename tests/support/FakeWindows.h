@@ -56,7 +56,7 @@ private:
     bool isVisible_ = false;
 };
 
-/// Any kind of control, so that a test need not know which.
+/// Any kind of control, so that a test need not know the kind.
 struct RecordingControl final : platform::Label,
                                 platform::TextField,
                                 platform::Button,
@@ -93,7 +93,7 @@ struct RecordingControl final : platform::Label,
     void setHidden(bool hidden) override { act(hidden ? "hidden" : "shown"); }
 };
 
-/// Has every outlet that it is asked for.
+/// Has every outlet that the logic asks for.
 class FakeInterface final : public platform::Interface {
 public:
     FakeInterface(Journal& journal, const std::string& name) : journal_(journal), window_(journal, name) {}

@@ -10,8 +10,7 @@ namespace join::tools {
 /// Throws std::runtime_error.
 std::string codedChunk(ChunkKind kind, const std::string& bytes);
 
-/// Whether codedChunk() only wraps the bytes up, as literal ones: for ADC, LZFSE and LZMA there is no encoder
-/// here.
+/// Whether codedChunk() only wraps the bytes as literals: there is no encoder for ADC, LZFSE and LZMA here.
 bool isStoredAsItIs(ChunkKind kind);
 
 } // namespace join::tools

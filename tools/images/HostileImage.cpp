@@ -20,8 +20,7 @@ namespace {
 
 constexpr std::string_view payload = "written by a hostile image";
 
-/// A name as the Rock Ridge extension of an ISO volume holds it: an NM entry with its length, version and
-/// flags.
+/// A name in the Rock Ridge extension of an ISO volume: an NM entry with its length, version and flags.
 std::string rockRidgeName(std::string_view name) {
     const std::string head{'N', 'M', static_cast<char>(name.size() + 5), 1, 0};
     return head + std::string(name);
@@ -49,7 +48,7 @@ std::string harmlessVolume() {
 /// A UDIF image whose block table claims 16 million chunks but holds few.
 std::string withTooManyChunks(std::string image) {
     constexpr std::string_view tag = "<data>";
-    constexpr std::size_t countInBase64 = 268; // of the count at byte 200, its three low bytes
+    constexpr std::size_t countInBase64 = 268; // the three low bytes of the count at byte 200
     const std::size_t table = image.rfind(tag);
     if (table == std::string::npos)
         throw std::runtime_error("no block table");

@@ -12,13 +12,13 @@ namespace join::tools {
 /// The first half of an image.
 std::string cutInTheMiddle(std::string_view image);
 
-/// An image with one bit of one byte turned round. Throws std::out_of_range past its end.
+/// An image with one bit of one byte flipped. Throws std::out_of_range past its end.
 std::string withFlippedByte(std::string image, std::size_t offset);
 
-/// A UDIF image whose trailer says that the property list lies behind the end.
+/// A UDIF image whose trailer places the property list past the end.
 std::string withTrailerPointingOutside(std::string image);
 
-/// What a captive portal sends in place of an image.
+/// The page that a captive portal sends in place of an image.
 std::string htmlPage();
 
 struct HostileImage {
@@ -26,11 +26,11 @@ struct HostileImage {
     std::string bytes;
 };
 
-/// Images that cannot be mounted at all: damaged, or none.
+/// Images that cannot be mounted at all: damaged, or not images.
 std::vector<HostileImage> damagedImages();
 
-/// Images that are sound but mean harm, those of HFS+ both as UDIF and as a bare volume. Their files want to
-/// get beside the place where the volume is unpacked, or into the folder that the links point to.
+/// Images that are sound but hostile, those of HFS+ both as UDIF and as a bare volume. Their files aim for
+/// places beside the folder where the volume is unpacked, or for the folder that the links point to.
 std::vector<HostileImage> maliciousImages(const std::string& linkTarget);
 
 } // namespace join::tools

@@ -9,17 +9,17 @@
 /// They need xorrisofs and throw std::runtime_error.
 namespace join::tools {
 
-/// The folder's content as an HFS+ volume that has been used on a Mac: beside it there are the stores of hard
-/// links, one of them with a file that was removed while it was open, and the journal.
+/// The folder's content as an HFS+ volume that was used on a Mac, with the journal and the stores of hard
+/// links, one of which holds a file that was removed while it was open.
 std::string macVolume(const VolumeSource& source);
 
-/// The same, with two files in addition, "one name" and "another name", that are hard links to one.
+/// The same with two more files, "one name" and "another name", that are hard links to the same file.
 std::string macVolumeWithHardLinks(const VolumeSource& source);
 
-/// Puts another name, of the same length in ASCII, in the place of one wherever the catalogue has it.
+/// Replaces a name, wherever the catalogue has it, with another of the same length in ASCII.
 std::string renamedInCatalogue(std::string volume, std::string_view from, std::string_view to);
 
-/// Puts other bytes, as many, in the place of some that must be there.
+/// Replaces bytes, which must be there, with as many others.
 std::string replaced(std::string bytes, std::string_view before, std::string_view after);
 
 } // namespace join::tools

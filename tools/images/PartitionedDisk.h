@@ -8,7 +8,7 @@ namespace join::tools {
 
 enum class PartitionMap { none, apple, guid };
 
-/// A piece of a disk, under the name that an image of Apple's format has for it.
+/// A piece of a disk, with its name in an image of Apple's format.
 struct DiskPart {
     std::string name;
     std::string bytes;

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-/// What closes an image in Apple's Universal Disk Image Format (UDIF), as far as Apple's hdiutil(1) and the
-/// public description "Demystifying the DMG File Format" (newosxbook.com/DMG.html) tell: a property list that
-/// holds the table of chunks, and a trailer of 512 bytes.
+/// The end of an image in Apple's Universal Disk Image Format (UDIF), after Apple's hdiutil(1) and the public
+/// description "Demystifying the DMG File Format" (newosxbook.com/DMG.html): a property list that holds the
+/// table of chunks, and a trailer of 512 bytes.
 namespace join::tools {
 
 inline constexpr std::size_t udifSectorSize = 512;
@@ -25,8 +25,8 @@ enum class ChunkKind : std::uint32_t {
     end = 0xffffffff
 };
 
-/// So many sectors of the partition, and where the image holds them. Sizes and offsets in the image are in
-/// bytes.
+/// A number of sectors of the partition, and where the image holds them. Sizes and offsets in the image are
+/// in bytes.
 struct UdifChunk {
     ChunkKind kind = ChunkKind::raw;
     std::uint64_t firstSector = 0;
@@ -51,15 +51,15 @@ struct UdifStyle {
     bool isListed = true;    ///< else the disk as it is and a trailer, as writable images are
 };
 
-/// What the trailer and the property list say of an image.
+/// What the trailer and the property list say about an image.
 struct UdifContents {
     std::vector<UdifPartition> partitions;
-    std::uint64_t dataSize = 0; ///< of all chunks as they are stored, from the image's beginning
-    std::uint32_t dataCrc = 0;  ///< CRC-32 of the chunks as they are stored
+    std::uint64_t dataSize = 0; ///< of all chunks as stored, from the start of the image
+    std::uint32_t dataCrc = 0;  ///< CRC-32 of the chunks as stored
     UdifStyle style = {};
 };
 
-/// The property list, what stands for a signature, and the trailer, to stand right behind the chunks.
+/// The property list, the stand-in for a signature, and the trailer, which follow the chunks directly.
 std::string udifTail(const UdifContents& contents);
 
 } // namespace join::tools

@@ -11,25 +11,24 @@
 
 namespace join::tools {
 
-/// Writes a volume as an image in Apple's Universal Disk Image Format: chunks of 512 sectors, then the tables
-/// of them and the trailer. A chunk that compression does not shrink is stored as it is, one of zeros not at
-/// all.
+/// Writes a volume as an image in Apple's Universal Disk Image Format: chunks of 512 sectors, then their
+/// tables and the trailer. A chunk that compression does not shrink is stored as it is, a chunk of zeros not
+/// at all.
 class UdifWriter {
 public:
-    /// The stream must outlive the writer and stand at its beginning.
+    /// The stream is at its start and must outlive the writer.
     UdifWriter(std::ostream& out, const UdifStyle& style) : out_(out) { contents_.style = style; }
 
-    /// What is appended from here on belongs to a partition of this name. Without any, all is one. Throws
-    /// std::runtime_error.
+    /// Begins a partition of this name. Without any, everything is one partition. Throws std::runtime_error.
     void beginPartition(const std::string& name);
 
-    /// The volume's next bytes. Throws std::runtime_error when the stream fails.
+    /// Appends the volume's next bytes. Throws std::runtime_error if the stream fails.
     void append(std::string_view volume);
 
-    /// Once, after the last bytes, which fill a sector. Throws std::runtime_error.
+    /// Called once, after the last bytes, which fill a sector. Throws std::runtime_error.
     void finish();
 
-    /// What has been written so far; once finished, of the whole image.
+    /// What has been written so far; after finish(), the whole image.
     const UdifContents& contents() const { return contents_; }
 
 private:
@@ -42,10 +41,10 @@ private:
     UdifContents contents_;
 };
 
-/// The bytes of the image of a volume that is at hand as a whole.
+/// The image of a volume that is in memory as a whole.
 std::string udifOf(std::string_view volume, ChunkKind kind);
 
-/// The same of a whole disk.
+/// The same for a whole disk.
 std::string udifOf(const std::vector<DiskPart>& disk, const UdifStyle& style);
 
 } // namespace join::tools

@@ -9,11 +9,11 @@
 /// must be on the PATH. All throw std::runtime_error.
 namespace join::tools {
 
-/// What a volume is made of.
+/// What a volume is made from.
 struct VolumeSource {
     std::filesystem::path folder;
     std::string name;
-    std::filesystem::path alsoFolder = {}; ///< whose content is put beside that of the other; empty for none
+    std::filesystem::path alsoFolder = {}; ///< its content is added to that of the other; empty for none
 };
 
 enum class VolumeKind {
@@ -21,7 +21,7 @@ enum class VolumeKind {
     iso      ///< ISO 9660 with Rock Ridge names, modes and links
 };
 
-/// Gets a volume's bytes piece by piece; what it throws ends the making.
+/// Receives a volume's bytes piece by piece; an exception ends the work.
 using ByteSink = std::function<void(std::string_view)>;
 
 /// Makes a volume of any size: it passes through a temporary file.

@@ -20,7 +20,7 @@ namespace {
 using namespace join::platform;
 using namespace join::test;
 
-/// A child process that writes a line as soon as it runs what it was started for, and ends with this object.
+/// A child process that writes a line as soon as it runs its program, and ends with this object.
 struct RunningProgram {
     explicit RunningProgram(const std::vector<std::string>& command)
         : child({.command = command, .output = folder / "output"}) {
@@ -46,7 +46,7 @@ protected:
                                  return launchSucceeds;
                              }};
 
-    /// Makes an application with that text as its executable. Gives the executable's real path.
+    /// Makes an application with that text as its executable. Returns the executable's real path.
     std::string makeApplication(const std::string& name, const std::string& script) {
         const std::string bundle = root.toReal("/Applications/" + name + ".app");
         writeFile(
@@ -62,7 +62,7 @@ protected:
         return workspace.runningApplications(identifier(name)).size();
     }
 
-    /// No other test's applications, which may run at the same time, have it.
+    /// Unique: applications of other tests may run at the same time.
     static std::string identifier(const std::string& name) {
         return "com.example." + name + std::to_string(::getpid());
     }
