@@ -35,7 +35,7 @@ namespace {
 
 using namespace join::platform;
 
-/// Every service, each made from those before it.
+/// Every service; each is created from those before it.
 class Platform {
 public:
     explicit Platform(JoinAppStart start) : start_(std::move(start)) {
@@ -105,7 +105,7 @@ private:
              }}};
     QtApplication application_{
         paths_.bundlePath(bundle_, root_),
-        // The HTTP client is loaded now, while the bundle is still there: an update deletes it.
+        // Load the HTTP client now, while the bundle still exists: an update deletes it.
         {.afterFirstWindow = [this] { httpClient_.load(); },
          .deliverLaunchUrls = [this] { urlEvents_.begin(start_.launchUrl); },
          .beforeEnd = [this] { urlEvents_.passOn(); }}};
@@ -117,8 +117,8 @@ extern "C" __attribute__((visibility("default"))) int join_run_app(const JoinApp
     Exception::setCallStackSource(callStack);
     try {
         const QtToolkit toolkit(start.arguments);
-        // Not before: what ends for want of a display shall have taken nothing, and with a second thread each
-        // of the mappings that loading takes is slower.
+        // Not earlier: a process that ends because it has no display must not have taken any message, and
+        // with a second thread every memory mapping made by loading is slower.
         if (start.starts)
             start.starts->messages().begin();
         Platform platform(start);

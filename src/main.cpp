@@ -24,7 +24,7 @@ int refuse(const std::string& reason, int status) {
     return status;
 }
 
-/// The desktop's leave to come to the front: on Wayland, or else on X11.
+/// Returns the token with which the desktop lets a window come to the front: Wayland's, or else X11's.
 std::string activationToken() {
     constexpr std::size_t maximumSize = 1024;
     for (const char* name : {"XDG_ACTIVATION_TOKEN", "DESKTOP_STARTUP_ID"})
@@ -33,7 +33,7 @@ std::string activationToken() {
     return {};
 }
 
-/// Loads the rest of the program, toolkit and all, and runs it.
+/// Loads and runs the rest of the program, including the toolkit.
 int runApp(const JoinAppStart& start) {
     const std::string module = runningBundle() + "/" + joinAppModule;
     void* loaded = ::dlopen(module.c_str(), RTLD_LAZY | RTLD_LOCAL);

@@ -13,8 +13,8 @@
 
 namespace join {
 
-/// Owns the run of the program: its operations carry the join from the start to the running agent. Each
-/// catches what its steps raise, logs it and returns; nothing is told to the caller. Main thread only.
+/// Runs the whole program: its operations carry the join from the start to the running agent. Each catches
+/// and logs whatever its steps throw, and returns normally. Main thread only.
 class AppDelegate final : public platform::ApplicationDelegate {
 public:
     // Start-up: AppDelegate.cpp
@@ -24,35 +24,34 @@ public:
     bool applicationShouldHandleReopen() override;
     void applicationWillTerminate() override;
 
-    /// Whether the operating system is version 10.9 or later.
+    /// Returns whether the operating system is version 10.9 or later.
     static bool checkCompatibility();
 
-    /// Reads the join parameter file; whether it came with a freshly downloaded Join app.
+    /// Reads the join parameter file. Returns whether it came with a freshly downloaded Join app.
     static bool firstTimeCheck();
 
-    /// Closes the progress window and quits. Never returns to its caller.
+    /// Closes the progress window and quits. Never returns.
     void terminate();
 
     // The join: JoinFlow.cpp, in the order in which it happens
-    /// Acts on a launch URL, given as its bytes came.
+    /// Handles a launch URL, given as raw bytes.
     void handleGetURLEvent(const std::string& url);
     void joinAppVersionCheck();
 
-    /// Crash Detector and agent in turn: the way of every run whose Join app is current.
+    /// Checks the Crash Detector, then the agent. Every run with an up-to-date Join app ends up here.
     void versionCheckChain();
     static bool isCrashDetectorUpdateNeeded();
     void downloadCrashDetector();
     void tavoAppVersionCheck();
 
-    /// A download of the agent image has failed: tries again, or gives up and says so.
+    /// Called when a download of the agent image has failed: tries again, or gives up and tells the user.
     void retryDownloading();
 
-    /// Starts the installed agent and goes on to the Crash Detector, or starts the download of a missing
-    /// agent.
+    /// Starts the installed agent and then the Crash Detector. Downloads the agent if it is missing.
     void appLaunch();
     void crashDetectorLaunch();
 
-    // What lives for the whole run. Empty before awakeFromNib, which makes the first alone or all the others.
+    // These live for the whole run. awakeFromNib creates either the first alone or all the others.
     std::unique_ptr<ErrorWindow> errorWindow;                  ///< only on an unsupported system
     std::unique_ptr<TavoJoinWindowHandler> tavoJoinWindow;     ///< the progress window
     std::unique_ptr<TavoJoinMainWindowHandler> joinMainWindow; ///< the key and e-mail window

@@ -1,4 +1,4 @@
-// The way of a join, from what starts it to the running agent, in the order in which it happens.
+// The course of a join, from what starts it to the running agent, in the order in which it happens.
 
 #include "app/AppDelegate.h"
 #include "base/Locations.h"
@@ -24,7 +24,7 @@ namespace join {
 
 using platform::services;
 
-// 1. What starts it: a launch URL, ...
+// 1. The join starts with a launch URL, ...
 void AppDelegate::handleGetURLEvent(const std::string& url) {
     constexpr auto method = "-[AppDelegate handleGetURLEvent:withReplyEvent:]";
     reportingExceptions(method, [&] {
@@ -62,8 +62,8 @@ void AppDelegate::joinForTheFirstTime() {
     versionCheckChain();
 }
 
-// ... or a typed key, which the key window has the web server check. The key window then posts
-// "ModifyJoinDetails" and "LaunchTavoApp"; the other notifications come from steps that are under way.
+// ... or a typed key, which the key window checks with the web server. The key window then posts
+// "ModifyJoinDetails" and "LaunchTavoApp"; the other notifications come from steps in progress.
 void AppDelegate::registerNotificationHandlers() {
     platform::NotificationCenter& center = *services().notificationCenter;
     center.addObserver("ModifyJoinDetails", [](const Text&) { modifyJoinDetails(); });
@@ -75,7 +75,7 @@ void AppDelegate::registerNotificationHandlers() {
     center.addObserver("LaunchCrashDetector", [this](const Text&) { crashDetectorLaunch(); });
 }
 
-// 2. After a launch URL: the Join app itself. The download of its image ends with "LaunchTavoApp".
+// 2. After a launch URL: check the Join app itself. The download of its image ends with "LaunchTavoApp".
 void AppDelegate::joinAppVersionCheck() {
     constexpr auto method = "-[AppDelegate joinAppVersionCheck]";
     reportingExceptions(method, [&] {
@@ -103,7 +103,7 @@ void AppDelegate::joinAppVersionCheck() {
     });
 }
 
-// 3. After a launch URL or on a first run: Crash Detector and agent.
+// 3. After a launch URL or on a first run: check the Crash Detector and the agent.
 void AppDelegate::versionCheckChain() {
     if (isCrashDetectorUpdateNeeded())
         deleteOlderCrashDetector();
@@ -171,8 +171,8 @@ void AppDelegate::tavoAppVersionCheck() {
     });
 }
 
-// 4. The download of the agent image installs both programs, starts the agent and posts "Terminate". When it
-// fails it posts "RetryDMGDownloadig".
+// 4. The download of the agent image installs both programs, starts the agent and posts "Terminate". If it
+// fails, it posts "RetryDMGDownloadig".
 void AppDelegate::retryDownloading() {
     constexpr auto method = "-[AppDelegate retryDownloading]";
     reportingExceptions(method, [&] {
@@ -194,7 +194,7 @@ void AppDelegate::retryDownloading() {
     });
 }
 
-// 5. An agent that is installed is started, ...
+// 5. Start an installed agent, ...
 void AppDelegate::appLaunch() {
     constexpr auto method = "-[AppDelegate appLaunch]";
     reportingExceptions(method, [&] {
@@ -214,7 +214,7 @@ void AppDelegate::appLaunch() {
     });
 }
 
-// ... then the Crash Detector, and Join has done its work.
+// ... then the Crash Detector. That completes the join.
 void AppDelegate::crashDetectorLaunch() {
     constexpr auto method = "-[AppDelegate crashDetectorLaunch]";
     try {

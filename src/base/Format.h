@@ -17,9 +17,9 @@ namespace detail {
 constexpr std::string_view textConversions[] = {"s", "@"};
 constexpr std::string_view numberConversions[] = {"d", "i", "ld", "li", "lu", "hhd"};
 
-/// What stands between a percent sign at the text's start and the end of its conversion.
+/// A conversion at the start of a text, which begins with a percent sign.
 struct Conversion {
-    std::size_t length = 0; ///< with the percent sign; 0 when it is none that we know
+    std::size_t length = 0; ///< including the percent sign; 0 if it is not one that we know
     bool isNumber = false;
 };
 
@@ -34,7 +34,7 @@ constexpr Conversion conversionAt(std::string_view text) {
     return {};
 }
 
-/// One argument as the text that is inserted for it.
+/// One argument, as the text to insert for it.
 class FormatArgument {
 public:
     FormatArgument(std::string_view text) : text_(text) {}
@@ -60,7 +60,7 @@ std::string formatPieces(std::string_view format, std::initializer_list<FormatAr
 } // namespace detail
 
 /// A message format, checked against its arguments at compile time: "%s" and "%@" take a text; "%d", "%i",
-/// "%ld", "%li", "%lu" and "%hhd" take a whole number or a flag, which is written as 1 or 0.
+/// "%ld", "%li", "%lu" and "%hhd" take an integer or a bool, which is written as 1 or 0.
 template <class... Arguments>
 class Format {
 public:
@@ -88,7 +88,8 @@ private:
     std::string_view text_;
 };
 
-/// The format with its conversions replaced by the arguments, an absent text by "(null)". Nothing is escaped.
+/// Returns the format with its conversions replaced by the arguments. An absent text becomes "(null)".
+/// Nothing is escaped.
 template <class... Arguments>
 std::string formatted(Format<std::type_identity_t<Arguments>...> format, const Arguments&... arguments) {
     return detail::formatPieces(format.text(), {detail::FormatArgument(arguments)...});

@@ -37,7 +37,7 @@ std::string parameterFile() { return supportFolder() + "joinparameters.conf"; }
 
 std::string joinDetailsFile() { return supportFolder() + "tavojoindetails.conf"; }
 
-// The doubled separator stays in the text, as it stands in the log lines that name these folders.
+// The doubled separator is intended: it appears in the log lines that name these folders.
 std::string productLogFolder() { return services().paths->userLibrary() + "/Logs/" + "/TavoFendel/"; }
 
 std::string joinLogFolder() { return services().paths->userLibrary() + "/Logs/" + "/TavoFendel/Join/"; }

@@ -4,19 +4,19 @@
 
 namespace join {
 
-/// Where things are: the one place for each path. All are the system's paths, absolute.
+/// The one place for each path. All are the system's paths, absolute.
 
-/// The folder that holds the running Join.app.
+/// Returns the folder that contains the running Join.app.
 std::string runningFolder();
 
-/// The Join app in the Applications folder of the local domain, and in the user's own.
+/// The installed Join app: in the local domain's Applications folder, and in the user's own.
 std::string systemJoinCopy();
 std::string homeJoinCopy();
 
-/// The user's own Applications folder.
+/// Returns the user's own Applications folder.
 std::string homeApplicationsFolder();
 
-/// The support folder, with a separator at its end, and what lies in it.
+/// The support folder, with a trailing separator, and its contents.
 std::string supportFolder();
 std::string installedAgent();
 std::string installedCrashDetector();
@@ -25,7 +25,7 @@ std::string crashDetectorImage();
 std::string parameterFile();
 std::string joinDetailsFile();
 
-/// The product's log folder and, within it, the Join app's.
+/// The product's log folder and, inside it, the Join app's.
 std::string productLogFolder();
 std::string joinLogFolder();
 

@@ -8,23 +8,23 @@
 
 namespace join {
 
-/// Writes one finished message to the platform's log.
+/// Writes one complete message to the platform's log.
 void writeLog(std::string_view message);
 
-/// Logs a message. The name of the operation that logs is its first argument wherever the format begins with
-/// "%s : ".
+/// Logs a message. If the format begins with "%s : ", the first argument is the name of the operation that
+/// logs.
 template <class... Arguments>
 void log(Format<std::type_identity_t<Arguments>...> format, const Arguments&... arguments) {
     writeLog(detail::formatPieces(format.text(), {detail::FormatArgument(arguments)...}));
 }
 
-/// The line that ends a session in the log file.
+/// Writes the line that ends a session in the log file.
 void logSessionEnd();
 
-/// The exception line of the singletons and of the log upload.
+/// Writes the exception line of the singletons and of the log upload.
 void logExceptionBanner(std::string_view method, const std::exception& exception);
 
-/// Runs an operation of the delegate. An exception ends it and is logged; the caller goes on.
+/// Runs an operation of the delegate. Logs an exception that ends it, and returns normally.
 template <class Operation>
 void reportingExceptions(std::string_view method, Operation&& operation) {
     try {

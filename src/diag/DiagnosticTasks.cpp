@@ -14,7 +14,7 @@ namespace {
 
 constexpr const char* defaultComment = "Join App failed to start agent - ";
 
-/// What the network-location tool prints; absent when that is no text.
+/// Returns what the network-location tool prints, or an absent text if that is not UTF-8.
 Text networkLocations(std::vector<std::string> arguments) {
     const platform::TaskResult result =
         platform::services().tasks->run({"/usr/sbin/scselect", std::move(arguments), "/"});

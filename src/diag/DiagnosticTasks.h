@@ -8,11 +8,11 @@ namespace join {
 
 class LogUpload;
 
-/// A step of the join has failed: sends the logs with a comment, and puts the network locations into the
-/// log. Main thread only, as below.
+/// Called when a step of the join has failed: sends the logs with a comment, and logs the network locations.
+/// Main thread only, like the function below.
 void sendJoinLogTask(LogUpload& upload, const Text& comment);
 
-/// A milestone of the join has been reached: puts the network locations into the log.
+/// Called when the join reaches a milestone: logs the network locations.
 void joinFeatureTrackTask(std::string_view milestone);
 
 } // namespace join

@@ -27,7 +27,7 @@ bool holds(Bytes bytes, std::uint64_t offset, std::uint64_t size) {
     return offset <= bytes.size() && size <= bytes.size() - offset;
 }
 
-/// A little-endian number; the caller has seen that the bytes hold it.
+/// Returns a little-endian number. The caller has checked that the bytes contain it.
 template <std::unsigned_integral Number>
 Number numberAt(Bytes bytes, std::uint64_t offset) {
     Number number = 0;
@@ -38,7 +38,7 @@ Number numberAt(Bytes bytes, std::uint64_t offset) {
 
 std::string_view textOf(Bytes bytes) { return {reinterpret_cast<const char*>(bytes.data()), bytes.size()}; }
 
-/// Whether the 16 bytes at the offset are that name, padded with NUL.
+/// Returns whether the 16 bytes at the offset are that name, padded with NUL.
 bool isNamed(Bytes bytes, std::uint64_t offset, std::string_view name) {
     const std::string_view field = textOf(bytes.subspan(offset, 16));
     return field.substr(0, std::min(field.find('\0'), field.size())) == name;
@@ -54,7 +54,7 @@ std::optional<Bytes> embeddedPropertyList(Bytes file) {
         if (!holds(file, command, commandHeaderSize))
             return std::nullopt;
         const std::uint64_t size = numberAt<std::uint32_t>(file, command + 4);
-        if (size == 0) // the walk stays here until its commands are counted down
+        if (size == 0) // the walk would never advance
             return std::nullopt;
         if (!holds(file, command, size))
             return std::nullopt;

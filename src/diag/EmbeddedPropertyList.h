@@ -9,11 +9,10 @@
 
 namespace join {
 
-/// Where a single-file executable keeps its information property list: the section "__info_plist" of the
-/// segment "__TEXT" of a 64-bit Mach-O image in little-endian byte order that begins with the file. The magic
-/// number is not tested. Reads nothing beyond the bytes given, and of them only the load commands. Gives the
-/// section's data; nothing when there is no such section, or when a command, a section or the data reaches
-/// past the end.
+/// Finds the information property list in a single-file executable: the section "__info_plist" of the segment
+/// "__TEXT" of a 64-bit little-endian Mach-O image that begins with the file. The magic number is not
+/// checked. Reads only the load commands, and nothing beyond the given bytes. Returns the section's data, or
+/// nothing if there is no such section, or if a command, a section or the data extends past the end.
 ///
 /// Layout after Apple's "OS X ABI Mach-O File Format Reference":
 ///   header, 32 bytes:   number of load commands at 16 (32 bits)
@@ -24,8 +23,8 @@ namespace join {
 ///                       data offset at 48 (32 bits)
 std::optional<std::span<const std::byte>> embeddedPropertyList(std::span<const std::byte> file);
 
-/// The information property list of a bundle, or the one embedded in an executable file; nothing when it has
-/// none. A failure is logged.
+/// Returns the information property list of a bundle, or the one embedded in an executable file, or nothing
+/// if there is none. A failure is logged.
 std::optional<platform::Value> embeddedPlistV2(const std::string& path);
 
 } // namespace join

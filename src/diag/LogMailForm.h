@@ -7,7 +7,7 @@
 
 namespace join {
 
-/// The log-mail form, a multipart/form-data body (RFC 7578) in the exact bytes that the service takes:
+/// The log-mail form, a multipart/form-data body (RFC 7578), in exactly the bytes that the service accepts:
 ///
 ///   form       = [ attachment ] 6text closing
 ///   attachment = delimiter 'Content-Disposition: form-data; name="attachment"; filename="' path '"' CRLF
@@ -16,14 +16,14 @@ namespace join {
 ///   delimiter  = CRLF "--" boundary CRLF
 ///   closing    = CRLF "--" boundary "--" CRLF
 ///
-/// The texts are logSeverity, key, logEventName, subStr, comment and module, in this order. Values stand in
-/// it as they are; an absent one as "(null)".
+/// The texts are logSeverity, key, logEventName, subStr, comment and module, in this order. Values are
+/// written as they are, absent ones as "(null)".
 inline constexpr std::string_view logMailBoundary = "unique-consistent-string";
 
-/// What stands before the bytes of an attached file of that path.
+/// Returns what precedes the bytes of an attached file with that path.
 std::string logMailAttachmentHead(std::string_view path);
 
-/// The text parts and the closing delimiter.
+/// Returns the text parts and the closing delimiter.
 std::string logMailTexts(const Text& key, const Text& comment);
 
 } // namespace join

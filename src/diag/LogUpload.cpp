@@ -19,8 +19,8 @@ using platform::services;
 
 namespace {
 
-/// The answer as text; absent when it is none. One as long as an answer may be was cut there, perhaps within
-/// a character, whose beginning is left out.
+/// Returns the answer as text, or an absent text if it is not UTF-8. An answer of the maximum size has been
+/// cut off, perhaps within a character; the incomplete character is dropped.
 Text textOf(std::string_view answer) {
     constexpr std::size_t longestBeginning = 3; // of a character, in bytes
     const bool isCut = answer.size() >= platform::PostRequest().maximumAnswerSize;
@@ -30,7 +30,7 @@ Text textOf(std::string_view answer) {
     return std::nullopt;
 }
 
-/// Zips a folder into the archive in the temporary folder, whose path it gives, whatever came of it.
+/// Zips a folder into the archive in the temporary folder. Returns the archive's path even if zip failed.
 std::string zipDirectoryWithPath(const std::string& folder) {
     constexpr auto method = "-[AppDelegate zipDirectoryWithPath:]";
     std::string archive;
@@ -53,8 +53,8 @@ std::string zipDirectoryWithPath(const std::string& folder) {
     return archive;
 }
 
-/// Begins the body with the attachment part of the log-mail form for a file; without content when the file
-/// cannot be read.
+/// Starts the body with the attachment part of the log-mail form for a file. If the file cannot be read, the
+/// part has no content.
 void getFileDataWith(const std::string& path, platform::PostRequest& request) {
     constexpr auto method = "-[AppDelegate getFileDataWith:]";
     try {
@@ -86,7 +86,7 @@ std::string LogUpload::sendLogFiles(const Text& comment) {
             {"Content-Type", formatted("multipart/form-data; boundary=%@", logMailBoundary)},
             {"Content-Length", formatted("%lu", request.bodySize())},
         };
-        // Shared, as work that is queued must be copyable.
+        // Shared, because queued work must be copyable.
         const auto queued = std::make_shared<platform::PostRequest>(std::move(request));
         services().mainQueue->enqueue([this, queued] { openUpload(std::move(*queued)); });
     } catch (const std::exception& exception) {
@@ -99,7 +99,7 @@ void LogUpload::openUpload(platform::PostRequest request) {
     constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
     reportingExceptions(method, [&] {
         if (slots_.underWay == 0)
-            slots_.connections.clear(); // each holds its archive open
+            slots_.connections.clear(); // each keeps its archive open
         auto connection = services().httpClient->connect(std::move(request), *this);
         slots_.theConnection = connection.get();
         if (!connection)

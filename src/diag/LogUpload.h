@@ -10,23 +10,23 @@
 
 namespace join {
 
-/// What the log upload holds for the whole run.
+/// The state of the log upload, kept for the whole run.
 struct LogUploadSlots {
-    std::optional<std::string> receivedData;       ///< of the current upload's response
-    platform::Connection* theConnection = nullptr; ///< the current upload; none after a failure
+    std::optional<std::string> receivedData;       ///< the current upload's response so far
+    platform::Connection* theConnection = nullptr; ///< the current upload; nullptr after a failure
     std::string response = "false";                ///< "true" once an upload connection has been opened
 
-    /// Every upload that goes on, those too that a later one has replaced. What has ended goes when the next
-    /// one begins and none is under way.
+    /// All uploads, including unfinished ones that a later upload has replaced. Finished ones are destroyed
+    /// when the next upload begins and none is under way.
     std::vector<std::unique_ptr<platform::Connection>> connections;
-    int underWay = 0; ///< how many have not told their end
+    int underWay = 0; ///< how many have not reported their end
 };
 
-/// Sends the product's log folder to the web server of the session. What comes of it is told in the log.
-/// Lives as long as the main queue may hold its work. Main thread only.
+/// Sends the product's log folder to the session's web server, and logs the result. Must live as long as the
+/// main queue may hold its work. Main thread only.
 class LogUpload final : private platform::ConnectionDelegate {
 public:
-    /// Starts an upload. Gives the upload flag: "true" when an earlier upload of this run has been opened.
+    /// Starts an upload. Returns the upload flag: "true" if an earlier upload of this run has been opened.
     std::string sendLogFiles(const Text& comment);
 
     const LogUploadSlots& slots() const { return slots_; }

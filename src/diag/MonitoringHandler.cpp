@@ -12,7 +12,7 @@ namespace join {
 
 namespace {
 
-/// A number of at most two digits, in two digits.
+/// Returns a number below 100 in two digits.
 std::string twoDigits(int number) {
     return {static_cast<char>('0' + number / 10), static_cast<char>('0' + number % 10)};
 }

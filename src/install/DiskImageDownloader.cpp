@@ -25,7 +25,7 @@ Text textOf(const platform::Value& list, std::string_view key) {
     return value && value->text() ? Text(*value->text()) : std::nullopt;
 }
 
-/// The system's name and version, each absent when the system does not say it.
+/// Returns the system's name and version, each absent if the system does not tell it.
 SystemName systemName() {
     const auto file = services().fileManager->read("/System/Library/CoreServices/SystemVersion.plist");
     const auto list = file ? services().propertyLists->parse(*file) : std::nullopt;

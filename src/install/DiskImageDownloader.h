@@ -9,10 +9,10 @@
 
 namespace join {
 
-/// What differs between the disk images. The lines are those of the log.
+/// What differs between the disk images. The formats are those of log lines.
 struct DiskImage {
     std::string_view fileName;   ///< in the support folder
-    std::string_view mountPoint; ///< its volume, by the name that the image itself gives it
+    std::string_view mountPoint; ///< the image's volume, by the name that the image gives it
     Format<std::string> urlLine;
     Format<Text> systemNameLine;
     Format<Text> systemVersionLine;
@@ -26,39 +26,39 @@ struct DiskImage {
     Format<const char*> detachExceptionLine;
 };
 
-/// Fetches one disk image into the support folder, mounts and detaches it. What is done with the volume is
-/// its heirs'. Lives for the whole run. Main thread only.
+/// Downloads one disk image into the support folder, mounts and detaches it. Subclasses use the volume. Lives
+/// for the whole run. Main thread only.
 class DiskImageDownloader : private platform::DownloadDelegate {
 public:
     ~DiskImageDownloader() override;
     DiskImageDownloader(const DiskImageDownloader&) = delete;
     DiskImageDownloader& operator=(const DiskImageDownloader&) = delete;
 
-    /// Whether a download is queued or runs.
+    /// Returns whether a download is queued or running.
     bool isBusy() const { return isBusy_; }
 
 protected:
     explicit DiskImageDownloader(const DiskImage& image);
 
-    /// Queues the start of the download to a later turn of the main loop. A second start while one is queued
-    /// or a download runs is ignored: it would fetch the same image.
+    /// Queues the start of the download for a later turn of the main loop. Ignores a second start while one
+    /// is queued or a download is running: it would download the same image.
     void startDownloading();
 
-    /// Where the image is fetched from, asked for when the download starts.
+    /// Returns where to download the image from. Called when the download starts.
     virtual std::string url() const = 0;
 
-    /// The download has ended, which the log has been told.
+    /// Called when the download has ended and that has been logged.
     virtual void downloadFailed(const platform::HttpError& error) = 0;
     virtual void downloadFinished() = 0;
 
-    /// Run the disk-image tool and wait for it. Its status is in the log; a volume that is not there shows
-    /// itself in the copies. A volume of that name which an earlier run left behind is taken away first.
+    /// Run the disk-image tool and wait for it. Its status is only logged: a missing volume makes the copies
+    /// fail. mount() first detaches a volume of the same name left behind by an earlier run.
     void mount();
     void detach();
 
     std::string imagePath() const;
 
-    /// The path of something on the mounted volume.
+    /// Returns the path of something on the mounted volume.
     std::string onVolume(std::string_view name) const;
 
 private:

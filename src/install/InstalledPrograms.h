@@ -6,26 +6,25 @@
 
 namespace join {
 
-/// The version of an application bundle as text: "(null)" when it has none, absent when nothing is there.
+/// Returns the version of an application bundle: "(null)" if it has none, absent if there is no bundle.
 Text installedVersion(const std::string& bundle);
 
-/// The version of the installed Crash Detector, absent when it has none.
+/// Returns the version of the installed Crash Detector, or an absent text if it has none.
 Text crashDetectorVersion();
 
-/// Removes the Crash Detector, if there is one. A failure is logged.
+/// Removes the Crash Detector, if it is installed. A failure is logged.
 void deleteOlderCrashDetector();
 
-/// Starts the installed Crash Detector as a child process. Throws platform::Exception when that fails.
+/// Starts the installed Crash Detector as a child process. Throws platform::Exception if that fails.
 void startCrashDetector();
 
-/// Starts the application bundle at the path through the workspace, with the milestones of this run as
-/// arguments. False only when something was raised on the way: a launch that the platform refuses counts as
-/// one.
+/// Starts the application bundle at the path through the workspace, with this run's milestones as arguments.
+/// Returns false only if an exception was thrown: a launch that the platform refuses counts as successful.
 bool workspaceLaunchApplication(const std::string& bundlePath);
 
 bool isTavoAppRunning();
 
-/// Removes the agent and its image, as far as they are there.
+/// Removes the agent and its image, if they exist.
 void removeOutdatedAgent();
 
 } // namespace join

@@ -4,7 +4,7 @@
 
 namespace join {
 
-/// Fetches the Join app's own disk image and reinstalls the Join app. The running one goes on.
+/// Downloads the Join app's own disk image and reinstalls the Join app. The running one continues.
 class JoinDMGDownloader final : public DiskImageDownloader {
 public:
     JoinDMGDownloader();

@@ -73,7 +73,7 @@ void TavoDMGDownloader::mountingTavoMacDmg() {
     });
     if (files().exists(installedAgent()))
         return;
-    // The volume takes room on a disk that may have been too small for the agent.
+    // The volume takes up space on a disk that may have been too small for the agent.
     if (files().exists(onVolume("")))
         unMountingTavoMacDmg();
     joinInfoWindow_.showProblem();
@@ -104,7 +104,7 @@ void TavoDMGDownloader::copyAppFileAndLaunch() {
     joinInfoWindow_.showProblem();
 }
 
-/// False when the agent is neither started nor in place, and is to be copied again.
+/// Returns false if the agent is neither started nor installed, and must be copied again.
 bool TavoDMGDownloader::copyAndLaunchOnce() {
     constexpr auto method = "-[TavoDMGDownloader copyAppFileAndLaunch]";
     ++slots().copyCounter;

@@ -6,16 +6,16 @@ namespace join {
 
 class TavoJoinWindowHandler;
 
-/// Fetches the disk image of the agent and the Crash Detector, and installs what is missing of the two.
+/// Downloads the disk image of the agent and the Crash Detector, and installs whichever of them is missing.
 class TavoDMGDownloader final : public DiskImageDownloader {
 public:
-    /// The progress window says what has failed for good; it outlives this object.
+    /// The progress window reports final failures; it must outlive this object.
     explicit TavoDMGDownloader(TavoJoinWindowHandler& joinInfoWindow);
 
     void startDownLoadingTavoMacDmg();
 
-    /// Mounts the image and copies what is missing. With both programs there, detaches it and posts
-    /// "Terminate"; with no agent even so, the progress window says that there is a problem.
+    /// Mounts the image and copies what is missing. If both programs are then installed, detaches it and
+    /// posts "Terminate"; if the agent is still missing, shows the problem in the progress window.
     void mountingTavoMacDmg();
 
 private:

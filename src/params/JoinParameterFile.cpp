@@ -14,7 +14,7 @@ namespace {
 
 using Details = JoinSessionDetails;
 
-// An item is taken by the first name that it begins with, so the order counts.
+// The first name that an item begins with takes it, so the order matters.
 constexpr std::array<JoinParameter, 17> joinParameters = {{
     {"gatewayName", &Details::gatewayName},
     {"GatewayHost1", &Details::defaultGatewayName},

@@ -16,10 +16,10 @@ namespace join {
 ///   body   = "&" *( item "&" )            ; one line, read as the pieces between the "&"
 ///   item   = name "=" value               ; nothing is quoted or escaped
 ///
-/// A value that was absent when the file was written stands in it as "(null)".
+/// A value that was absent when the file was written appears as "(null)".
 inline constexpr std::string_view joinParameterHeader = "TAVO_MEETING_IND\n";
 
-/// What a file holds behind its header; nothing when it is not UTF-8 or shorter than the header.
+/// Returns what follows a file's header, or nothing if the file is not UTF-8 or shorter than the header.
 std::optional<std::string_view> joinParameterBody(std::string_view file);
 
 /// An item name that the reader knows, and the property that it sets.
@@ -28,15 +28,14 @@ struct JoinParameter {
     Atomic<Text> JoinSessionDetails::*property;
 };
 
-/// The first known name, in the order of their table, that the item begins with; nullptr when it begins with
-/// none.
+/// Returns the first entry in the table whose name the item begins with, or nullptr if there is none.
 const JoinParameter* joinParameterOf(std::string_view item);
 
-/// An item's value: the item without any occurrence of the name and a "=" behind it.
+/// Returns an item's value: the item without any occurrence of the name followed by "=".
 std::string joinParameterValue(std::string_view item, std::string_view name);
 
-/// Reads a file of this format through the file manager. Gives its body; nothing, with a line in the log
-/// under the operation's name that says why, when there is no such file or it has none.
+/// Reads a file of this format through the file manager. Returns its body, or nothing if the file is missing
+/// or has no body; then the log says why, under the operation's name.
 Text readJoinParameterFile(std::string_view method, const std::string& path);
 
 } // namespace join

@@ -36,7 +36,7 @@ void readJoinParameters() {
             return;
 
         JoinSessionDetails& details = session();
-        // The first item, known or not, makes the session type follow a key from elsewhere.
+        // The first item, known or not, makes the session type follow a key set elsewhere.
         bool keyIsNew = true;
         for (const std::string_view item : split(*body, "&")) {
             if (const JoinParameter* parameter = joinParameterOf(item)) {

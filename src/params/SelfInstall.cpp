@@ -15,7 +15,8 @@ namespace {
 constexpr auto method = "-[AppDelegate copyCurrentJoinAppFile]";
 constexpr std::string_view deliveredFileName = "/.joinparameters";
 
-/// The delivered parameter file on the last mounted volume that can hold one; nothing without such a volume.
+/// Returns the delivered parameter file on the last mounted volume that can hold one, or nothing if there is
+/// no such volume.
 Text deliveredFileOnVolume() {
     Text found;
     platform::Workspace& workspace = *platform::services().workspace;

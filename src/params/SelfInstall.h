@@ -6,7 +6,7 @@ namespace join {
 /// what fails. Main thread only.
 void copyCurrentJoinAppFile();
 
-/// Removes the installed Join app, in the user's own folder too.
+/// Removes the installed Join app, including the one in the user's own folder.
 void removeJoinCopies();
 
 } // namespace join

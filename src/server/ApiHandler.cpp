@@ -24,7 +24,7 @@ std::string sessionCheckUrl(const JoinSessionDetails& details) {
                      details.webServerName(), details.key(), details.localTavoAppVersion());
 }
 
-/// Walks the body of an answer with status 200.
+/// Processes the body of an answer with status 200.
 void applyAnswer(std::string_view method, std::string_view body, JoinSessionDetails& details) {
     platform::Json& json = *platform::services().json;
     const auto document = json.parse(body);

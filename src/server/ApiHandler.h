@@ -2,14 +2,14 @@
 
 namespace join {
 
-/// Asks the web server about the session. Main thread only; its creation is serialised.
+/// Asks the web server about the session. Main thread only, but getInstance() is serialised.
 class ApiHandler {
 public:
-    /// The one instance, made on the first call; nullptr when that failed, which the log then says.
+    /// Returns the one instance, created on the first call, or nullptr if that failed, which is logged.
     static ApiHandler* getInstance();
 
-    /// Sends the session check and writes the answer into the session state; blocks until it has ended. True
-    /// when an answer with status 200 was received and walked.
+    /// Sends the session check, blocks until it has ended, and writes the answer into the session state.
+    /// Returns true if an answer with status 200 arrived and was processed.
     bool checkSessionApi();
 };
 

@@ -4,18 +4,18 @@
 
 namespace join {
 
-/// Decisions on versions, which are compared as texts: any other one is outdated. An announced version that
-/// is absent counts as the one that is installed.
+/// Decisions on versions. Versions are compared as texts: any different one is outdated. If no version is
+/// announced, the installed one counts as current.
 
-/// What the check of the Join app leads to.
+/// What to do after the check of the Join app.
 enum class JoinAppStep {
-    download,         ///< there is none
-    downloadInstead,  ///< the copies go, a new one comes
-    goOn,             ///< to the Crash Detector and the agent
-    waitForLaunchUrl, ///< nothing to do before there is one
+    download,         ///< nothing is installed
+    downloadInstead,  ///< delete the copies and download a new one
+    goOn,             ///< continue with the Crash Detector and the agent
+    waitForLaunchUrl, ///< there is nothing to do before a URL arrives
 };
 
-/// The local version is absent when nothing is installed.
+/// The local version is absent if nothing is installed.
 inline JoinAppStep joinAppStep(const Text& local, const Text& announced, bool isLaunchedByUrl) {
     if (!local)
         return JoinAppStep::download;
@@ -24,7 +24,7 @@ inline JoinAppStep joinAppStep(const Text& local, const Text& announced, bool is
     return isLaunchedByUrl ? JoinAppStep::goOn : JoinAppStep::waitForLaunchUrl;
 }
 
-/// Whether an installed Crash Detector goes, so that a new one comes. One that has no version does.
+/// Returns whether to replace an installed Crash Detector. One without a version is always replaced.
 inline bool isCrashDetectorOutdated(const Text& local, const Text& announced) {
     return !local || (announced && announced != local);
 }

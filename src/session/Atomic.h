@@ -5,7 +5,7 @@
 
 namespace join {
 
-/// A value whose single reads and writes are indivisible. There is no transaction over several of them.
+/// A value whose individual reads and writes are atomic. There are no transactions over several values.
 template <class Value>
 class Atomic {
 public:
@@ -19,7 +19,7 @@ public:
 
     void set(Value value) {
         const std::scoped_lock lock(mutex_);
-        std::swap(value_, value); // the old value is destroyed after the lock is gone
+        std::swap(value_, value); // the old value is destroyed after the lock is released
     }
 
 private:

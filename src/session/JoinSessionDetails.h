@@ -18,7 +18,7 @@ inline constexpr std::int32_t remoteSupport = 1;
 inline constexpr std::int32_t unattended = 2;
 } // namespace SessionType
 
-/// The kinds of join: on the first run of a freshly downloaded Join app, or with one that was there.
+/// The kinds of join: on the first run of a freshly downloaded Join app, or on a later run.
 namespace JoinType {
 inline constexpr std::int32_t firstRemoteSupport = 0;
 inline constexpr std::int32_t firstMeeting = 1;
@@ -29,30 +29,30 @@ inline constexpr std::int32_t meeting = 3;
 /// Whether the Join app has just been downloaded.
 enum class JoinRun { first, later };
 
-/// The kind of session that a key opens, told by its length: a meeting from 10 characters on, remote support
-/// with exactly 9, nothing for a shorter key.
+/// Returns the kind of session that a key opens, judged by its length: a meeting from 10 characters on,
+/// remote support with exactly 9, nothing for a shorter key.
 std::optional<std::int32_t> sessionTypeForKey(std::string_view key);
 
-/// Everything that the Join app knows about the session in hand, held for the whole run. Nothing else carries
-/// session data between the subsystems. Every read and every write of a property is indivisible, from any
-/// thread; a text that was never set is absent.
+/// Everything that the Join app knows about the current session, kept for the whole run. Nothing else carries
+/// session data between the subsystems. Every read and write of a property is atomic, from any thread. A text
+/// that was never set is absent.
 class JoinSessionDetails {
 public:
-    /// The one instance, made on the first call; nullptr when that failed, which the log then says. Callers
-    /// that cannot go on without it take session().
+    /// Returns the one instance, created on the first call, or nullptr if that failed, which is logged.
+    /// Callers that cannot continue without it use session().
     static JoinSessionDetails* getInstance();
 
-    /// Writes the session defaults. Properties that have none keep what they hold.
+    /// Writes the session defaults. Properties without a default keep their values.
     static void setDefaultValues();
 
-    /// Sets the kind of join after the kind of session; an unattended session leaves it as it is.
+    /// Derives the kind of join from the kind of session; an unattended session leaves it unchanged.
     void setJoinTypeOf(JoinRun run);
 
-    /// Calls a user "Guest" of whom no e-mail address is known.
+    /// Sets the e-mail address to "Guest" if it is not known.
     void nameGuest();
 
     /// Starts a bundle's main executable as a child process in that working directory, without arguments, and
-    /// leaves it alone. A failure is logged and starts nothing.
+    /// does not wait for it. A failure is logged.
     void launchApplicationWith(const std::string& bundlePath, const std::string& directory);
 
     Atomic<Text> key;                ///< session key, typed by the user or received from the web page
@@ -88,7 +88,7 @@ public:
     Atomic<std::int32_t> joinType;     ///< a JoinType
 };
 
-/// The one instance of the session's state. Throws platform::Exception when there is none.
+/// Returns the one instance of the session's state. Throws platform::Exception if there is none.
 JoinSessionDetails& session();
 
 } // namespace join

@@ -14,8 +14,8 @@ namespace platform {
 class FileManager;
 } // namespace platform
 
-/// What every part of the join shares for the whole run; the windows and the downloads are the delegate's.
-/// Main thread only, but for the session's state.
+/// State shared by every part of the join for the whole run; the windows and the downloads belong to the
+/// delegate. Main thread only, except for the session's state.
 struct ProcessSlots {
     bool launchApp = false;                                ///< a launch URL has been handled in this run
     std::string tavoJoinLogFolder;                         ///< the Join log folder
@@ -23,17 +23,17 @@ struct ProcessSlots {
     std::unique_ptr<platform::Timer> loggingTimer;         ///< the log rotation timer
     std::string tavoMeetingNativeFolder;                   ///< the support folder
     std::string joinParametersTavoJoinFilePath;            ///< the delivered join parameter file
-    std::unique_ptr<JoinSessionDetails> joinInfo;          ///< made by JoinSessionDetails::getInstance()
+    std::unique_ptr<JoinSessionDetails> joinInfo;          ///< created by JoinSessionDetails::getInstance()
     Text jsonData;                         ///< the milestones of this run as JSON; absent before the first
     std::int32_t logFileNameCount = 0;     ///< the highest generation that the next log rotation writes
     std::int32_t copyCounter = 0;          ///< how often the agent has been copied and launched
     std::int32_t joinDownloadFailures = 0; ///< of the Join app's own image
 };
 
-/// The one set of slots of this process.
+/// Returns the slots of this process.
 ProcessSlots& slots();
 
-/// The file manager that every file operation goes through.
+/// Returns the file manager that every file operation uses.
 platform::FileManager& files();
 
 } // namespace join

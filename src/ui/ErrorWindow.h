@@ -8,17 +8,17 @@
 
 namespace join {
 
-/// The message of the error window: the localised text, in which a doubled percent sign stands for one, with
-/// its first occurrence of the link text as the link. Without one there is no link.
+/// Returns the message of the error window: the localised text, with doubled percent signs reduced to one and
+/// the first occurrence of the link text as the link. If the link text does not occur, there is no link.
 platform::MessageText errorMessage(std::string_view localizedMessage, std::string_view linkText);
 
-/// Tells that this system does not meet the requirements. Its OK button and its close button end the process
-/// at once. Main thread only.
+/// Tells the user that this system does not meet the requirements. Its OK button and its close button end the
+/// process at once. Main thread only.
 class ErrorWindow final : public WindowController {
 public:
     ErrorWindow();
 
-    /// Ends the process with status 0, without the application's termination. Never returns to its caller.
+    /// Ends the process with status 0, bypassing the application's termination. Never returns.
     void okButton();
 
 private:

@@ -7,8 +7,8 @@
 
 namespace join {
 
-/// What the answer to a key validation says: the text behind its first "<is-valid>", up to a further one if
-/// there is any; nothing when it holds none.
+/// Returns the verdict in the answer to a key validation: the text between the first "<is-valid>" and the
+/// next one, or the end; nothing if there is no "<is-valid>".
 inline std::optional<std::string_view> keyValidity(std::string_view body) {
     const auto pieces = split(body, "<is-valid>");
     if (pieces.size() < 2)

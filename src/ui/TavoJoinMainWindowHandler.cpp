@@ -50,8 +50,8 @@ void TavoJoinMainWindowHandler::windowDidLoad() {
     platform::Window& window = interface().window();
     centreOnMainScreen(window);
     window.setLevel(platform::floatingWindowLevel);
-    // Its close button is hidden, but a desktop has other ways to close a window, and one without it would be
-    // lost.
+    // Its close button is hidden, but desktops have other ways to close a window, and a join without this
+    // window could not be finished.
     window.setShouldClose([this] {
         cancelButtonAction();
         return true;
@@ -118,7 +118,7 @@ void TavoJoinMainWindowHandler::joinWith(const std::string& key, const std::stri
         return;
     }
     emailInputTextfield().setStringValue("");
-    joinInfoWindow_.showProgress(); // what follows may say otherwise at once
+    joinInfoWindow_.showProgress(); // what follows may change it at once
     services().notificationCenter->post("ModifyJoinDetails");
     services().notificationCenter->post("LaunchTavoApp");
     close();

@@ -8,26 +8,26 @@ namespace join {
 
 class TavoJoinWindowHandler;
 
-/// The window in which a person types the session key and an e-mail address. What is wrong with them is said
-/// in the fields themselves. Main thread only.
+/// The window in which the user types the session key and an e-mail address. Errors are shown in the fields
+/// themselves. Main thread only.
 class TavoJoinMainWindowHandler final : public WindowController {
 public:
-    /// The progress window is shown after a successful join; it outlives this controller.
+    /// The progress window is shown after a successful join; it must outlive this controller.
     explicit TavoJoinMainWindowHandler(TavoJoinWindowHandler& joinInfoWindow);
 
-    /// Shows the window with the red prompt that asks for a valid key in its key field.
+    /// Shows the window with a red prompt in its key field that asks for a valid key.
     void showWindowAskingForValidKey();
 
-    /// Takes the window off the screen; the program goes on.
+    /// Takes the window off the screen; the program continues.
     void close();
 
-    /// The Join button: goes on with the join when both fields are filled and the web server accepts the key.
+    /// The Join button: continues the join if both fields are filled and the web server accepts the key.
     void joinButtonAction();
 
     /// The Cancel button: quits.
     void cancelButtonAction();
 
-    /// Asks the web server about a key; blocks until it has answered.
+    /// Asks the web server about a key; blocks until it has answered. Returns whether the key is valid.
     bool isKeyValid(const std::string& key);
 
 private:
@@ -39,7 +39,7 @@ private:
     void showError(platform::TextField& field, const std::string& textKey);
 
     TavoJoinWindowHandler& joinInfoWindow_;
-    platform::TextAttributes errorTxtDict_; ///< of the red prompts
+    platform::TextAttributes errorTxtDict_; ///< for the red prompts
 };
 
 } // namespace join

@@ -5,29 +5,29 @@
 namespace join {
 
 /// The progress window: a spinning indicator and one line of text while the Join app checks, downloads and
-/// installs. Its two ways of going away for good end the program. Main thread only.
+/// installs. Both close() and the user's closing it end the program. Main thread only.
 class TavoJoinWindowHandler final : public WindowController {
 public:
     TavoJoinWindowHandler();
 
-    /// The outlets, loaded when they are needed first.
+    /// The outlets, loaded on first use.
     platform::Window& tavoJoinWindow();
     platform::Label& infoLabel();
     platform::ProgressIndicator& progress();
 
-    /// Says again that a join goes on. The window is not shown by that.
+    /// Shows again that the join is in progress. Does not bring the window to the screen.
     void showProgress();
 
-    /// Says that the session could not be joined, and that nothing goes on any more.
+    /// Shows that the session could not be joined, and stops the indicator.
     void showProblem();
 
-    /// Takes the window off the screen, if it is there; the program goes on.
+    /// Takes the window off the screen, if it is there; the program continues.
     void closeWindow();
 
-    /// Takes the window off the screen and quits. Never returns to its caller.
+    /// Takes the window off the screen and quits. Never returns.
     void close();
 
-    /// The user closes the window: quits.
+    /// Called when the user closes the window: quits.
     bool windowShouldClose();
 
 private:

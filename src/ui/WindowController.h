@@ -7,8 +7,7 @@
 
 namespace join {
 
-/// The base of the window controllers: loads its interface file when the window is needed first. Main thread
-/// only.
+/// The base of the window controllers: loads its interface file on first use. Main thread only.
 class WindowController {
 public:
     explicit WindowController(std::string windowNibName);
@@ -16,20 +15,20 @@ public:
     WindowController(const WindowController&) = delete;
     WindowController& operator=(const WindowController&) = delete;
 
-    /// Brings the window to the front with the keyboard; it has been painted when this returns.
+    /// Brings the window to the front with the keyboard focus. The window has been painted when this returns.
     virtual void showWindow();
 
-    /// Whether the window is on the screen. Does not load it.
+    /// Returns whether the window is on the screen. Does not load it.
     bool isVisible() const;
 
 protected:
-    /// Sets the window up, once it has been loaded.
+    /// Sets up the window after it has been loaded.
     virtual void windowDidLoad() = 0;
 
-    /// The loaded interface file.
+    /// Returns the interface file, loading it if necessary.
     platform::Interface& interface();
 
-    /// Takes a loaded window off the screen.
+    /// Takes the window off the screen, if it has been loaded.
     void orderOut();
 
 private:

@@ -17,7 +17,7 @@ constexpr std::array<std::string_view, 7> keptNames = {
     "writeSocketDataToFile", "webSiteDomainName", "joinDomainName",
 };
 
-/// The host names that are remembered, in the order in which a piece is tested for them.
+/// The host names to remember, in the order in which a piece is tested for them.
 struct RememberedHost {
     std::string_view name;
     Text OldJoinDetails::*value;

@@ -13,7 +13,7 @@ namespace {
 
 using Pair = std::pair<std::string_view, std::string_view>;
 
-/// The name and value of a piece; nothing when it holds no separator.
+/// Returns the name and value of a piece, or nothing if it contains no separator.
 std::optional<Pair> pairIn(std::string_view piece) {
     if (const std::size_t equals = piece.find('='); equals != std::string_view::npos) {
         const std::string_view value = piece.substr(equals + 1);

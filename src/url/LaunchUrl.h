@@ -12,8 +12,8 @@ using LaunchUrlParameters = std::map<std::string_view, std::string_view>;
 
 struct LaunchUrl {
     LaunchUrlParameters parameters;
-    std::size_t skippedPieces = 0; ///< pieces that hold no pair, such as the empty one behind a trailing "&"
-    bool hasParameters = false;    ///< false when the URL holds no "//"
+    std::size_t skippedPieces = 0; ///< pieces that hold no pair, such as the empty one after a trailing "&"
+    bool hasParameters = false;    ///< false if the URL contains no "//"
 };
 
 /// Parses a launch URL, which has no host, path or query and is not percent-decoded:
@@ -23,12 +23,12 @@ struct LaunchUrl {
 ///   piece  = name "=" value [ "=" rest ]              ; the rest is dropped
 ///          / name ( "%3D" / "%3d" ) value             ; only in a piece without "="
 ///
-/// Browsers write "=" as "%3D" wherever a "@" follows: they take what stands before it for a user name (URL
-/// Standard, authority state). Of two pairs with the same name the later one counts.
+/// Browsers write "=" as "%3D" wherever an "@" follows: they take what precedes it for a user name (URL
+/// Standard, authority state). If a name occurs twice, the later pair counts.
 LaunchUrl parseLaunchUrl(std::string_view url);
 
-/// The text of a URL that came as bytes: control characters, which no URL may hold, and bytes that are not
-/// UTF-8 come out percent-encoded (RFC 3986, section 2.1), everything else as it is.
+/// Returns the text of a URL received as bytes: control characters, which no URL may contain, and bytes that
+/// are not UTF-8 are percent-encoded (RFC 3986, section 2.1); everything else is unchanged.
 std::string launchUrlText(std::string_view bytes);
 
 } // namespace join

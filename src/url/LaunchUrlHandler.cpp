@@ -15,7 +15,7 @@ constexpr auto method = "-[AppDelegate handleGetURLEvent:withReplyEvent:]";
 
 using Details = JoinSessionDetails;
 
-/// The value under the first name, or under the second one when there is no first.
+/// Returns the value of the first name or, if that is missing, of the second.
 std::optional<std::string_view> valueOf(const LaunchUrlParameters& parameters, std::string_view name,
                                         std::string_view otherName = {}) {
     auto found = parameters.find(name);
@@ -32,7 +32,7 @@ bool isUsable(const std::optional<std::string_view>& value) {
 
 std::string trimmed(std::string_view value) { return std::string(trimBlanks(value)); }
 
-/// One row of the table of names: a usable value goes, without blanks at its ends, into a property.
+/// One row of the table of names: a usable value is stored, without blanks at its ends, in a property.
 struct Row {
     std::string_view name;
     std::string_view otherName;
@@ -80,7 +80,7 @@ void applyPerSessionValues(const LaunchUrlParameters& parameters) {
     session().isDemoTech.set(valueOf(parameters, "isDemoTech") == "true" ? "true" : "false");
 }
 
-/// Everything but the key.
+/// Applies everything but the key.
 void applyParameters(const LaunchUrlParameters& parameters) {
     const auto email = valueOf(parameters, "e", "email");
     session().emailID.set(isUsable(email) ? trimmed(*email) : "Guest");
@@ -90,7 +90,7 @@ void applyParameters(const LaunchUrlParameters& parameters) {
     applyPerSessionValues(parameters);
 }
 
-/// The parameters as one readable text.
+/// Returns the parameters as one readable text.
 std::string description(const LaunchUrlParameters& parameters) {
     std::string text = "{";
     for (const auto& [name, value] : parameters)

@@ -4,8 +4,8 @@
 
 namespace join {
 
-/// Writes what a launch URL says into the session state, and what it holds into the log. The URL is given as
-/// its bytes came. Whether it has a key; without one the session keeps the key that it had.
+/// Writes the contents of a launch URL into the session state and the log. The URL is given as raw bytes.
+/// Returns whether it has a key; if not, the session keeps its present key.
 bool applyLaunchUrl(const std::string& url);
 
 } // namespace join

@@ -22,7 +22,7 @@ void createJoinDetails(const std::string& path, const JoinSessionDetails& detail
         log("%s : Unable to create tavojoindetails.conf file", method);
 }
 
-/// Names the values that the session adds to the file.
+/// Logs the values that the session adds to the file.
 void logAddedValues(const JoinSessionDetails& details) {
     if (const Text value = details.roleChangeOnInit(); isFilled(value))
         log("%s : Condition roleChangeOnInit : %@", method, value);
@@ -45,7 +45,7 @@ void modifyJoinDetails() {
             createJoinDetails(path, details);
             return;
         }
-        // A file that cannot be read, or holds less than its header, counts as an empty one.
+        // A file that cannot be read, or is shorter than its header, counts as empty.
         const std::string body = readJoinParameterFile(method, path).value_or(std::string());
         const OldJoinDetails old = readOldJoinDetails(body);
         for (const std::string_view piece : old.roleChangePieces)

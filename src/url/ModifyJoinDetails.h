@@ -2,8 +2,7 @@
 
 namespace join {
 
-/// Brings the join details file in line with the session state. Logs what it does and what fails. Main thread
-/// only.
+/// Updates the join details file from the session state. Logs what it does and what fails. Main thread only.
 void modifyJoinDetails();
 
 } // namespace join
