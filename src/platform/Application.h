@@ -11,12 +11,13 @@ public:
 
     /// Before the run loop starts.
     virtual void awakeFromNib() = 0;
-    /// A URL that started the program is delivered between these two.
+    /// If a URL started the program, it is delivered between these two calls.
     virtual void applicationWillFinishLaunching() = 0;
     virtual void applicationDidFinishLaunching() = 0;
 
-    /// The user opens the running application again and sees no window of it. Shows one when work goes on;
-    /// false when there is nothing to show, and a new process may take over.
+    /// Called when the user opens the running application again while none of its windows is visible. Shows a
+    /// window if work is in progress. Returns false if there is nothing to show; a new process may then take
+    /// over.
     virtual bool applicationShouldHandleReopen() = 0;
 
     virtual void applicationWillTerminate() = 0;
@@ -28,10 +29,10 @@ struct SystemVersion {
     int maintenance = 0;
 };
 
-/// What a system counts as whose own number says nothing about its age.
+/// The version to assume for a system whose own number says nothing about its age.
 inline constexpr SystemVersion oldestSupported{.major = 11};
 
-/// Where the system says its name and version: an XML property list with the texts ProductName and
+/// Where the system keeps its name and version: an XML property list with the texts ProductName and
 /// ProductVersion.
 inline constexpr const char* systemVersionPath = "/System/Library/CoreServices/SystemVersion.plist";
 
@@ -40,20 +41,20 @@ class Application {
 public:
     virtual ~Application() = default;
 
-    /// Tells the delegate that the program starts, then runs the loop until the program is terminated.
+    /// Tells the delegate that the program is starting, then runs the loop until the program is terminated.
     [[noreturn]] virtual void run(ApplicationDelegate& delegate) = 0;
 
-    /// Ends the program with status 0, after telling the delegate. Never returns to its caller.
+    /// Tells the delegate, then ends the program with status 0. Never returns.
     [[noreturn]] virtual void terminate() = 0;
 
-    /// Ends the process with status 0 at once, telling nobody.
+    /// Ends the process with status 0 at once, without telling anyone.
     [[noreturn]] virtual void exitImmediately() = 0;
 
-    /// The absolute path of the bundle that this program runs from.
+    /// Returns the absolute path of the bundle that this program runs from.
     virtual std::string bundlePath() = 0;
     virtual std::string bundleIdentifier() = 0;
 
-    /// The operating system's version; zeros for what cannot be told.
+    /// Returns the operating system's version; parts that are not known are 0.
     virtual SystemVersion systemVersion() = 0;
 };
 

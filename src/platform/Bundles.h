@@ -12,12 +12,13 @@ class Bundles {
 public:
     virtual ~Bundles() = default;
 
-    /// The information property list of the bundle at that path; nothing when there is no such bundle or its
-    /// list cannot be read.
+    /// Returns the information property list of the bundle at that path, or nothing if there is no such
+    /// bundle or its list cannot be read.
     virtual std::optional<Value> infoDictionary(const std::string& bundlePath) = 0;
 
-    /// The path of the bundle's main executable, the CFBundleExecutable in its MacOS folder. Throws Exception
-    /// when the path holds no bundle, or the bundle names none, or one that would lie outside that folder.
+    /// Returns the path of the bundle's main executable: the file in its MacOS folder that CFBundleExecutable
+    /// names. Throws Exception if the path is not a bundle, or the bundle names no executable or one outside
+    /// that folder.
     virtual std::string mainExecutable(const std::string& bundlePath) = 0;
 };
 

@@ -15,12 +15,12 @@ struct LocalTime {
     int millisecond = 0;
 };
 
-/// The time and its passing. Any thread.
+/// Tells the time and sleeps. Any thread.
 class Clock {
 public:
     virtual ~Clock() = default;
 
-    /// Now, in the user's time zone.
+    /// Returns the current time in the user's time zone.
     virtual LocalTime localTime() = 0;
 
     /// Blocks the calling thread.

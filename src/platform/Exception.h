@@ -5,8 +5,8 @@
 
 namespace join::platform {
 
-/// What a platform service raises when it cannot do what it was asked and has no result to say so with.
-/// Carries a description for the log and the call stack of the place where it was made.
+/// Thrown by a platform service that cannot do what it was asked and has no result to report that. Carries a
+/// description for the log, and the call stack of the place where it was created.
 class Exception : public std::exception {
 public:
     explicit Exception(std::string description);
@@ -14,11 +14,11 @@ public:
     const char* what() const noexcept override { return description_.c_str(); }
     const std::string& callStack() const noexcept { return callStack_; }
 
-    /// Gives the call stack of its caller as text.
+    /// Returns the call stack of its caller as text.
     using CallStackSource = std::string (*)();
 
-    /// Installed once, by the realisation of the platform, before the first service is used. Without one the
-    /// call stack of an exception is empty.
+    /// Set once, by the platform's implementation, before the first service is used. Without it, exceptions
+    /// have an empty call stack.
     static void setCallStackSource(CallStackSource source) noexcept;
 
 private:
@@ -26,7 +26,7 @@ private:
     std::string callStack_;
 };
 
-/// The call stack of an exception, empty when it does not carry one.
+/// Returns the call stack of an exception, or an empty text if it carries none.
 std::string callStackOf(const std::exception& exception);
 
 } // namespace join::platform

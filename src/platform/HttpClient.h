@@ -16,17 +16,17 @@ namespace join::platform {
 
 /// A GET request over HTTPS.
 struct HttpRequest {
-    std::string url;                                    ///< absolute, as RFC 3986 writes it
+    std::string url;                                    ///< absolute, in the syntax of RFC 3986
     std::chrono::milliseconds timeout{60'000};          ///< for the whole exchange
-    std::size_t maximumBodySize = std::size_t{1} << 20; ///< bytes; a longer answer is an error
+    std::size_t maximumBodySize = std::size_t{1} << 20; ///< in bytes; a longer answer is an error
 };
 
 struct HttpError {
     std::string description; ///< what went wrong, in plain words
-    std::string failingUrl;  ///< the text of the URL that was asked for
+    std::string failingUrl;  ///< the requested URL, as given
 };
 
-/// What came of a request. On an error there is neither status nor body.
+/// The result of a request. After an error there is neither status nor body.
 struct HttpReply {
     std::optional<int> status;
     std::optional<std::string> body;
@@ -35,14 +35,14 @@ struct HttpReply {
 
 /// A GET request over HTTPS whose body goes into a file.
 struct DownloadRequest {
-    std::string url;                                 ///< absolute, as RFC 3986 writes it
-    std::string userAgent;                           ///< the "User-Agent" header
-    std::string destination;                         ///< absolute path of the file, replaced when it exists
-    std::chrono::milliseconds stallTimeout{240'000}; ///< how long it may go on without a byte
+    std::string url;         ///< absolute, in the syntax of RFC 3986
+    std::string userAgent;   ///< the "User-Agent" header
+    std::string destination; ///< absolute path of the file; an existing one is replaced
+    std::chrono::milliseconds stallTimeout{240'000}; ///< how long it may go without receiving a byte
 };
 
-/// Is told of a download, on the main queue: that it has begun, then how it has ended, each once. A download
-/// that could not begin only fails.
+/// Receives the events of a download, on the main queue: one for its beginning, one for its end. A download
+/// that cannot begin only reports its failure.
 class DownloadDelegate {
 public:
     virtual ~DownloadDelegate() = default;
@@ -51,7 +51,7 @@ public:
     virtual void downloadDidFinish() = 0;
 };
 
-/// A download that is going on or has ended. Destroying it ends it; its delegate is told nothing more.
+/// A download in progress or finished. Destroying it stops it, and its delegate hears nothing more.
 class Download {
 public:
     virtual ~Download() = default;
@@ -59,20 +59,20 @@ public:
 
 /// A POST request over HTTPS.
 struct PostRequest {
-    std::string url;                                          ///< absolute, as RFC 3986 writes it
-    std::vector<std::pair<std::string, std::string>> headers; ///< in their order
-    std::string body;                         ///< all of it, or what stands before the file's bytes
-    std::shared_ptr<const ReadableFile> file; ///< read while it is sent, on another thread; may be missing
+    std::string url;                                          ///< absolute, in the syntax of RFC 3986
+    std::vector<std::pair<std::string, std::string>> headers; ///< in order
+    std::string body;                         ///< the whole body, or what precedes the file's bytes
+    std::shared_ptr<const ReadableFile> file; ///< read while it is sent, on another thread; may be null
     std::string bodyBehindFile;
-    std::chrono::milliseconds stallTimeout{60'000};       ///< how long it may go on without a byte
-    std::size_t maximumAnswerSize = std::size_t{1} << 16; ///< bytes; a longer answer ends there
+    std::chrono::milliseconds stallTimeout{60'000};       ///< how long it may go without transferring a byte
+    std::size_t maximumAnswerSize = std::size_t{1} << 16; ///< in bytes; a longer answer is cut off there
 
-    /// The length of the whole body, in bytes.
+    /// Returns the size of the whole body, in bytes.
     std::uint64_t bodySize() const { return body.size() + (file ? file->size() : 0) + bodyBehindFile.size(); }
 };
 
-/// Is told of a connection, on the main queue: of the response and its data as they arrive, then, once, how
-/// it has ended. The status is not judged.
+/// Receives the events of a connection, on the main queue: the response and its data as they arrive, then,
+/// once, the end. The status is not judged.
 class ConnectionDelegate {
 public:
     virtual ~ConnectionDelegate() = default;
@@ -82,33 +82,33 @@ public:
     virtual void connectionDidFail(const HttpError& error) = 0;
 };
 
-/// A connection that is going on or has ended. Destroying it ends it; its delegate is told nothing more.
+/// A connection in progress or finished. Destroying it stops it, and its delegate hears nothing more.
 class Connection {
 public:
     virtual ~Connection() = default;
 };
 
-/// HTTPS with certificates verified, against the system's and those that SSL_CERT_FILE and SSL_CERT_DIR name.
-/// Redirects are followed, never off HTTPS. Answers that are compressed come decoded, and their limits hold
-/// for the decoded bytes; the body of a download stays as it is.
+/// HTTPS with certificates verified against the system's and those named by SSL_CERT_FILE and SSL_CERT_DIR.
+/// Redirects are followed, but never away from HTTPS. Compressed answers are decoded, and their limits apply
+/// to the decoded bytes; the body of a download is left as it is.
 class HttpClient {
 public:
     virtual ~HttpClient() = default;
 
-    /// Sends the request and blocks until it has been answered, has failed or has taken too long. Text that
-    /// is no URL, one of another scheme, or one that names a user (which hides the host from its reader) is
-    /// an error and asks nobody. Never throws. Main thread only.
+    /// Sends the request and blocks until it has been answered, has failed or has timed out. A text that is
+    /// not a URL, a URL with another scheme, or one with a user name (which hides the host from the reader)
+    /// is an error, and no server is contacted. Never throws. Main thread only.
     virtual HttpReply get(const HttpRequest& request) = 0;
 
-    /// Starts a download and returns at once; nullptr when it could not be started at all. The destination
-    /// appears only when the body is whole and the status is 2xx; otherwise it stays what it was, and nothing
-    /// is left beside it. The delegate outlives the download. The URL is judged as for get(). Never throws.
-    /// Main thread only.
+    /// Starts a download and returns at once, with nullptr if it could not be started at all. The destination
+    /// appears only when the body is complete and the status is 2xx; otherwise it is left as it was, and
+    /// nothing is left beside it. The delegate must outlive the download. URLs are checked as for get().
+    /// Never throws. Main thread only.
     virtual std::unique_ptr<Download> download(const DownloadRequest& request,
                                                DownloadDelegate& delegate) = 0;
 
-    /// Sends a request and returns at once; nullptr when it could not be started at all. Redirects are not
-    /// followed. The delegate outlives the connection. The URL is judged as for get(). Never throws. Main
+    /// Sends a request and returns at once, with nullptr if it could not be started at all. Redirects are not
+    /// followed. The delegate must outlive the connection. URLs are checked as for get(). Never throws. Main
     /// thread only.
     virtual std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) = 0;
 };

@@ -13,13 +13,12 @@ class Json {
 public:
     virtual ~Json() = default;
 
-    /// The document, which is an object or an array at its top; nothing for bytes that are no such document,
-    /// that are not UTF-8 or that are nested deeper than maximumValueDepth. Numbers beyond 64 bits become
-    /// doubles.
+    /// Returns the value of a document with an object or an array at the top. Returns nothing if the bytes
+    /// are not such a document, not UTF-8, or nested deeper than maximumValueDepth. Numbers beyond 64 bits
+    /// become doubles.
     virtual std::optional<Value> parse(std::string_view document) = 0;
 
-    /// Compact text without blanks or line breaks, members in their order. Bytes of a text that are not UTF-8
-    /// come out as U+FFFD.
+    /// Returns compact text without blanks or line breaks, members in order. Invalid UTF-8 becomes U+FFFD.
     virtual std::string serialise(const Value& value) = 0;
 };
 

@@ -12,7 +12,7 @@ void NotificationCenter::post(std::string_view name, const std::optional<std::st
     const auto found = observers_.find(name);
     if (found == observers_.end())
         return;
-    const auto observers = found->second; // an observer may add one, which moves the list
+    const auto observers = found->second; // a copy, because an observer may add one, which moves the list
     for (const Observer& observer : observers)
         observer(object);
 }

@@ -9,18 +9,18 @@ class Paths {
 public:
     virtual ~Paths() = default;
 
-    /// The user's home folder, without a separator at its end unless it is "/".
+    /// Returns the user's home folder, without a trailing separator unless it is "/".
     virtual std::string home() = 0;
 
-    /// The user's Library folder. Once the program has started it exists, and is private to the user if the
-    /// program made it; unless the home takes none.
+    /// Returns the user's Library folder. It exists once the program has started, unless it cannot be created
+    /// in the home folder. If the program created it, it is private to the user.
     virtual std::string userLibrary() = 0;
 
-    /// The Applications folder of the local domain.
+    /// Returns the Applications folder of the local domain.
     virtual std::string localApplications() = 0;
 
-    /// A folder for temporary files, private to the user, with a separator at its end; made when it is
-    /// missing. Throws Exception when there is none that is safe to use.
+    /// Returns a folder for temporary files, private to the user, with a trailing separator; creates it if it
+    /// is missing. Throws Exception if there is none that is safe to use.
     virtual std::string temporary() = 0;
 };
 

@@ -12,9 +12,9 @@ class PropertyLists {
 public:
     virtual ~PropertyLists() = default;
 
-    /// The value of a list, nothing for bytes that are none, that are cut off, or that are out of all
-    /// proportion (more than a mebibyte, more than some thousand objects, nested deeper than
-    /// maximumValueDepth). Dates, data and identifiers come out as text.
+    /// Returns the value of a list. Returns nothing if the bytes are not a list, are cut off, or exceed the
+    /// limits (a mebibyte, some thousand objects, maximumValueDepth levels). Dates, data and identifiers
+    /// become texts.
     virtual std::optional<Value> parse(std::string_view bytes) = 0;
 };
 

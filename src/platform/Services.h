@@ -20,7 +20,7 @@ class UrlEvents;
 class Windows;
 class Workspace;
 
-/// Every service of the platform. Filled once by the composition root, which owns them and outlives the
+/// Every service of the platform. Filled in once by the composition root, which owns them and outlives the
 /// logic.
 struct Services {
     Application* application = nullptr;
@@ -42,7 +42,7 @@ struct Services {
     Workspace* workspace = nullptr;
 };
 
-/// The services that the logic reaches everything through.
+/// Returns the services through which the logic reaches everything.
 Services& services();
 
 } // namespace join::platform

@@ -11,27 +11,27 @@ struct Program {
     std::string path;
     std::vector<std::string> arguments;
     std::string workingDirectory;
-    std::chrono::milliseconds patience = std::chrono::minutes(15); ///< with one that is waited for
+    std::chrono::milliseconds patience = std::chrono::minutes(15); ///< only for a program that is waited for
 };
 
 /// How a program ended.
 struct TaskResult {
-    bool exited = false; ///< false when a signal ended it, as it does when the patience is at its end
-    int status = 0;      ///< its exit status, or the number of that signal
+    bool exited = false; ///< false if a signal ended it, as it does when the patience runs out
+    int status = 0;      ///< the exit status, or the number of that signal
     std::string output;  ///< what it wrote to its standard output
 };
 
-/// Child processes. They get the standard streams and no other descriptor. A tool that the system does not
-/// have is looked for by its name among the helpers in the program's own bundle. Both operations throw
-/// Exception when the program cannot be started. Main thread only.
+/// Child processes. They inherit the standard streams and no other descriptor. A tool that the system does
+/// not have is looked up by name among the helpers in the program's own bundle. Both operations throw
+/// Exception if the program cannot be started. Main thread only.
 class Tasks {
 public:
     virtual ~Tasks() = default;
 
-    /// Runs the program with its standard output connected to a pipe, and waits until it has ended.
+    /// Runs the program with its standard output connected to a pipe, and waits for it to end.
     virtual TaskResult run(const Program& program) = 0;
 
-    /// Starts the program with its standard streams inherited, and leaves it alone.
+    /// Starts the program with its standard streams inherited, and does not wait for it.
     virtual void start(const Program& program) = 0;
 };
 

@@ -12,12 +12,12 @@ public:
     virtual ~Timer() = default;
 };
 
-/// Timers of the main run loop. They fire in nested loops too. Main thread only.
+/// Timers of the main run loop. They also fire in nested loops. Main thread only.
 class Timers {
 public:
     virtual ~Timers() = default;
 
-    /// Calls the action again and again, the first time after one interval; owned by the caller.
+    /// Calls the action repeatedly, the first time after one interval, until the caller destroys the timer.
     virtual std::unique_ptr<Timer> repeating(std::chrono::milliseconds interval,
                                              std::function<void()> action) = 0;
 };

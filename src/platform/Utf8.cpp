@@ -4,7 +4,7 @@ namespace join::platform {
 
 namespace {
 
-// The range of the second byte depends on the first one (RFC 3629, section 4).
+// The range of the second byte depends on the first (RFC 3629, section 4).
 struct Lead {
     unsigned char first, last;
     std::size_t length;

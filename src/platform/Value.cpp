@@ -19,9 +19,9 @@ const Value* Value::member(std::string_view name) const {
 
 namespace {
 
-/// Writes numbers in the fewest digits that tell them apart, whole ones without a fraction.
+/// Writes a number in the fewest digits that identify it; whole numbers have no fraction.
 std::string describeNumber(double number) {
-    constexpr double exact = 1e15; // whole numbers up to here have all of their digits
+    constexpr double exact = 1e15; // whole numbers below this have exact digits
     if (std::trunc(number) == number && std::abs(number) < exact)
         return std::to_string(static_cast<std::int64_t>(number));
     std::array<char, 32> digits{};

@@ -29,13 +29,13 @@ inline constexpr Color black{0, 0, 0};
 inline constexpr Color red{255, 0, 0};
 inline constexpr Color blue{0, 0, 255};
 
-/// How a text is drawn: in the system's font at that size.
+/// How a text is drawn: its colour, and its size in the system's font.
 struct TextAttributes {
     Color color;
     int pointSize = 0;
 };
 
-/// A message in which a part may be a link. The link is given in bytes of the UTF-8 text.
+/// A message, part of which may be a link. The link's place is given in bytes of the UTF-8 text.
 struct MessageText {
     struct Link {
         std::size_t offset = 0;
@@ -49,7 +49,7 @@ struct MessageText {
     std::optional<Link> link;
 };
 
-/// Levels that keep a window above those of lower ones, as far as the desktop allows it.
+/// Levels that keep a window above those of lower levels, as far as the desktop allows it.
 inline constexpr int normalWindowLevel = 0;
 inline constexpr int floatingWindowLevel = 3;
 inline constexpr int statusWindowLevel = 25;
@@ -68,13 +68,14 @@ public:
     virtual void setTitle(const std::string& title) = 0;
     virtual void hideStandardButton(StandardButton button) = 0;
 
-    /// Asked when the user closes the window; it closes when the answer is true.
+    /// Sets the function that decides whether the window closes when the user asks for it.
     virtual void setShouldClose(std::function<bool()> shouldClose) = 0;
 
     /// Draws what has changed, if the window is on the screen. It has been painted when this returns.
     virtual void display() = 0;
 
-    /// Puts the window on the screen, in front, with the keyboard. It has been painted when this returns.
+    /// Puts the window on the screen, in front, with the keyboard focus. It has been painted when this
+    /// returns.
     virtual void makeKeyAndOrderFront() = 0;
 
     /// Takes the window off the screen.
@@ -82,7 +83,7 @@ public:
     virtual bool isVisible() const = 0;
 };
 
-/// A text to be read. Whatever text it is given it shows as the characters it is.
+/// A text to read. Every character is shown as it is: there is no markup.
 class Label {
 public:
     virtual ~Label() = default;
@@ -90,25 +91,25 @@ public:
     virtual void setStringValue(const std::string& text) = 0;
     virtual void setTextColor(Color color) = 0;
 
-    /// Shows a message, whose link works by mouse and by keyboard.
+    /// Shows a message, whose link works with mouse and keyboard.
     virtual void setMessage(const MessageText& message) = 0;
 };
 
-/// A line to be typed into.
+/// A line to type into.
 class TextField {
 public:
     virtual ~TextField() = default;
 
     virtual void setStringValue(const std::string& text) = 0;
 
-    /// The text that stands in it, line breaks as blanks.
+    /// Returns the text in the field, with line breaks as blanks.
     virtual std::string stringValue() const = 0;
 
-    /// The prompt that is shown while it is empty.
+    /// Sets the prompt that is shown while the field is empty.
     virtual void setPlaceholder(const std::string& text) = 0;
     virtual void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) = 0;
 
-    /// Takes the keyboard.
+    /// Takes the keyboard focus.
     virtual void becomeFirstResponder() = 0;
 };
 
@@ -119,7 +120,7 @@ public:
     virtual void setTitle(const std::string& title) = 0;
     virtual void setEnabled(bool enabled) = 0;
 
-    /// What a click, or the key that stands for it, does. One that comes while it is being done is lost.
+    /// Sets what a click or its keyboard equivalent does. A click while the action runs is lost.
     virtual void setAction(std::function<void()> action) = 0;
 };
 
@@ -132,8 +133,8 @@ public:
     virtual void setHidden(bool hidden) = 0;
 };
 
-/// A loaded interface file: one window and its controls, the outlets, by their names. It owns them all. An
-/// outlet that the file does not hold, or holds as another kind of control, throws Exception.
+/// A loaded interface file: one window and its controls, the outlets, by name. It owns them all. Throws
+/// Exception for an outlet that the file does not contain, or contains as another kind of control.
 class Interface {
 public:
     virtual ~Interface() = default;
@@ -149,11 +150,11 @@ class Windows {
 public:
     virtual ~Windows() = default;
 
-    /// Loads a named interface file; its window is not on the screen yet. Throws Exception for a name that is
-    /// none.
+    /// Loads a named interface file; its window is not on the screen yet. Throws Exception if there is no
+    /// file of that name.
     virtual std::unique_ptr<Interface> load(const std::string& name) = 0;
 
-    /// The size of the main screen.
+    /// Returns the size of the main screen.
     virtual Size mainScreenSize() = 0;
 };
 
@@ -162,7 +163,7 @@ class Strings {
 public:
     virtual ~Strings() = default;
 
-    /// The text of the key in the user's language; the key itself when it has none.
+    /// Returns the text of the key in the user's language, or the key itself if there is none.
     virtual std::string localized(const std::string& key) = 0;
 };
 

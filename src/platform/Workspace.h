@@ -5,9 +5,9 @@
 
 namespace join::platform {
 
-/// What the system tells of a mounted volume.
+/// What the system tells about a mounted volume.
 struct FileSystemInfo {
-    bool known = false; ///< false when the path is no volume; nothing else is told then
+    bool known = false; ///< false if the path is not a volume; then nothing else is set
     bool removable = false;
     bool writable = false;
     bool unmountable = false;
@@ -21,16 +21,16 @@ public:
     virtual ~Workspace() = default;
 
     /// Starts a bundle's main executable, detached: in a session of its own, its standard streams on the null
-    /// device, no descriptor inherited. Returns when the program has begun to run. A refused launch is logged
-    /// and gives false; nothing throws.
+    /// device, no descriptor inherited. Returns true once the program is running. A refused launch is logged
+    /// and returns false; nothing throws.
     virtual bool launchApplication(const std::string& bundlePath,
                                    const std::vector<std::string>& arguments) = 0;
 
-    /// The bundle identifiers of the user's running applications that have this identifier, one for each
+    /// Returns the identifiers of the user's running applications that have this identifier, one for each
     /// process.
     virtual std::vector<std::string> runningApplications(const std::string& bundleIdentifier) = 0;
 
-    /// The paths of the mounted volumes that are not on the network, those below /Volumes first.
+    /// Returns the paths of the mounted volumes that are not on the network, those below /Volumes first.
     virtual std::vector<std::string> mountedLocalVolumePaths() = 0;
 
     virtual FileSystemInfo fileSystemInfo(const std::string& volumePath) = 0;

@@ -36,7 +36,7 @@ void QtApplication::terminate() {
     if (delegate_)
         delegate_->applicationWillTerminate();
     steps_.beforeEnd();
-    // Threads of the toolkit still run: destroying static objects now would pull the ground from under them.
+    // Threads of the toolkit are still running: destroying static objects now would break them.
     std::quick_exit(EXIT_SUCCESS);
 }
 
@@ -54,7 +54,7 @@ SystemVersion QtApplication::systemVersion() {
     const auto file = services().fileManager->read(systemVersionPath);
     const auto list = file ? services().propertyLists->parse(*file) : std::nullopt;
     const Value* text = list ? list->member("ProductVersion") : nullptr;
-    // A full disk takes no file, and a crash may leave an empty one; neither makes the system too old.
+    // A full disk may leave no file, and a crash an empty one; neither makes the system too old.
     if (!text || !text->text())
         return oldestSupported;
     const auto version = QVersionNumber::fromString(QString::fromStdString(*text->text()));

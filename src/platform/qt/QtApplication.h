@@ -7,15 +7,15 @@
 
 namespace join::platform {
 
-/// The application on Qt's event loop. A QApplication exists before this object and outlives it. It reads
-/// property lists through services().
+/// The application on Qt's event loop. The QApplication must exist before this object and outlive it.
+/// Property lists are read through services().
 class QtApplication final : public Application {
 public:
-    /// What happens between the delegate's calls.
+    /// What to do between the calls of the delegate.
     struct Steps {
-        std::function<void()> afterFirstWindow;  ///< once awakeFromNib has put the first window on the screen
+        std::function<void()> afterFirstWindow; ///< after awakeFromNib has put the first window on the screen
         std::function<void()> deliverLaunchUrls; ///< before launching is finished
-        std::function<void()> beforeEnd; ///< when the application terminates, after the delegate's last call
+        std::function<void()> beforeEnd;         ///< on termination, after the delegate's last call
     };
 
     QtApplication(std::string bundlePath, Steps steps);

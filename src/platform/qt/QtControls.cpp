@@ -16,7 +16,7 @@ namespace join::platform {
 
 namespace {
 
-constexpr int longestInput = 1 << 20; // characters; nobody types more, and a paste by mistake does no harm
+constexpr int longestInput = 1 << 20; // characters; nobody types more, and a stray paste does no harm
 constexpr int longestToolTip = 1000;
 constexpr int textMargin = 6;        // pixels
 constexpr int roomBesidePrompt = 24; // pixels, for margins, frame and cursor
@@ -30,7 +30,7 @@ QString part(const std::string& text, std::size_t offset, std::size_t length = s
     return toQString(text.substr(offset, length)).toHtmlEscaped().replace('\n', "<br>");
 }
 
-/// The message as rich text in which nothing but its link has a meaning.
+/// Returns the message as rich text in which only the link has a meaning.
 QString richText(const MessageText& message) {
     const std::string& text = message.text;
     if (!message.link)
@@ -43,8 +43,8 @@ QString richText(const MessageText& message) {
            part(text, link.offset + link.length);
 }
 
-/// Brings a label's link to the keyboard: Tab selects it, and Return then opens it instead of clicking the
-/// window's default button.
+/// Makes a label's link reachable by keyboard: Tab selects it, and Return then opens it instead of clicking
+/// the window's default button.
 class LinkKeys final : public QObject {
 public:
     LinkKeys(QLabel& label, qsizetype start, qsizetype length)
@@ -117,7 +117,7 @@ std::string QtLineEdit::stringValue() const {
 }
 
 void QtLineEdit::setPlaceholder(const std::string& text) {
-    // Not every desktop's theme has a colour for prompts that can be read on its background.
+    // Not every desktop theme has a prompt colour that is readable on its background.
     QColor color = QApplication::palette(&edit_).color(QPalette::Text);
     color.setAlpha(promptAlpha);
     setPrompt(text, color);
@@ -139,9 +139,9 @@ void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color) {
     if (edit_.accessibleName().isEmpty())
         edit_.setAccessibleName(text);
     edit_.setAccessibleDescription(text);
-    // For a text that is longer than the field. The mark-up around it has it shown as the characters it is.
+    // For a text longer than the field. The surrounding markup makes Qt show the characters as they are.
     edit_.setToolTip("<p>" + text.left(longestToolTip).toHtmlEscaped() + "</p>");
-    if (edit_.text().isEmpty()) // it can be seen
+    if (edit_.text().isEmpty()) // the prompt is visible
         edit_.setMinimumWidth(
             std::max(leastWidth_, edit_.fontMetrics().horizontalAdvance(text) + roomBesidePrompt));
 }
@@ -164,7 +164,7 @@ QtButton::QtButton(QPushButton& button, QtMainQueue& mainQueue) : button_(button
 }
 
 void QtButton::setTitle(const std::string& title) {
-    button_.setText(toQString(title).replace('&', "&&")); // no character of it is a shortcut
+    button_.setText(toQString(title).replace('&', "&&")); // so that no character becomes a shortcut
 }
 
 void QtButton::setEnabled(bool enabled) { button_.setEnabled(enabled); }
@@ -176,7 +176,7 @@ void QtButton::act() {
         return;
     const QScopedValueRollback acting(isActing_, true);
     action_();
-    // Clicks that were made while the action blocked the loop arrive now, and are lost.
+    // Clicks made while the action blocked the loop arrive now, and are dropped.
     const QtMainQueue::Hold hold(mainQueue_);
     QCoreApplication::processEvents();
 }

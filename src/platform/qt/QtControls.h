@@ -11,7 +11,7 @@ namespace join::platform {
 class QtMainQueue;
 class SpinningIndicator;
 
-/// A line of text to be read. It does not own its widget, as no control here does.
+/// A line of text to read. Like all controls here, it does not own its widget.
 class QtLabel final : public Label {
 public:
     explicit QtLabel(QLabel& label);
@@ -24,7 +24,7 @@ private:
     QLabel& label_;
 };
 
-/// A line of text to be typed into. Its prompt is its name for a screen reader.
+/// A line of text to type into. Screen readers use its prompt as its name.
 class QtLineEdit final : public TextField {
 public:
     explicit QtLineEdit(QLineEdit& edit);
@@ -42,8 +42,7 @@ private:
     int leastWidth_;
 };
 
-/// A button. The default one of its window is also clicked by Return, one with the property "cancels" by
-/// Escape.
+/// A button. Return also clicks its window's default button, and Escape the one with the property "cancels".
 class QtButton final : public Button {
 public:
     QtButton(QPushButton& button, QtMainQueue& mainQueue);

@@ -39,7 +39,7 @@ QtMainQueue::Hold::~Hold() {
     if (--queue_.holds_ > 0)
         return;
     const std::scoped_lock lock(queue_.mutex_);
-    for (std::size_t i = 0; i < queue_.waiting_.size(); ++i) // each lost its turn
+    for (std::size_t i = 0; i < queue_.waiting_.size(); ++i) // each lost its turn during the hold
         queue_.wake();
 }
 

@@ -15,9 +15,8 @@ class QtMainQueue final : public QObject, public MainQueue {
 public:
     void enqueue(std::function<void()> work) override;
 
-    /// As long as one of these lives, no work begins: the loop may be turned for the sake of the window
-    /// system in the middle of an operation, and what that operation has queued must wait until it has
-    /// returned. Main thread only.
+    /// No work begins while one of these lives. The loop may have to run for the window system in the middle
+    /// of an operation; work queued by that operation must wait until it has returned. Main thread only.
     class Hold {
     public:
         explicit Hold(QtMainQueue& queue);

@@ -6,9 +6,9 @@
 
 namespace join::platform {
 
-/// The strings tables, id-based Qt translations that are compiled in. The user's languages decide, in their
-/// order; English where there is no table for any. The application is laid out in the table's direction, so
-/// this comes before the first window. Needs the QApplication; main thread only.
+/// The strings tables: id-based Qt translations, compiled in. The user's languages are tried in order, then
+/// English. Also sets the application's layout direction, so create it before the first window. Needs the
+/// QApplication; main thread only.
 class QtStrings final : public Strings {
 public:
     QtStrings();

@@ -11,19 +11,19 @@ namespace join::platform {
 
 namespace {
 
-/// What the toolkit says while it is set up.
+/// What the toolkit reports during its setup.
 QStringList& messages() {
     static QStringList kept;
     return kept;
 }
 
-/// The toolkit has no error to return when it finds no display, only words, and ends the process by a signal
-/// behind them.
+/// When the toolkit finds no display, it returns no error: it only prints messages, and then ends the process
+/// with a signal.
 void takeMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QString& text) {
     messages() << text;
     if (type != QtFatalMsg)
         return;
-    // The first trouble is the cause of those that followed.
+    // The first message is the cause of the others.
     const std::string reason = messages().front().simplified().toStdString();
     std::cerr << "Join: there is no display to show a window on: " << reason << '\n';
     std::_Exit(EX_UNAVAILABLE);
@@ -32,7 +32,8 @@ void takeMessage(QtMsgType type, const QMessageLogContext& /*context*/, const QS
 } // namespace
 
 QtToolkit::QtToolkit(char** arguments) {
-    // Nothing is drawn with OpenGL, and looking for it takes time. Children are not to see this.
+    // Nothing is drawn with OpenGL, and looking for it takes time. Child processes must not inherit this
+    // setting.
     constexpr const char* openGl = "QT_XCB_GL_INTEGRATION";
     const bool isSet = qEnvironmentVariableIsSet(openGl);
     if (!isSet)
@@ -46,7 +47,7 @@ QtToolkit::QtToolkit(char** arguments) {
     if (!isSet)
         qunsetenv(openGl);
     QApplication::setApplicationName("Join");
-    QApplication::setDesktopFileName("com.tavo.join"); // by which a desktop finds the icon
+    QApplication::setDesktopFileName("com.tavo.join"); // desktops find the icon by this name
 }
 
 QtToolkit::~QtToolkit() = default;

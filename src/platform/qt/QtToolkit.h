@@ -6,19 +6,19 @@ class QApplication;
 
 namespace join::platform {
 
-/// The toolkit, ready for everything else of this folder as long as this lives.
+/// The toolkit, ready for everything else in this folder for as long as this object lives.
 class QtToolkit {
 public:
-    /// The arguments of main, of which the toolkit sees only the first: a launch URL is none of its business.
-    /// They outlive this. Without a display the process ends here, with a line on standard error and status
-    /// 69 (EX_UNAVAILABLE).
+    /// Takes the arguments of main, which must outlive this object. The toolkit sees only the first: a launch
+    /// URL does not concern it. Without a display, the process ends here with a line on standard error and
+    /// status 69 (EX_UNAVAILABLE).
     explicit QtToolkit(char** arguments);
     ~QtToolkit();
     QtToolkit(const QtToolkit&) = delete;
     QtToolkit& operator=(const QtToolkit&) = delete;
 
 private:
-    int argumentCount_ = 1; // the toolkit keeps a reference
+    int argumentCount_ = 1; // the toolkit keeps a reference to it
     std::unique_ptr<QApplication> application_;
 };
 

@@ -16,10 +16,10 @@ namespace join::platform {
 
 namespace {
 
-// A desktop that shows nothing within this time, as one with a locked screen, shall not hold up the join.
+// A desktop that shows nothing within this time, such as a locked one, must not delay the join.
 constexpr std::chrono::milliseconds longestWaitForPainting{500};
 
-/// On Wayland the compositor decides, and the toolkit warns of the attempt.
+/// On Wayland the compositor decides, and the toolkit warns of any attempt.
 bool mayRaise() { return !QGuiApplication::platformName().startsWith("wayland"); }
 
 Qt::WindowFlags flagOf(StandardButton button) {
@@ -63,7 +63,7 @@ void QtWindow::setLevel(int level) {
 }
 
 void QtWindow::setBackgroundColor(Color color) {
-    // Text must stay readable whatever the desktop's theme makes of it.
+    // Text must stay readable in every desktop theme.
     const QColor background(color.red, color.green, color.blue);
     QPalette palette = widget_.palette();
     palette.setColor(QPalette::Window, background);
@@ -103,7 +103,7 @@ void QtWindow::makeKeyAndOrderFront() {
 void QtWindow::waitUntilPainted() {
     const QtMainQueue::Hold hold(mainQueue_);
     QEventLoop loop;
-    // One more turn after the painting: it sends the picture to the screen.
+    // One more turn of the loop after painting sends the picture to the screen.
     widget_.painted = [&loop] { QTimer::singleShot(0, &loop, &QEventLoop::quit); };
     QTimer::singleShot(longestWaitForPainting, &loop, &QEventLoop::quit);
     loop.exec(QEventLoop::ExcludeUserInputEvents);

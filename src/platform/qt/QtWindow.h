@@ -10,7 +10,7 @@ namespace join::platform {
 
 class QtMainQueue;
 
-/// The top widget of an interface file. Tells of its paintings, and asks before it is closed.
+/// The top widget of an interface file. Reports when it has been painted, and asks before it is closed.
 class TopWidget final : public QWidget {
 public:
     std::function<bool()> shouldClose;

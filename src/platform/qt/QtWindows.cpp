@@ -57,7 +57,7 @@ private:
                         outlet + " of that kind");
     }
 
-    /// The control of that outlet, made when it is asked for first.
+    /// Returns the control of that outlet, creating it on first use.
     template <class Control, class Maker>
     static Control& made(std::map<std::string, std::unique_ptr<Control>>& controls, const std::string& outlet,
                          Maker make) {
@@ -110,7 +110,7 @@ Size QtWindows::mainScreenSize() {
 }
 
 bool QtWindows::bringToFront(const std::string& activationToken) {
-    // Where the toolkit looks for it. X11 takes no token.
+    // The toolkit looks for the token here. X11 does not use one.
     if (!activationToken.empty() && QGuiApplication::platformName().startsWith("wayland"))
         qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(activationToken));
     bool isAnyShown = false;

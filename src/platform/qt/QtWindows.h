@@ -8,7 +8,7 @@ namespace join::platform {
 
 class QtMainQueue;
 
-/// Windows on Qt Widgets, from the interface files that are compiled in.
+/// Windows made with Qt Widgets, from interface files that are compiled in.
 class QtWindows final : public Windows {
 public:
     explicit QtWindows(QtMainQueue& mainQueue);
@@ -16,9 +16,9 @@ public:
     std::unique_ptr<Interface> load(const std::string& name) override;
     Size mainScreenSize() override;
 
-    /// Brings the windows that are shown to the front, as far as the desktop lets them: on Wayland with the
-    /// activation token that it gave to the start that asks for it; empty when it gave none. False when no
-    /// window is shown. Main thread only.
+    /// Brings the visible windows to the front, as far as the desktop allows it. Wayland requires the
+    /// activation token that it gave to the start that asks for this; the token is empty if there was none.
+    /// Returns false if no window is visible. Main thread only.
     static bool bringToFront(const std::string& activationToken);
 
 private:

@@ -5,7 +5,7 @@
 
 namespace join::platform {
 
-/// A ring of spokes that turns while something is going on. It costs nothing while it is not on the screen.
+/// A ring of spokes that turns while work is in progress. Costs nothing while it is not on the screen.
 class SpinningIndicator final : public QWidget {
 public:
     explicit SpinningIndicator(QWidget* parent = nullptr);
