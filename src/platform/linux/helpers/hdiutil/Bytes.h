@@ -8,7 +8,8 @@
 
 namespace join::platform::hdiutil {
 
-/// A big-endian number of that many bytes, at most eight, at that place. The place must lie in the text.
+/// Returns the big-endian number of that many bytes, at most eight, at that place, which must lie in the
+/// text.
 inline std::uint64_t bigEndian(std::string_view bytes, std::size_t place, std::size_t size) {
     std::uint64_t number = 0;
     for (const char byte : bytes.substr(place, size))
@@ -16,7 +17,7 @@ inline std::uint64_t bigEndian(std::string_view bytes, std::size_t place, std::s
     return number;
 }
 
-/// The same with the least significant byte first.
+/// Returns the little-endian number at that place; otherwise like bigEndian().
 inline std::uint64_t littleEndian(std::string_view bytes, std::size_t place, std::size_t size) {
     std::uint64_t number = 0;
     for (std::size_t i = size; i > 0; --i)
@@ -30,7 +31,7 @@ struct Extent {
     std::uint64_t size = 0;
 };
 
-/// Like read(2): fills part of the buffer and returns how much; 0 at the end. May throw Exception.
+/// Like read(2): fills part of the buffer and returns the number of bytes; 0 at the end. May throw Exception.
 using ByteSource = std::function<std::size_t(char* buffer, std::size_t size)>;
 
 /// The bytes of an image. Places and sizes are in bytes.
@@ -40,7 +41,7 @@ public:
 
     virtual std::uint64_t size() const = 0;
 
-    /// The bytes at a place; fewer, or none, where the image ends. May throw Exception.
+    /// Returns the bytes at a place; fewer, or none, beyond the end of the image. May throw Exception.
     virtual std::string read(std::uint64_t offset, std::size_t size) const = 0;
 
 protected:

@@ -8,7 +8,7 @@
 
 namespace join::platform::hdiutil {
 
-/// Throws Exception: what could not be done, and the reason that errno gives.
+/// Throws Exception with what could not be done and the reason from errno.
 [[noreturn]] inline void fail(const std::string& what) {
     throw Exception(what + ": " + std::strerror(errno));
 }

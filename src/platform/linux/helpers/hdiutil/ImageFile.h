@@ -8,14 +8,14 @@
 
 namespace join::platform::hdiutil {
 
-/// An image, opened once: what is looked at is what is mounted.
+/// An image, opened only once, so that the file examined is the file mounted.
 class ImageFile : public RandomAccess {
 public:
-    /// Both throw Exception unless it is a regular file that can be read.
+    /// Both throw Exception unless it is a readable regular file.
     explicit ImageFile(const std::string& path);
     explicit ImageFile(Descriptor file);
 
-    /// Stays this object's own.
+    /// The descriptor remains this object's.
     int descriptor() const { return file_.get(); }
 
     std::uint64_t size() const override { return size_; }
@@ -26,10 +26,9 @@ private:
     std::uint64_t size_ = 0;
 };
 
-/// Reads the source to its end and keeps one part of it in a file that no path leads to and that goes away
-/// with the image returned. Zeros take no room on the disk. The folder, a private one, is where the file is
-/// made. Throws Exception when the source ends within the part, or when the part takes more than that many
-/// bytes of the disk.
+/// Reads the source to its end and keeps one part of it in an unnamed file, which is deleted with the
+/// returned image. Zeros take no disk space. The file is created in the folder, which must be private. Throws
+/// Exception if the source ends within the part, or if the part takes more than room bytes of disk space.
 ImageFile keepPart(const ByteSource& source, const Extent& part, const std::string& folder,
                    std::uint64_t room);
 

@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// The second version has its header at the beginning, the first one at the end.
+/// Version 2 has its header at the beginning, version 1 at the end.
 bool isEncrypted(const RandomAccess& image) {
     constexpr std::string_view first = "cdsaencr";
     return image.read(0, 8) == "encrcdsa" ||
@@ -35,7 +35,7 @@ bool isHfsPlus(const RandomAccess& image, const Extent& place) {
     return true;
 }
 
-/// An HFS+ volume may lie within one of its predecessor, which tells old Macs that they cannot read it.
+/// An HFS+ volume may be wrapped in an HFS volume, which tells old Macs that they cannot read it.
 Extent unwrapped(const RandomAccess& image, const Extent& place) {
     const std::string header = image.read(place.offset + 1024, 512);
     if (header.size() != 512 || !header.starts_with("BD") || header.compare(124, 2, "H+") != 0)

@@ -11,15 +11,14 @@ constexpr std::size_t nameSize = 32;
 
 enum DescriptorType : char { primary = 1, supplementary = 2 };
 
-/// The first record of the root folder begins its Rock Ridge part, if any, with a mark behind the 34 bytes of
-/// ISO 9660's own.
+/// With Rock Ridge, the root folder's first record has a mark after ISO 9660's own 34 bytes.
 bool hasRockRidge(const RandomAccess& image, std::string_view descriptor) {
     constexpr std::size_t placeOfRoot = 162;
     const std::uint64_t root = bigEndian(descriptor, placeOfRoot, 4) * sectorSize;
     return image.read(root + 34, 6) == "SP\x07\x01\xBE\xEF";
 }
 
-/// One in UCS-2, by its escape sequence.
+/// A Joliet descriptor uses UCS-2, which its escape sequence shows.
 bool isJoliet(std::string_view descriptor) {
     const std::string_view escape = descriptor.substr(88, 3);
     return descriptor.front() == supplementary && (escape == "%/@" || escape == "%/C" || escape == "%/E");

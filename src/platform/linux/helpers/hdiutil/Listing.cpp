@@ -44,7 +44,7 @@ std::uint64_t sizeIn(std::string_view text) {
     return size;
 }
 
-/// Reads "-rwxr-xr-x". An "s" or "t" stands for an execute bit and one that no volume of ours has.
+/// Reads "-rwxr-xr-x". An "s" or "t" stands for an execute bit and a bit that our volumes do not get.
 std::optional<mode_t> modeIn(std::string_view text) {
     constexpr std::string_view letters = "-dlcbps";
     constexpr std::array<mode_t, letters.size()> types{S_IFREG, S_IFDIR, S_IFLNK, S_IFCHR,
@@ -61,7 +61,7 @@ std::optional<mode_t> modeIn(std::string_view text) {
     return mode | types.at(type);
 }
 
-/// Reads "2026-11-22 22:45:46", UTC, whatever fraction follows.
+/// Reads "2026-11-22 22:45:46", in UTC, ignoring any fraction.
 std::optional<std::time_t> timeIn(std::string_view text) {
     std::tm broken{};
     if (::strptime(std::string(text).c_str(), "%Y-%m-%d %H:%M:%S", &broken) == nullptr)
@@ -69,7 +69,7 @@ std::optional<std::time_t> timeIn(std::string_view text) {
     return ::timegm(&broken);
 }
 
-/// Reads the lines up to that of ten hyphens.
+/// Reads the lines up to the one of ten hyphens.
 void takeArchives(std::string_view& text, Listing& listing) {
     constexpr std::string_view volumeName = "volume_name: ";
     bool isInBraces = false;
@@ -86,7 +86,7 @@ void takeArchives(std::string_view& text, Listing& listing) {
     }
 }
 
-/// The lines up to the next empty one.
+/// Reads the lines up to the next empty one.
 Fields takeParagraph(std::string_view& text) {
     Fields fields;
     for (std::string_view line = takeLine(text); !line.empty(); line = takeLine(text)) {
@@ -117,7 +117,7 @@ ListedEntry entryOf(const Fields& fields) {
                       .modified = timeIn(valueOf(fields, "Modified")),
                       .linkText = std::string(valueOf(fields, "Symbolic Link")),
                       .comment = std::string(valueOf(fields, "Comment"))};
-    // APFS volumes are listed without a line for it.
+    // APFS volumes are listed without this line.
     if (!fields.contains("Folder"))
         entry.isFolder = (entry.mode.value_or(0) & S_IFMT) == S_IFDIR;
     if (!entry.isFolder)

@@ -26,11 +26,11 @@ namespace join::platform::hdiutil {
 namespace {
 
 constexpr mode_t folderMode = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
-constexpr std::uint64_t reserve = std::uint64_t{64} << 20; ///< of the disk, for everybody else
+constexpr std::uint64_t reserve = std::uint64_t{64} << 20; ///< of disk space, for everybody else
 constexpr std::uint64_t portion = std::uint64_t{1} << 16;  ///< of the image, read at once
 
-/// Where volumes are made and taken apart, for a StagedPath: beside the folder of the volumes, on the same
-/// file system but not seen with them.
+/// Where volumes are built and taken apart, for a StagedPath: beside the folder of the volumes, on the same
+/// file system, but not visible among them.
 std::string placeOfWork(const SystemRoot& root) { return root.path() + "/hdiutil"; }
 
 class Mounting {
@@ -43,7 +43,7 @@ public:
         if (::mkdir(staging_.path().c_str(), S_IRWXU) != 0)
             fail("no private folder can be made");
         ImageFacts facts = tellKind(image_);
-        // This goes on meanwhile: it must have gone well before anything is shown.
+        // This runs in the meantime: it must succeed before anything is shown.
         std::unique_ptr<ChildProcess> check;
         if (facts.kind == ImageKind::udif) {
             check = unpack();
@@ -63,8 +63,8 @@ public:
     }
 
 private:
-    /// Puts the partition that holds the volume in the place of the image of Apple's format around it. Gives
-    /// the comparison of its checksums, if it has any.
+    /// Replaces the image of Apple's format by the partition in it that holds the volume. Returns the process
+    /// that compares its checksums, if it has any.
     std::unique_ptr<ChildProcess> unpack() {
         const UdifTrailer trailer = readUdifTrailer(image_);
         if (trailer.isRaw) {
@@ -83,7 +83,7 @@ private:
         return check;
     }
 
-    /// Of the chunks as they are stored; 7zz compares those of what is in them.
+    /// Compares the checksum of the chunks as stored; 7zz compares those of their contents.
     void compareChecksum(const UdifTrailer& trailer) const {
         if (!trailer.dataCrc)
             return;
@@ -98,8 +98,8 @@ private:
             throw Exception("the image is damaged: its checksum is wrong");
     }
 
-    /// Leaves only what 7zz is to see: a volume without what surrounds it, a disc with the richer of its
-    /// trees, which it cannot be told to take. Lists that.
+    /// Reduces the image to what 7zz must see: a volume without its surroundings, and a disc with the richer
+    /// of its trees, which 7zz cannot be told to use. Lists the result.
     Listing prepare(const ImageFacts& facts) {
         const IsoTree tree = facts.kind == ImageKind::iso ? richerTree(image_) : IsoTree();
         if (facts.place.size != image_.size() || tree.poorer)
@@ -110,8 +110,7 @@ private:
         return listing;
     }
 
-    /// Puts a part of the image in the place of all of it, perhaps with the descriptors of a disc ended
-    /// early.
+    /// Replaces the image by a part of it, with the descriptors of a disc ended early if an end is given.
     void cutOut(const Extent& part, const std::optional<std::uint64_t>& end = std::nullopt) {
         std::uint64_t place = part.offset;
         const auto read = [&](char* buffer, std::size_t size) {
@@ -143,7 +142,7 @@ private:
         return {settings_.sevenZip, image_.descriptor(), kind, interruption_};
     }
 
-    /// On the disk, for volumes; in bytes.
+    /// Returns the disk space available for volumes, in bytes.
     std::uint64_t room() const {
         struct statvfs disk {};
         if (::statvfs(staging_.path().c_str(), &disk) != 0)
@@ -163,7 +162,7 @@ private:
 std::string mountImage(const std::string& image, const MountSettings& settings) {
     if (!makeFolders(settings.root.toReal("/Volumes"), folderMode))
         fail("the folder of the volumes cannot be made");
-    if (!endVolumesOfEarlierBoots(settings.root)) // first of all: who asked may look there in any case
+    if (!endVolumesOfEarlierBoots(settings.root)) // first of all: the caller may look there in any case
         fail("the volumes of earlier boots cannot be ended");
     return Mounting(image, settings).mount();
 }
@@ -176,7 +175,7 @@ void detachVolume(const std::string& mountPoint, const SystemRoot& root) {
     struct stat found {};
     if (::lstat(real.c_str(), &found) != 0 || !S_ISDIR(found.st_mode))
         throw Exception("no volume is mounted there");
-    // Nothing is made for it: a full disk takes no new folder.
+    // Creates nothing: a full disk takes no new folder.
     const StagedPath apart(placeOfWork(root));
     if (::rename(real.c_str(), apart.path().c_str()) != 0)
         fail("the volume cannot be taken away");

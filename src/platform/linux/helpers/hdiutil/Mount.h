@@ -15,13 +15,13 @@ struct MountSettings {
     std::chrono::milliseconds allowed = std::chrono::minutes(10);
 };
 
-/// Shows the volume in an image below /Volumes, whole or not at all, in place of an older one of its name.
-/// An image of Apple's format is only shown when its checksums are right; the bare volumes have none that
-/// could be compared. Gives the mount point, as a path of the system. Throws Exception with the reason when
-/// nothing is shown. For a process with one thread.
+/// Shows the volume in an image below /Volumes, whole or not at all, replacing an older one of the same name.
+/// An image of Apple's format is shown only if its checksums are correct; bare volumes have none to compare.
+/// Returns the mount point as a system path. Throws Exception with the reason if nothing is shown. For a
+/// process with one thread.
 std::string mountImage(const std::string& image, const MountSettings& settings);
 
-/// Takes a volume away, at once and whole. The mount point is "/Volumes/NAME", a folder and not a link.
+/// Removes a volume, at once and completely. The mount point is "/Volumes/NAME", a folder and not a link.
 /// Throws Exception with the reason.
 void detachVolume(const std::string& mountPoint, const SystemRoot& root);
 

@@ -58,7 +58,7 @@ void addThoseOfGuidTable(const RandomAccess& disk, std::vector<Extent>& partitio
     }
 }
 
-/// The type in "disk image (Apple_HFS : 4)"; all of a name of another form.
+/// Returns the type in "disk image (Apple_HFS : 4)", or the whole name if it has another form.
 std::string_view typeIn(std::string_view name) {
     const auto begin = name.rfind('(');
     const auto end = name.rfind(" :");
@@ -71,7 +71,7 @@ bool isOfAMac(std::string_view type) {
     return type == "Apple_HFS" || type == "Apple_HFSX" || type == "Apple_APFS";
 }
 
-/// Whether it is one of those that disks have beside their volumes. EFI's own is among them.
+/// Returns whether it is one of the partitions that disks have beside their volumes, EFI's own included.
 bool isHelper(std::string_view type) {
     constexpr std::array parts{"Apple_Free"sv, "Apple_partition_map"sv,
                                "DDM"sv,        "Driver"sv,

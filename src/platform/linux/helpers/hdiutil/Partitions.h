@@ -7,13 +7,14 @@
 
 namespace join::platform::hdiutil {
 
-/// The partitions of a disk by its Apple partition map ("Inside Macintosh: Devices") and its GUID partition
-/// table (UEFI Specification), none twice. What would lie behind the image's end is cut off or left out.
+/// Returns the partitions of a disk from its Apple partition map ("Inside Macintosh: Devices") and its GUID
+/// partition table (UEFI Specification), without duplicates. Partitions are cut off, or left out, at the end
+/// of the image.
 std::vector<Extent> partitionsOf(const RandomAccess& disk);
 
-/// The one partition of an image of Apple's format that holds a volume, by the names that the listing of its
-/// partitions has for them; its place in what 7zz puts out for all. Throws Exception when there is none, or
-/// more than one.
+/// Returns the only partition with a volume in an image of Apple's format, judged by the names in the listing
+/// of its partitions. The place is that in 7zz's output for all of them. Throws Exception if there is no such
+/// partition, or more than one.
 Extent partitionOfVolume(const Listing& partitions);
 
 } // namespace join::platform::hdiutil

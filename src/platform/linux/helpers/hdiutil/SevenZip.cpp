@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::size_t maximumListing = std::size_t{64} << 20;
 
-/// Not a script that starts one.
+/// Returns whether it is a program, and not a script that starts one.
 bool isProgram(const std::string& path) {
     const Descriptor file = openForReading(AT_FDCWD, path.c_str());
     std::array<char, 4> start{};
@@ -41,8 +41,8 @@ SevenZip::SevenZip(std::string program, int image, ImageKind kind, const Interru
 
 std::unique_ptr<ChildProcess> SevenZip::start(std::vector<std::string> arguments,
                                               ChildProcess::Output output) const {
-    // The kind is named, so that nothing else is made of an image than what it was taken for, and that 7zz
-    // does not look into an image of Apple's format for what may be there.
+    // Naming the kind stops 7zz from treating the image as anything else, and from looking into an image of
+    // Apple's format for its contents.
     const std::string type = std::string("-t") + typeName(kind_);
     arguments.insert(arguments.end(), {type, "-bd", "-sccUTF-8", "--", ChildProgram::fileArgument});
     return std::make_unique<ChildProcess>(ChildProgram{program_, std::move(arguments), image_}, output,

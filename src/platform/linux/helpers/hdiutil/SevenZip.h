@@ -10,31 +10,31 @@
 
 namespace join::platform::hdiutil {
 
-/// Where distributions put the 7-Zip that reads disk images; the PATH is never searched.
+/// Where distributions install the 7-Zip that reads disk images; the PATH is never searched.
 inline const std::vector<std::string> placesOf7zz{"/usr/bin/7zz", "/usr/lib/7zip/7zz", "/usr/lib/7zip/7z",
                                                   "/usr/local/bin/7zz"};
 
-/// The first of the places that holds the program itself, or else a script that starts it. Throws Exception
-/// when none holds anything that can be run.
+/// Returns the first of the places that holds the program itself or, if there is none, a script that starts
+/// it. Throws Exception if none holds anything that can be run.
 std::string pathOf7zz(const std::vector<std::string>& places = placesOf7zz);
 
-/// What 7zz does with one image that is open. It sees that very file, whatever its path means by then. All
-/// throw Exception, also when interrupted.
+/// Runs 7zz on one open image. 7zz sees that very file, whatever its path means by then. Every operation
+/// throws Exception, also when interrupted.
 class SevenZip {
 public:
-    /// The descriptor and the interruption must outlive this and what it gives.
+    /// The descriptor and the interruption must outlive this object and the processes it returns.
     SevenZip(std::string program, int image, ImageKind kind, const Interruption& interruption);
 
-    /// What `7zz l -slt` prints about the files in the volume, or the partitions in an image of Apple's
-    /// format. Refuses more text than any sane volume makes.
+    /// Returns the output of `7zz l -slt` about the files in the volume, or about the partitions in an image
+    /// of Apple's format. Refuses more text than any sane volume produces.
     std::string list() const;
 
-    /// Calls the function with the bytes of all of those, one after the other, in the order of the listing,
-    /// and nothing else. 7zz writes nothing, so no name or link in the image can lead anywhere.
+    /// Calls the function with the contents of all of these, one after the other, in the order of the
+    /// listing, and nothing else. 7zz writes no files, so no name or link in the image can lead anywhere.
     void open(const std::function<void(const ByteSource&)>& take) const;
 
-    /// Starts to unpack the whole image for nothing but to compare its checksums. Ends with status 0 when
-    /// they are right. open() does not notice all that is wrong.
+    /// Starts to unpack the whole image only to compare its checksums. The process exits with status 0 if
+    /// they are correct. open() does not notice every error.
     std::unique_ptr<ChildProcess> check() const;
 
 private:

@@ -10,12 +10,12 @@ namespace {
 
 constexpr std::uint64_t formatVersion = 4;
 
-/// A checksum's type and its size in bits.
+/// Types of checksums, and the size of a CRC in bits.
 constexpr std::uint64_t noChecksum = 0;
 constexpr std::uint64_t crcChecksum = 2;
 constexpr std::uint64_t crcBits = 32;
 
-/// Nothing of an image that is too small.
+/// Returns an empty text for an image that is too small.
 std::string lastBytes(const RandomAccess& image) {
     return image.size() < UdifTrailer::size ? std::string()
                                             : image.read(image.size() - UdifTrailer::size, UdifTrailer::size);

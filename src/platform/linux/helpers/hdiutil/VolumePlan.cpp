@@ -20,21 +20,21 @@ constexpr std::size_t maximumName = NAME_MAX;
 constexpr std::size_t maximumPath = 1024;
 constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
-/// As a Mac shows a volume that knows no modes: anything in it may be started.
+/// Like a Mac with a volume that has no modes: anything in it may be started.
 constexpr mode_t modeWithoutOne = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
 std::string_view firstComponent(std::string_view path) { return path.substr(0, path.find('/')); }
 
-/// What has a name at the top of a volume that belongs to the file system itself.
+/// A name at the top of a volume that belongs to the file system itself.
 struct OwnThing {
     ImageKind kind;
     std::string_view name;
-    std::string_view hardLinked; ///< how the names of hard links' contents begin that it stores, if any
+    std::string_view hardLinked; ///< if it stores hard links' contents: the beginning of their names
 };
 
 /// Stores of hard links, the journal, what APFS has yet to remove, what a disc starts a computer with. The
-/// name of HFS+'s store of files begins with four NULs, that of folders ends with a carriage return; what 7zz
-/// makes of that depends on its version.
+/// name of HFS+'s store of files begins with four NULs, that of folders ends with a carriage return; how 7zz
+/// shows these depends on its version.
 constexpr std::array ownThings{OwnThing{ImageKind::hfsPlus, "[HFS+ Private Data]"sv, "iNode"sv},
                                OwnThing{ImageKind::hfsPlus, "HFS+ Private Data"sv, "iNode"sv},
                                OwnThing{ImageKind::hfsPlus, "____HFS+ Private Data"sv, "iNode"sv},
@@ -68,7 +68,7 @@ public:
     }
 
 private:
-    /// Files of an HFS+ volume are listed below a top folder of its name.
+    /// Files of an HFS+ volume are listed below a top folder with the volume's name.
     bool hasTopFolder() const { return kind_ == ImageKind::hfsPlus; }
 
     std::string volumeName() const {
@@ -120,7 +120,7 @@ private:
             throw Exception("the volume holds two things of the same name: " + planned.path);
     }
 
-    /// 7zz puts a separator behind a last ".." of an ISO volume's link, where none can be.
+    /// In an ISO volume's link, 7zz adds a separator after a last "..", where there cannot be one.
     std::string linkTextOf(const ListedEntry& entry) const {
         std::string text = entry.linkText;
         if (kind_ == ImageKind::iso && text.ends_with("./"))
@@ -140,7 +140,7 @@ private:
         throw Exception("the volume holds something else than files, folders and links");
     }
 
-    /// The empty path is the volume's own.
+    /// The empty path is that of the volume itself.
     void requirePlainPath(std::string_view path, const ListedEntry& entry) const {
         if (path.empty() && hasTopFolder() && entry.isFolder)
             return;
@@ -154,8 +154,8 @@ private:
             throw Exception("the volume holds a name that cannot be used");
     }
 
-    /// 7zz shows what has hard links as empty files: what is in them lies in the store. It also holds files
-    /// that were removed while they were open ("temp" and a number), which are nobody's loss.
+    /// 7zz shows hard-linked files as empty: their contents are in the store. It also holds files that were
+    /// removed while open ("temp" and a number), which nobody misses.
     static void requireNoHardLink(std::string_view path, const OwnThing& store) {
         if (path.size() > store.name.size() &&
             path.substr(store.name.size() + 1).starts_with(store.hardLinked))

@@ -17,7 +17,7 @@ namespace {
 
 [[noreturn]] void raise(const std::string& path) { fail("cannot make " + path + " of the volume"); }
 
-/// The path of an entry as the calls below a folder want it.
+/// Returns the path of an entry for the calls relative to a folder.
 const char* placeOf(const PlannedEntry& entry) { return entry.path.empty() ? "." : entry.path.c_str(); }
 
 std::array<timespec, 2> timesOf(const PlannedEntry& entry) {
@@ -44,7 +44,7 @@ public:
         requireEnd();
         for (const Link& link : links_)
             makeLink(link);
-        // The innermost first: what is done to one changes the time of the one around it.
+        // The innermost first: a change to one alters the time of its parent.
         std::for_each(folders.rbegin(), folders.rend(), [&](const auto* folder) { setAttributes(*folder); });
     }
 
@@ -54,7 +54,7 @@ private:
         std::string text;
     };
 
-    /// Sorted, so that each comes after the one it lies in.
+    /// Sorted, so that each comes after its parent.
     static std::vector<const PlannedEntry*> foldersOf(const VolumePlan& plan) {
         std::vector<const PlannedEntry*> folders;
         for (const PlannedEntry& entry : plan.entries) {
@@ -91,13 +91,13 @@ private:
             return true;
         });
         if (text.ends_with('\0'))
-            text.pop_back(); // APFS ends it so
+            text.pop_back(); // APFS ends it with a NUL
         if (text.empty() || text.find('\0') != std::string::npos)
             throw Exception("the volume holds a link to nowhere: " + link.path);
         return text;
     }
 
-    /// Hands so many bytes on; false as soon as they are not taken.
+    /// Passes that many bytes on. Returns false as soon as the sink refuses some.
     template <typename Sink>
     bool readBytes(std::uint64_t size, const Sink& sink) {
         while (size > 0) {

@@ -34,7 +34,7 @@ void run(std::string_view command, const std::string& argument) {
 int main(int argc, char** argv) {
     openMissingStandardStreams();
     ::signal(SIGPIPE, SIG_IGN);
-    // Who asked for the volume is gone: nobody will use it, nor take it away.
+    // The process that asked for the volume is gone: nobody will use the volume, or remove it.
     ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const std::string_view command = argc == 3 ? argv[1] : "";
     if (command != "mount" && command != "detach") {

@@ -21,11 +21,12 @@ std::string escaped(std::string_view text, std::string_view special, char escape
     return result;
 }
 
-/// A value of the type string. Its other escapes are for control characters.
+/// Encodes a value of the type string. Its other escapes are for control characters.
 std::string stringValue(std::string_view text) { return escaped(text, "\\", '\\'); }
 
-/// The path as the beginning of a command line. Quotes are for the paths that need them: some launchers split
-/// at blanks and know no quotes. GLib looks for a program before it takes "%%" for "%", so it is shown env.
+/// Returns the path as the beginning of a command line. Only paths that need quotes get them: some launchers
+/// split at blanks and do not understand quotes. GLib looks for the program before it turns "%%" into "%", so
+/// in that case env is the program.
 std::string command(std::string_view path) {
     std::string word = escaped(path, "%", '%');
     if (word.find_first_of(" \"'\\><~|&;$*?#()`") != std::string::npos)

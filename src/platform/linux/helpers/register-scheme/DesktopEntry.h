@@ -6,19 +6,20 @@
 
 namespace join::platform {
 
-/// What a desktop entry says of the program that it starts.
+/// What a desktop entry says about its program.
 struct DesktopEntry {
     std::string executable; ///< absolute path
-    std::string icon;       ///< absolute path, or a name of the icon theme
+    std::string icon;       ///< absolute path, or the name of a theme icon
 };
 
-/// The text of the entry's file, a filled-in resources/desktop/com.tavo.join.desktop.in. Nothing when a path
-/// cannot stand in one: it is not UTF-8, holds a control character, or the executable's an equals sign.
-/// Format: Desktop Entry Specification 1.5, "Possible value types" and "The Exec key".
+/// Returns the text of the entry's file, made from resources/desktop/com.tavo.join.desktop.in, or nothing if
+/// it cannot contain one of the paths: one that is not UTF-8, contains a control character, or, for the
+/// executable, an equals sign. Format: Desktop Entry Specification 1.5, "Possible value types" and "The Exec
+/// key".
 std::optional<std::string> desktopEntryText(const DesktopEntry& entry);
 
-/// Whether the text may be a scheme or the name of an entry without its ".desktop": letters, digits and
-/// ".+_-", of which only a letter or digit comes first.
+/// Returns whether the text may be a scheme or the name of an entry without ".desktop": letters, digits and
+/// ".+_-", starting with a letter or digit.
 bool isPlainName(std::string_view text);
 
 } // namespace join::platform

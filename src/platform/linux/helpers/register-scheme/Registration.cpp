@@ -31,7 +31,7 @@ constexpr mode_t readableFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
     throw Exception(path + " cannot be written: " + reason);
 }
 
-/// Where GIO looks for the user's folders: in the same places as the rest of this program.
+/// Makes GIO use the same folders of the user as the rest of this program.
 void setEnvironment() {
     ::setenv("HOME", LinuxPaths().home().c_str(), 1);
     for (const char* name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME"})
@@ -40,7 +40,7 @@ void setEnvironment() {
     ::setenv("GIO_USE_VFS", "local", 1); // no service of the session is needed or started
 }
 
-/// Open and locked; not open when another process has locked it.
+/// Opens and locks the mark. Returns an empty descriptor if another process has locked it.
 Descriptor lockMark(const std::string& path) {
     makeFolders(parentOf(path), privateFolder);
     constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
@@ -68,7 +68,7 @@ void write(const std::string& path, std::string_view text) {
         raise(path, std::strerror(errno));
 }
 
-/// Only a file of ours is written over; a link or a folder was put there by somebody.
+/// Overwrites only a regular file: a link or a folder was put there on purpose.
 void ensureEntry(const std::string& path, const std::string& text) {
     struct stat found {};
     if (::lstat(path.c_str(), &found) == 0) {
@@ -82,7 +82,7 @@ void ensureEntry(const std::string& path, const std::string& text) {
         ::fchmod(written.get(), readableFile);
 }
 
-/// Reads the list with all that it holds; there may be none. Throws Exception when it cannot be read.
+/// Reads the whole list, if it exists. Throws Exception if it cannot be read.
 void readDefaults(GKeyFile* file, const std::string& list) {
     struct stat found {};
     if (::stat(list.c_str(), &found) != 0 || found.st_size == 0)
@@ -95,7 +95,7 @@ void readDefaults(GKeyFile* file, const std::string& list) {
 }
 
 /// Makes the entry the list's default for the type and leaves the rest of the list as it is. GIO's own
-/// function drops its comments, and everything in a list that it cannot read.
+/// function drops comments, and all of a list that it cannot read.
 void ensureDefault(const std::string& list, const std::string& type, const std::string& entryId) {
     constexpr const char* group = "Default Applications";
     g_autoptr(GKeyFile) file = g_key_file_new();
@@ -106,10 +106,10 @@ void ensureDefault(const std::string& list, const std::string& type, const std::
         return;
     g_key_file_set_string(file, group, type.c_str(), entryId.c_str());
     g_autofree char* text = g_key_file_to_data(file, nullptr, nullptr);
-    write(withoutLinks(list), text); // it may be a link into a folder that the user keeps
+    write(withoutLinks(list), text); // the list may be a link into a folder that the user maintains
 }
 
-/// The desktop takes an entry only if it can be started, and a list of its own goes before the user's.
+/// The desktop accepts an entry only if it can be started, and its own lists override the user's.
 void requireDefault(const std::string& type, const std::string& entryId) {
     g_autoptr(GAppInfo) opened = g_app_info_get_default_for_type(type.c_str(), FALSE);
     const char* openedId = opened ? g_app_info_get_id(opened) : nullptr;

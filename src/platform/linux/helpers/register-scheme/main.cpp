@@ -19,8 +19,8 @@ void complain(const std::string& line) {
     writeAll(STDERR_FILENO, escapedForLog("register-scheme: " + line) + "\n");
 }
 
-/// Nothing of the program that started this one is held, and its end does not end this one. Standard error
-/// stays, for the failures.
+/// Keeps nothing of the program that started this one open, and survives its end. Standard error stays, for
+/// failures.
 void standAlone() {
     openMissingStandardStreams();
     ::close_range(STDERR_FILENO + 1, ~0U, 0);

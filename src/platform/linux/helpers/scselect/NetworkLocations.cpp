@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t maximumOutput = 15'000; ///< in bytes; each may become four
 
-/// The beginning of what it prints; nothing when it fails or takes too long.
+/// Returns the beginning of the tool's output, or nothing if it fails or takes too long.
 std::string outputOf(const Tool& tool, const Interruption& interruption) {
     try {
         ChildProcess program({.path = tool.path, .arguments = tool.arguments, .file = -1},

@@ -6,18 +6,18 @@
 
 namespace join::platform::scselect {
 
-/// A program that prints the network connections of the computer.
+/// A program that prints the computer's network connections.
 struct Tool {
     std::string path;
     std::vector<std::string> arguments;
 };
 
-/// NetworkManager's, which knows the names that the user gave; without it that of the kernel.
+/// NetworkManager's tool, which knows the names that the user gave, and the kernel's as a fallback.
 extern const std::vector<Tool> toolsOfTheSystem;
 
-/// What the first of the tools prints that is there, succeeds and ends in time, below a heading; or that no
-/// network is known. Control characters are made visible. At most 64 KiB, so that it fits into a pipe that
-/// nobody reads yet. For a process with one thread.
+/// Returns the output, below a heading, of the first of the tools that exists, succeeds and ends in time, or
+/// the message that no network is known. Control characters are made visible. At most 64 KiB, so that it fits
+/// into a pipe that nobody reads yet. For a process with one thread.
 std::string networkLocations(const std::vector<Tool>& tools, std::chrono::milliseconds patience);
 
 } // namespace join::platform::scselect

@@ -6,7 +6,7 @@
 #include <csignal>
 #include <unistd.h>
 
-/// One argument is taken and changes nothing: locations are only told.
+/// Accepts one argument, which changes nothing: locations are only printed.
 int main(int argc, char** /*arguments*/) {
     using namespace join::platform;
     openMissingStandardStreams();
