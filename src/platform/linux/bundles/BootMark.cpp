@@ -13,13 +13,13 @@ namespace join::platform {
 
 namespace {
 
-/// An empty text when it cannot be read.
+/// Returns an empty text if the mark cannot be read.
 std::string markIn(const std::string& path) {
     constexpr std::size_t maximumSize = 256;
     return readFile(path, maximumSize).value_or("");
 }
 
-/// Hidden ones are not shown; all else goes from its name, even if it cannot be removed.
+/// A hidden entry is not shown and may stay if it cannot be deleted; any other at least loses its name.
 bool removeVolumes(const SystemRoot& root) {
     LinuxFileManager files(root);
     const std::string real = root.toReal("/Volumes");
@@ -47,8 +47,8 @@ bool endVolumesOfEarlierBoots(const SystemRoot& root, const std::string& bootIdP
     const Descriptor folder = openForReading(AT_FDCWD, root.path().c_str(), O_DIRECTORY);
     if (!folder)
         return false;
-    // Who comes second must not take away what is mounted after the first has noted the boot. A file system
-    // without locks leaves that to chance.
+    // A second process must not remove what is mounted after the first has recorded the boot. On a file
+    // system without locks that could happen.
     ::flock(folder.get(), LOCK_EX);
     return markIn(mark) == boot || (removeVolumes(root) && writeStaged(mark, boot));
 }

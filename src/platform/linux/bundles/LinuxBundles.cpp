@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::string_view executablesFolder = "/Contents/MacOS/";
 
-/// Whether the bundle really holds a file of that name, whatever links lead to the bundle itself.
+/// Returns whether the file of that name really lies in the bundle. Links to the bundle itself do not matter.
 bool holdsExecutable(const std::string& realBundlePath, const std::string& name) {
     std::error_code failed;
     const auto bundle = std::filesystem::canonical(realBundlePath, failed);

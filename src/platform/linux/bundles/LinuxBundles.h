@@ -9,7 +9,7 @@
 
 namespace join::platform {
 
-/// Bundles by the system's paths. The services given outlive this object.
+/// Bundles by the system's paths. The given services must outlive this object.
 class LinuxBundles : public Bundles {
 public:
     LinuxBundles(FileManager& files, PropertyLists& lists, SystemRoot root)
@@ -17,7 +17,7 @@ public:
 
     std::optional<Value> infoDictionary(const std::string& bundlePath) override;
 
-    /// The executable is a regular file that may be run, and no link inside the bundle leads to it.
+    /// The executable must be a regular file that may be run, and no link inside the bundle may lead to it.
     std::string mainExecutable(const std::string& bundlePath) override;
 
 private:

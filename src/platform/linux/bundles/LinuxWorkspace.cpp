@@ -32,16 +32,16 @@ std::vector<Mount> localMounts() {
 }
 
 bool isRemovable(const Mount& mount) {
-    constexpr int loopDevices = 7; // in the kernel's list of devices
+    constexpr int loopDevices = 7; // from the kernel's list of devices
     if (mount.major == loopDevices || isServedByProgram(mount))
         return true;
-    // A partition has no such flag; the device that it is part of has, one folder above.
+    // A partition has no such flag; its device, one folder above, has.
     const std::string device =
         "/sys/dev/block/" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
     return contentsOf(device + "/removable") == "1\n" || contentsOf(device + "/../removable") == "1\n";
 }
 
-/// What stands for the volume of a disk image. Hidden folders are still being filled.
+/// Returns whether a folder stands for the volume of a disk image. Hidden folders are still being filled.
 bool isImageVolume(const std::string& realFolder, const std::string& name) {
     return !name.starts_with('.') && isFolder(realFolder + "/" + name);
 }

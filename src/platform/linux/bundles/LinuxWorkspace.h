@@ -10,14 +10,14 @@
 
 namespace join::platform {
 
-/// Applications by /proc; volumes are the folders that stand for disk images, and the mounts of the system.
+/// Finds applications in /proc. Volumes are the folders that stand for disk images, and the system's mounts.
 class LinuxWorkspace : public Workspace {
 public:
-    /// Starts a program, given by its real path, as launchApplication() says; false when it cannot be
+    /// Starts a program, given by its real path, as launchApplication() does. Returns false if it cannot be
     /// started.
     using Launcher = std::function<bool(const Program&)>;
 
-    /// The services given outlive this object.
+    /// The given services must outlive this object.
     LinuxWorkspace(const SystemRoot& root, Bundles& bundles, Log& log, Launcher launchDetached);
 
     bool launchApplication(const std::string& bundlePath, const std::vector<std::string>& arguments) override;

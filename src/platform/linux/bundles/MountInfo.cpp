@@ -21,7 +21,7 @@ std::vector<std::string_view> split(std::string_view text, char separator) {
     }
 }
 
-/// Blanks, line breaks and backslashes of a field are written as three octal digits after a backslash.
+/// Decodes a field, in which blanks, line breaks and backslashes are a backslash and three octal digits.
 std::string unescaped(std::string_view field) {
     std::string text;
     while (!field.empty()) {
@@ -41,7 +41,7 @@ bool isWritable(std::string_view options) {
     return std::find(list.begin(), list.end(), "rw") != list.end();
 }
 
-/// "ID PARENT MAJOR:MINOR ROOT PATH OPTIONS [TAG]... - TYPE SOURCE OPTIONS"
+/// Parses "ID PARENT MAJOR:MINOR ROOT PATH OPTIONS [TAG]... - TYPE SOURCE OPTIONS".
 std::optional<Mount> parseLine(std::string_view line) {
     constexpr std::ptrdiff_t fieldsBeforeTags = 6;
     const auto fields = split(line, ' ');
@@ -88,7 +88,7 @@ bool isServedByProgram(const Mount& mount) {
 }
 
 bool isLocalVolume(const Mount& mount) {
-    // These manage their devices themselves and are mounted under a number that is none of a device.
+    // These manage their devices themselves and are mounted under a number that belongs to no device.
     constexpr std::array<std::string_view, 4> ownDevices{"bcachefs", "btrfs", "overlay", "zfs"};
     return mount.major != 0 || isServedByProgram(mount) ||
            std::find(ownDevices.begin(), ownDevices.end(), mount.type) != ownDevices.end();

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t processNameSize = 15; // TASK_COMM_LEN less its NUL
 
-/// The beginning of a file; empty when it cannot be read.
+/// Returns the beginning of a file, or an empty text if it cannot be read.
 std::string beginningOf(int folder, const char* path) {
     const Descriptor file = openForReading(folder, path);
     std::array<char, 4096> buffer{};
@@ -38,7 +38,7 @@ std::string executableOf(int process) {
 }
 
 std::vector<std::string> argumentsIn(const std::string& commandLine) {
-    constexpr std::size_t few = 6; // an interpreter's options stand before the script
+    constexpr std::size_t few = 6; // an interpreter's options come before the script
     std::vector<std::string> arguments;
     std::istringstream text(commandLine);
     for (std::string argument; arguments.size() < few && std::getline(text, argument, '\0');)
@@ -46,7 +46,7 @@ std::vector<std::string> argumentsIn(const std::string& commandLine) {
     return arguments;
 }
 
-/// Nothing for a process of another user, and for one that has ended: it has no program any more.
+/// Returns nothing for another user's process and for one that has ended, which no longer has a program.
 std::optional<Process> ownProcess(int proc, const std::string& number) {
     const Descriptor folder = openForReading(proc, number.c_str(), O_DIRECTORY);
     struct stat status {};
@@ -63,8 +63,8 @@ std::optional<Process> ownProcess(int proc, const std::string& number) {
 
 std::string shortName(const std::string& path) { return nameOf(path).substr(0, processNameSize); }
 
-/// Whether the script's first line has env look for a program of that name: "#!/usr/bin/env [OPTION]...
-/// NAME".
+/// Returns whether the script's first line makes env look for a program of that name: "#!/usr/bin/env
+/// [OPTION]... NAME".
 bool isRunThroughEnv(const std::string& script, const std::string& processName) {
     std::istringstream line(beginningOf(AT_FDCWD, script.c_str()));
     std::string first;

@@ -15,9 +15,9 @@ namespace join::platform {
 
 namespace {
 
-constexpr std::size_t maximumMark = std::size_t{64} << 10; ///< in bytes; it holds a path and some numbers
+constexpr std::size_t maximumMark = std::size_t{64} << 10; ///< in bytes; it contains a path and some numbers
 
-/// Another text as soon as the file is another one or has been written to.
+/// Returns a text that changes when the file is replaced or written to.
 std::string identityOf(const std::string& path) {
     struct stat found {};
     if (::stat(path.c_str(), &found) != 0)

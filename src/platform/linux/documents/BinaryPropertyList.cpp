@@ -17,7 +17,7 @@ constexpr std::uint64_t maximumExpandedBytes = std::uint64_t{8} << 20;
 constexpr std::size_t headerSize = 8;
 constexpr std::size_t trailerSize = 32;
 
-/// A big-endian number; of one that is longer than eight bytes the lower half.
+/// Returns a big-endian number, or the lower eight bytes of a longer one.
 std::uint64_t numberFrom(std::string_view bytes) {
     std::uint64_t number = 0;
     for (const char byte : bytes)
@@ -37,13 +37,13 @@ void appendUtf8(std::string& text, std::uint64_t codePoint) {
         text += static_cast<char>(codePoint);
         return;
     }
-    unsigned further = codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3; // bytes, of six bits each
+    unsigned further = codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3; // six bits each
     text += static_cast<char>(0xFF00U >> (further + 1) | codePoint >> 6 * further);
     while (further-- > 0)
         text += static_cast<char>(0x80 | (codePoint >> 6 * further & 0x3F));
 }
 
-/// A surrogate without its other half comes out as bytes that are no UTF-8.
+/// A surrogate without its other half becomes bytes that are not UTF-8.
 std::string utf8From(std::string_view utf16) {
     std::string text;
     const auto unit = [&](std::size_t at) { return numberFrom(utf16.substr(at, 2)); };
@@ -74,7 +74,7 @@ enum class Kind : unsigned char { // the upper half of an object's first byte
 
 struct Object {
     Kind kind;
-    unsigned nibble;          ///< the lower half of its first byte
+    unsigned nibble;          ///< the lower half of the first byte
     std::string_view payload; ///< what follows the first byte and the count
 };
 
@@ -108,7 +108,7 @@ private:
     ValueBuilder builder_;
 };
 
-/// False unless header, objects, offset table and trailer fill the list exactly.
+/// Returns false unless header, objects, offset table and trailer fill the list exactly.
 bool List::readTrailer() {
     if (bytes_.size() < headerSize + trailerSize)
         return false;
@@ -125,7 +125,7 @@ bool List::readTrailer() {
            objectCount_ * offsetSize_ == tableEnd - tableOffset_;
 }
 
-/// The object, counted as one more of the tree.
+/// Returns the object, and counts it towards the size of the tree.
 std::optional<Object> List::object(std::uint64_t number) {
     if (number >= objectCount_ || ++expandedObjects_ > maximumExpandedObjects)
         return std::nullopt;
@@ -140,11 +140,11 @@ std::optional<Object> List::object(std::uint64_t number) {
     return expandedBytes_ <= maximumExpandedBytes ? found : std::nullopt;
 }
 
-/// The object with its payload cut out of the rest of the list.
+/// Returns the object, with its payload cut out of the rest of the list.
 std::optional<Object> List::sized(Kind kind, unsigned nibble, std::string_view rest) const {
     std::uint64_t count = nibble;
     const bool hasCount = kind >= Kind::data && kind != Kind::identifier;
-    if (hasCount && nibble == 0xF) { // it is in an integer object that follows
+    if (hasCount && nibble == 0xF) { // the count is in an integer object that follows
         const unsigned marker = rest.empty() ? 0U : static_cast<unsigned char>(rest.front());
         const std::size_t width = std::size_t{1} << (marker & 0x3U);
         if (marker < 0x10 || marker > 0x13 || rest.size() < 1 + width)
@@ -216,7 +216,7 @@ bool List::read(std::uint64_t number) {
         for (std::uint64_t index = 0; isRead && index < count; ++index)
             isRead = read(reference(payload, index));
         return isRead && builder_.end();
-    case Kind::dictionary: // all of the names come first
+    case Kind::dictionary: // all names come first
         isRead = builder_.begin({Value::Dictionary()});
         for (std::uint64_t index = 0; isRead && index < count / 2; ++index)
             isRead = readName(reference(payload, index)) && read(reference(payload, count / 2 + index));

@@ -13,7 +13,7 @@ namespace {
 
 using Parser = nlohmann::json;
 
-/// Passes the parser's events on. One that is answered with false ends the parse.
+/// Passes the parser's events on. A handler that returns false ends the parse.
 class Events : public nlohmann::json_sax<Parser> {
 public:
     explicit Events(ValueBuilder& builder) : builder_(builder) {}
@@ -90,7 +90,7 @@ private:
 } // namespace
 
 std::optional<Value> NlohmannJson::parse(std::string_view document) {
-    // The parser would take a NUL for the end of the document and overlook what follows it.
+    // The parser would take a NUL for the end of the document and ignore what follows.
     if (document.find('\0') != std::string_view::npos)
         return std::nullopt;
     try {
@@ -99,7 +99,7 @@ std::optional<Value> NlohmannJson::parse(std::string_view document) {
         const bool isWhole = Parser::sax_parse(document.begin(), document.end(), &events);
         auto value = isWhole ? builder.takeDocument() : std::nullopt;
         const bool isContainer = value && (value->dictionary() || std::get_if<Value::Array>(&value->data));
-        return isContainer ? std::move(value) : std::nullopt; // a scalar is a value, but no document
+        return isContainer ? std::move(value) : std::nullopt; // a scalar is a value, but not a document
     } catch (const std::exception&) {
         return std::nullopt;
     }

@@ -4,7 +4,7 @@
 
 namespace join::platform {
 
-/// JSON by nlohmann-json.
+/// JSON, by nlohmann-json.
 class NlohmannJson : public Json {
 public:
     std::optional<Value> parse(std::string_view document) override;

@@ -44,7 +44,7 @@ std::optional<Value> PlistPropertyLists::parse(std::string_view bytes) {
         return std::nullopt;
     if (bytes.starts_with("bplist00"))
         return parseBinaryPropertyList(bytes);
-    // The declaration of an XML document must be the first that it holds.
+    // The XML declaration must be at the very beginning of the document.
     if (bytes.starts_with("\xEF\xBB\xBF"))
         bytes.remove_prefix(3);
     bytes.remove_prefix(std::min(bytes.find_first_not_of(" \t\r\n"), bytes.size()));

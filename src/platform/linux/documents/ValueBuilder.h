@@ -9,11 +9,11 @@
 
 namespace join::platform {
 
-/// Builds a value from the events of a parser. An event is answered with false when it does not fit: a
-/// member without a name or a name without a member, a second value at the top, too many levels.
+/// Builds a value from a parser's events. An event that does not fit returns false: a member without a name
+/// or a name without a member, a second value at the top, or too many levels.
 class ValueBuilder {
 public:
-    /// A value that is complete.
+    /// Adds a complete value.
     bool add(Value value) {
         Value* place = nextPlace();
         if (place)
@@ -21,7 +21,7 @@ public:
         return place;
     }
 
-    /// An empty array or dictionary, which takes what follows up to its end.
+    /// Begins an array or dictionary, given empty. It receives everything up to its end.
     bool begin(Value container) {
         Value* place = open_.size() < maximumValueDepth ? nextPlace() : nullptr;
         if (!place)
@@ -37,7 +37,7 @@ public:
         return true;
     }
 
-    /// The name of the next member.
+    /// Sets the name of the next member.
     bool name(std::string text) {
         auto* members = open_.empty() ? nullptr : std::get_if<Value::Dictionary>(&open_.back()->data);
         if (!members || std::exchange(isNamed_, true))
@@ -46,7 +46,7 @@ public:
         return true;
     }
 
-    /// The value at the top, once it has ended.
+    /// Returns the value at the top, once it has ended.
     std::optional<Value> takeDocument() { return std::move(document_); }
 
 private:
@@ -60,8 +60,8 @@ private:
     }
 
     std::optional<Value> document_;
-    std::vector<Value*> open_; ///< the containers that have not ended, each the last value of the one before
-    bool isNamed_ = false;     ///< whether the name of the next member has come
+    std::vector<Value*> open_; ///< the open containers, each the last value of the one before
+    bool isNamed_ = false;     ///< whether the next member already has its name
 };
 
 } // namespace join::platform

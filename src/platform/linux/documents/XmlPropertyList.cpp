@@ -22,7 +22,7 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(0, text.find_last_not_of(whiteSpace) + 1);
 }
 
-/// Decimal, or hexadecimal behind "0x"; what is no number is 0.
+/// Reads a decimal number, or a hexadecimal one after "0x". Anything else is 0.
 std::int64_t integerFrom(std::string_view text) {
     const bool isNegative = text.starts_with('-');
     if (isNegative || text.starts_with('+'))
@@ -43,7 +43,7 @@ double realFrom(std::string_view text) {
     return number;
 }
 
-/// "2026-11-22T21:56:36Z" as the other form has it; what is no date stays as it is.
+/// Converts "2026-11-22T21:56:36Z" to the form of binary lists. Anything else is unchanged.
 std::string dateFrom(std::string_view text) {
     std::string date(text);
     if (date.size() == 20 && date[10] == 'T' && date.back() == 'Z') {
@@ -53,7 +53,7 @@ std::string dateFrom(std::string_view text) {
     return date;
 }
 
-/// The bytes of base64 (RFC 4648, section 4), whatever stands between its characters.
+/// Returns the bytes of base64 (RFC 4648, section 4), ignoring other characters.
 std::string bytesFrom(std::string_view base64) {
     constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string bytes;
@@ -73,7 +73,7 @@ std::string bytesFrom(std::string_view base64) {
     return bytes;
 }
 
-/// One document on its way through the parser.
+/// One document while it is being parsed.
 class Document {
 public:
     Document() : parser_(XML_ParserCreate("UTF-8"), XML_ParserFree) {}
@@ -88,7 +88,7 @@ private:
     void take(std::string_view bytes);
     bool addScalar(std::string_view name);
 
-    /// Ends the parse unless what has come is all right.
+    /// Ends the parse if the condition is false.
     void require(bool isFit) {
         if (!isFit)
             XML_StopParser(parser_.get(), XML_FALSE);
@@ -97,8 +97,8 @@ private:
     std::unique_ptr<XML_ParserStruct, void (*)(XML_Parser)> parser_;
     ValueBuilder builder_;
     int elements_ = 0;
-    bool isScalar_ = false; ///< whether the element that has begun last is one, and open
-    std::string text_;      ///< its text
+    bool isScalar_ = false; ///< whether the element that began last is a scalar and still open
+    std::string text_;      ///< that element's text
 };
 
 std::optional<Value> Document::parse(std::string_view bytes) {
@@ -112,7 +112,7 @@ std::optional<Value> Document::parse(std::string_view bytes) {
     XML_SetCharacterDataHandler(parser, [](void* user, const char* bytes, int size) noexcept {
         of(user).take({bytes, static_cast<std::size_t>(size)});
     });
-    // Declarations of the document's own can stand for any length and cost any time. No honest list has any.
+    // A document's own declarations can expand to any length and take any time. No honest list has any.
     XML_SetStartDoctypeDeclHandler(
         parser, [](void* user, const char*, const char*, const char*, int hasDeclarations) noexcept {
             of(user).require(hasDeclarations == 0);

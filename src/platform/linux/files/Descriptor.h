@@ -25,30 +25,30 @@ public:
     explicit operator bool() const { return number_ >= 0; }
     int get() const { return number_; }
 
-    /// Gives the descriptor away.
+    /// Returns the descriptor and gives up its ownership.
     int release() { return std::exchange(number_, -1); }
 
-    /// False when the file system only now reports that what was written did not get there.
+    /// Returns false if the file system reports only now that written data was lost.
     bool close();
 
 private:
     int number_ = -1;
 };
 
-/// Opens for reading, below a folder's descriptor or AT_FDCWD; more flags may be given. Neither a pipe that
-/// nobody writes to nor a terminal can hold it up or get hold of us.
+/// Opens for reading, relative to a folder's descriptor or AT_FDCWD, with optional further flags. Does not
+/// block on a pipe without a writer, and a terminal does not become the controlling one.
 Descriptor openForReading(int folder, const char* path, int flags = 0);
 
-/// Like read(2), but goes on after a signal.
+/// Like read(2), but continues after a signal.
 ssize_t readSome(int descriptor, void* buffer, std::size_t size);
 
-/// Everything up to the end; nothing when that is more than the maximum, or on an error.
+/// Returns everything up to the end, or nothing on an error or if that is more than maximum bytes.
 std::optional<std::string> readAll(int descriptor, std::size_t maximum);
 
-/// The same of the file at a path; more flags may be given.
+/// Reads the file at a path in the same way, opened with optional further flags.
 std::optional<std::string> readFile(const std::string& path, std::size_t maximum, int flags = 0);
 
-/// Writes all of it; false on an error, with some of it perhaps written.
+/// Writes all bytes. Returns false on an error, with some perhaps written.
 bool writeAll(int descriptor, std::string_view bytes);
 
 } // namespace join::platform

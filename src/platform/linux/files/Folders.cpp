@@ -13,17 +13,17 @@ namespace join::platform {
 
 namespace {
 
-/// One descriptor is open for each folder on the way down.
+/// One descriptor is open for each level on the way down.
 constexpr int maximumRemovalDepth = 512;
 
-/// Opens a folder whose entries we mean to remove, and makes sure that its mode lets us.
+/// Opens a folder whose entries are to be removed, and makes sure that its mode allows that.
 Descriptor openToEmpty(int parent, const char* name) {
     Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
     if (!folder && errno == EACCES && ::fchmodat(parent, name, S_IRWXU, AT_SYMLINK_NOFOLLOW) == 0)
         folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
     struct stat found {};
     if (folder && ::fstat(folder.get(), &found) == 0 && (found.st_mode & S_IRWXU) != S_IRWXU)
-        ::fchmod(folder.get(), (found.st_mode & ALLPERMS) | S_IRWXU); // a refusal shows when the entries stay
+        ::fchmod(folder.get(), (found.st_mode & ALLPERMS) | S_IRWXU); // a refusal shows when entries stay
     return folder;
 }
 
@@ -38,7 +38,7 @@ bool removeEntry(int parent, const char* name, int depth) {
         if (!names)
             return false;
         for (const std::string& entry : *names)
-            removeEntry(folder.get(), entry.c_str(), depth + 1); // what stays keeps its folder from going
+            removeEntry(folder.get(), entry.c_str(), depth + 1); // if an entry stays, so does its folder
     }
     return ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
 }
@@ -99,7 +99,7 @@ Descriptor openPrivateFolder(int parent, const char* name, int flags) {
 }
 
 std::optional<std::vector<std::string>> namesIn(int folder) {
-    // A descriptor of its own, since reading moves its position and closedir closes it.
+    // A separate descriptor, because reading moves its position and closedir closes it.
     Descriptor reading = openForReading(folder, ".", O_DIRECTORY);
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(reading ? ::fdopendir(reading.get()) : nullptr,
                                                      ::closedir);

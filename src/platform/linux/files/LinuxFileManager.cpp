@@ -22,7 +22,7 @@ namespace {
 constexpr mode_t defaultFileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
 constexpr mode_t defaultFolderMode = S_IRWXU | S_IRWXG | S_IRWXO;
 
-/// The size of an open regular file; nothing for any other kind of thing.
+/// Returns the size of an open regular file, or nothing for anything else.
 std::optional<std::size_t> regularSize(const Descriptor& file) {
     struct stat status {};
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
@@ -35,7 +35,7 @@ bool mayBeReplaced(const std::string& path) {
     return ::lstat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) || S_ISLNK(status.st_mode);
 }
 
-/// Whether a folder that cannot be renamed may be removed all the same: it is part of an overlay's lower
+/// Returns whether a folder that cannot be renamed may still be removed: it belongs to an overlay's lower
 /// layer, or the disk is too full for another name.
 bool cannotBeMoved(int error) { return error == EXDEV || error == ENOSPC || error == EDQUOT; }
 
@@ -111,7 +111,7 @@ bool LinuxFileManager::remove(const std::string& path) {
     const std::string real = realPath(path);
     if (!isFolder(real))
         return removeTree(real);
-    // It goes from its name at once: should we be killed now, half a bundle would pass for one.
+    // It loses its name at once: if this process were killed now, half a bundle would pass for a whole one.
     const StagedPath apart(real);
     return ::rename(real.c_str(), apart.path().c_str()) == 0 || (cannotBeMoved(errno) && removeTree(real));
 }
@@ -145,7 +145,7 @@ std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
     return std::make_unique<Mapping>(start, *size);
 }
 
-/// Says why in the log: errno.
+/// Logs the reason, which is in errno.
 bool LinuxFileManager::copyFailed(const std::string& source, const std::string& target) const {
     if (log_ && errno != EEXIST)
         log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
@@ -158,8 +158,8 @@ std::unique_ptr<ReadableFile> LinuxFileManager::open(const std::string& path) {
     return size ? std::make_unique<OpenFile>(std::move(file), *size) : nullptr;
 }
 
-/// Empty for a path that names nothing. One with a zero byte would be cut there by the kernel, and name
-/// something else.
+/// Returns an empty text for a path that names nothing. The kernel would cut a path off at a zero byte, and
+/// use another file.
 std::string LinuxFileManager::realPath(const std::string& path) const {
     return path.starts_with('/') && path.find('\0') == std::string::npos ? root_.toReal(path) : "";
 }

@@ -11,26 +11,26 @@ namespace join::platform {
 /// Files and folders by the system's paths. A path that is not absolute names nothing.
 class LinuxFileManager : public FileManager {
 public:
-    /// With a log, a copy that fails is a line in it with the reason, unless anything stands at its target.
+    /// With a log, a failed copy is logged with its reason, unless something exists at the target.
     explicit LinuxFileManager(SystemRoot root, Log* log = nullptr) : root_(std::move(root)), log_(log) {}
 
     bool exists(const std::string& path) override;
     bool createFolder(const std::string& path) override;
 
-    /// A source that is a link is copied as a link, like those in a tree.
+    /// If the source is a link, the link itself is copied, like those in a tree.
     bool copy(const std::string& source, const std::string& target) override;
     bool replace(const std::string& source, const std::string& target) override;
 
-    /// What of a folder is not ours to remove stays beside it, hidden.
+    /// What cannot be removed from a folder stays beside it, hidden.
     bool remove(const std::string& path) override;
     std::optional<std::string> read(const std::string& path) override;
 
-    /// Replaces a link rather than what it leads to, and nothing but links and files.
+    /// Replaces a link rather than its target. Replaces only links and files.
     bool create(const std::string& path, std::string_view contents) override;
 
     bool truncate(const std::string& path) override;
 
-    /// Touching bytes that another program has cut off the file in the meantime ends the process (SIGBUS).
+    /// If another program shortens the file, accessing the lost bytes ends the process (SIGBUS).
     std::unique_ptr<MappedFile> map(const std::string& path) override;
     std::unique_ptr<ReadableFile> open(const std::string& path) override;
 

@@ -24,17 +24,17 @@ std::string homeInPasswordEntry() {
     std::array<char, 16384> buffer{};
     const bool isKnown = ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
                          found && found->pw_dir && *found->pw_dir == '/';
-    return isKnown ? found->pw_dir : "/"; // as login(1) has it, for the users of containers
+    return isKnown ? found->pw_dir : "/"; // like login(1), for the users of containers
 }
 
 [[noreturn]] void refuse(const std::string& path, const char* reason) {
     throw Exception("The folder " + path + " cannot be used: " + reason);
 }
 
-/// Opens a folder of ours, made when it is missing, and takes the rights to it from all others. Opening it
-/// first makes sure that what was checked is what is changed, and used.
+/// Opens a folder of the user, creating it if it is missing, and denies all others access to it. Opening it
+/// first ensures that the folder checked is the one changed and used.
 Descriptor openPrivate(int parent, const char* name, const std::string& path) {
-    ::mkdirat(parent, name, privateMode); // it may be there; what is there is checked
+    ::mkdirat(parent, name, privateMode); // it may exist already; it is checked below
     Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
     struct stat found {};
     if (!folder || ::fstat(folder.get(), &found) != 0)
@@ -46,7 +46,7 @@ Descriptor openPrivate(int parent, const char* name, const std::string& path) {
     return folder;
 }
 
-/// The names of our folder in the cache, and of the one for temporary files in it.
+/// The program's folder in the cache, and the one for temporary files inside it.
 constexpr const char* cacheName = "tavojoin";
 constexpr const char* temporaryName = "tmp";
 
@@ -80,7 +80,7 @@ bool LinuxPaths::prepare() {
     return makeFolders(userLibrary(), privateMode);
 }
 
-/// Below open descriptors: others may write to the cache as well.
+/// Works relative to open descriptors: others may have write access to the cache.
 void LinuxPaths::removeTemporary() const {
     const Descriptor cache = openForReading(AT_FDCWD, this->cache().c_str(), O_DIRECTORY);
     if (!cache)

@@ -30,7 +30,7 @@ bool StagedFile::write(std::string_view bytes) { return writeAll(file_.get(), by
 
 std::optional<std::uint64_t> StagedFile::freeSpace() const {
     struct statvfs found {};
-    if (::fstatvfs(file_.get(), &found) != 0 || found.f_blocks == 0) // some network file systems do not know
+    if (::fstatvfs(file_.get(), &found) != 0 || found.f_blocks == 0) // some network file systems do not tell
         return std::nullopt;
     return static_cast<std::uint64_t>(found.f_bavail) * found.f_frsize;
 }

@@ -11,24 +11,24 @@
 
 namespace join::platform {
 
-/// A new file, private to its user unless another mode is given, that is written where nobody sees it and
-/// then takes the place of its destination. It has no name until then, so that not even the sudden end of the
-/// process leaves anything; where the file system knows no files without a name it has that of a StagedPath.
-/// Whatever was not committed goes away with this object. After a failure errno says why.
+/// A new file that is written out of sight and then replaces its destination. It is private to the user
+/// unless another mode is given. Until then it has no name, so even a sudden end of the process leaves
+/// nothing behind; on file systems without unnamed files it has the name of a StagedPath. Destroying this
+/// object removes a file that was not committed. After a failure errno says why.
 class StagedFile {
 public:
-    /// The destination is an absolute path. Nothing is made yet.
+    /// The destination is an absolute path. Nothing is created yet.
     explicit StagedFile(const std::string& destination, mode_t mode = S_IRUSR | S_IWUSR);
 
-    /// Makes the file; fails when its folder takes none, or when the destination is a folder.
+    /// Creates the file. Fails if its folder does not allow it, or if the destination is a folder.
     bool open();
 
     bool write(std::string_view bytes);
 
-    /// The bytes that its file system still takes; nothing when that cannot be told.
+    /// Returns the free space of its file system in bytes, or nothing if that is not known.
     std::optional<std::uint64_t> freeSpace() const;
 
-    /// Puts it in place of an older file. There is nothing to write to afterwards.
+    /// Replaces any older file at the destination. Nothing can be written afterwards.
     bool commit();
 
 private:
@@ -39,7 +39,7 @@ private:
     bool hasName_ = false;
 };
 
-/// Writes a whole such file.
+/// Writes a complete file in this way.
 bool writeStaged(const std::string& path, std::string_view bytes, mode_t mode = S_IRUSR | S_IWUSR);
 
 } // namespace join::platform

@@ -20,7 +20,6 @@ namespace {
 
 constexpr std::string_view suffix = ".partial";
 
-/// The next number of this process.
 std::atomic<unsigned>& nextNumber() {
     static std::atomic<unsigned> number = 1;
     return number;
@@ -28,7 +27,7 @@ std::atomic<unsigned>& nextNumber() {
 
 struct Mark {
     pid_t process = 0;
-    unsigned number = 0; ///< earlier versions of the program gave none
+    unsigned number = 0; ///< missing in names from earlier versions of the program
 };
 
 template <typename Number>
@@ -38,7 +37,7 @@ bool takeNumber(std::string_view& text, Number& number) {
     return error == std::errc();
 }
 
-/// Who staged something under this name, when it is one of ".NAME.<pid>.<number>.partial".
+/// Returns who staged something under this name, if it has the form ".NAME.<pid>.<number>.partial".
 std::optional<Mark> markIn(std::string_view name, std::string_view prefix) {
     if (!name.starts_with(prefix) || !name.ends_with(suffix) || name.size() <= prefix.size() + suffix.size())
         return std::nullopt;
@@ -54,7 +53,7 @@ std::optional<Mark> markIn(std::string_view name, std::string_view prefix) {
     return text.empty() ? std::optional(mark) : std::nullopt;
 }
 
-/// Whether nobody is at work there any more: its process is dead, or had our number before us.
+/// Returns whether nobody uses the name any more: its process is dead, or had our process number before us.
 bool isLeft(const Mark& mark) {
     if (mark.process == ::getpid())
         return mark.number == 0 || mark.number >= nextNumber();
@@ -76,8 +75,8 @@ bool renamed(const std::string& from, const std::string& to, unsigned flags) {
     return ::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), flags) == 0;
 }
 
-/// For file systems that cannot refuse to replace: neither way here ever does. A folder may only be renamed
-/// over an empty one, so an empty one of ours is made first.
+/// For file systems without a rename that refuses to replace: neither way here replaces anything. A folder
+/// can only replace an empty one, so an empty folder of our own is created first.
 bool renameToNewByOtherMeans(const char* source, const char* target) {
     struct stat found {};
     if (::lstat(source, &found) != 0)
@@ -106,7 +105,7 @@ StagedPath::StagedPath(const std::string& target) : target_(target) {
 }
 
 StagedPath::~StagedPath() {
-    const int reason = errno; // of what has failed before
+    const int reason = errno; // keeps the reason of an earlier failure
     removeTree(path_);
     errno = reason;
 }
@@ -129,7 +128,7 @@ bool moveInPlace(const std::string& from, const std::string& place, const std::s
         return true;
     if (errno != EINVAL && errno != ENOSYS)
         return false;
-    // A file system that knows neither way.
+    // The file system supports neither way.
     const bool isMoved = renamed(place, aside, 0);
     if (renamed(from, place, 0))
         return true;

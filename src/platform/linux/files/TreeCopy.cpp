@@ -16,10 +16,10 @@ namespace join::platform {
 
 namespace {
 
-/// Two descriptors are open for each folder on the way down.
+/// Two descriptors are open for each level on the way down.
 constexpr int maximumDepth = 128;
 
-/// For what the system has no error for.
+/// Reports an error that no system call has set.
 bool failed(int error) {
     errno = error;
     return false;
@@ -35,14 +35,14 @@ using Times = std::array<timespec, 2>;
 
 Times timesOf(const struct stat& status) { return {status.st_atim, status.st_mtim}; }
 
-/// Permissions first: setting them does not change the times.
+/// Sets permissions first: that does not change the times.
 bool setAttributes(int descriptor, const struct stat& status) {
     constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
     return ::fchmod(descriptor, status.st_mode & permissions) == 0 &&
            ::futimens(descriptor, timesOf(status).data()) == 0;
 }
 
-/// The kernel shares blocks, or copies by itself, where the file system can; the rest goes by way of a
+/// The kernel shares blocks or copies by itself if the file system supports it; the rest is copied through a
 /// buffer.
 bool copyBytes(int source, int target) {
     constexpr std::size_t portion = std::size_t{1} << 30;
@@ -117,11 +117,11 @@ private:
             if (!copy({source.get(), name.c_str()}, {target.get(), name.c_str()}, depth + 1))
                 return false;
         }
-        // Only now: a mode may forbid what was just done, and every entry changed the times.
+        // Only now: the mode may forbid what was just done, and every entry has changed the times.
         return setAttributes(target.get(), status);
     }
 
-    /// A folder copied to a place below itself would never end.
+    /// A folder copied into itself would never end.
     bool isTargetOfAll(const struct stat& status) const {
         return targetOfAll_ && targetOfAll_->st_dev == status.st_dev && targetOfAll_->st_ino == status.st_ino;
     }

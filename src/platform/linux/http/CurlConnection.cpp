@@ -18,7 +18,7 @@ std::string headerLine(const std::string& name, const std::string& value) {
     return withoutControls(value.empty() ? name + ";" : name + ": " + value);
 }
 
-/// Copies the bytes of the request's body from there on. Returns how many there are; 0 at the end.
+/// Copies the bytes of the request's body from the offset on. Returns their number; 0 at the end.
 std::size_t copyBody(const PostRequest& request, std::uint64_t offset, std::span<char> buffer) {
     if (offset < request.body.size())
         return request.body.copy(buffer.data(), buffer.size(), offset);
@@ -32,7 +32,7 @@ std::size_t copyBody(const PostRequest& request, std::uint64_t offset, std::span
                                        std::min<std::uint64_t>(offset, request.bodyBehindFile.size()));
 }
 
-/// One request and what comes back.
+/// One request and its answer.
 class Post {
 public:
     Post(const PostRequest& request, const Report& report, CURL* handle)
@@ -74,7 +74,7 @@ bool Post::setOptions() {
     CurlOptions options(handle_, exchange_);
     for (const auto& [name, value] : request_.headers)
         options.addHeader(headerLine(name, value));
-    for (const char* own : {"Accept:", "Content-Type:", "Expect:"}) // but for those given above
+    for (const char* own : {"Accept:", "Content-Type:", "Expect:"}) // unless given above
         options.addHeader(own);
     options.decodeAnswer();
     options.setStallTimeout(request_.stallTimeout);
@@ -85,7 +85,7 @@ bool Post::setOptions() {
     options.set(CURLOPT_READDATA, this);
     options.set(CURLOPT_SEEKFUNCTION, &seek);
     options.set(CURLOPT_SEEKDATA, this);
-    options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L); // a proxy's
+    options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L); // those of a proxy
     options.set(CURLOPT_HEADERFUNCTION, &noteHeader);
     options.set(CURLOPT_HEADERDATA, this);
     options.set(CURLOPT_WRITEFUNCTION, &receive);
@@ -101,13 +101,13 @@ std::size_t Post::send(char* bytes, std::size_t one, std::size_t size, void* pos
     return self.isFileShort_ ? CURL_READFUNC_ABORT : count;
 }
 
-/// Asked for when the body has to be sent once more, as after a connection that the server was about to end.
+/// Called when the body must be sent again, for example after the server has closed an idle connection.
 int Post::seek(void* post, curl_off_t offset, int /*SEEK_SET*/) noexcept {
     static_cast<Post*>(post)->sent_ = static_cast<std::uint64_t>(offset);
     return CURL_SEEKFUNC_OK;
 }
 
-/// An empty line ends the headers: those of interim responses (RFC 9110, 15.2), then those of the final one.
+/// An empty line ends the headers: first those of interim responses (RFC 9110, 15.2), then the final ones.
 std::size_t Post::noteHeader(char* bytes, std::size_t /*one*/, std::size_t size, void* post) noexcept {
     auto& self = *static_cast<Post*>(post);
     const std::string_view line(bytes, size);

@@ -21,14 +21,14 @@ std::string withReason(const std::string& text, int error) {
     return text + ": " + std::generic_category().message(error);
 }
 
-/// In bytes; -1 when none is announced.
+/// Returns the length in bytes, or -1 if none is announced.
 curl_off_t announcedLength(CURL* handle) {
     curl_off_t length = -1;
     curl_easy_getinfo(handle, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &length);
     return length;
 }
 
-/// Whether only the end of the connection says where the body ends (RFC 9112, 6.3).
+/// Returns whether only the end of the connection marks the end of the body (RFC 9112, 6.3).
 bool endsWithConnection(CURL* handle) {
     long version = CURL_HTTP_VERSION_NONE;
     curl_easy_getinfo(handle, CURLINFO_HTTP_VERSION, &version);
@@ -37,17 +37,16 @@ bool endsWithConnection(CURL* handle) {
            curl_easy_header(handle, "Transfer-Encoding", 0, CURLH_HEADER, -1, &coding) != CURLHE_OK;
 }
 
-/// The way of one body into its file.
+/// Receives one body into its file.
 class Body {
 public:
     Body(const DownloadRequest& request, CURL* handle)
         : request_(request), handle_(handle), exchange_(request.url, maximumDownloadSize),
           file_(request.destination) {}
 
-    /// Makes the file and the request ready.
     Failure prepare();
 
-    /// The request has ended with this code: puts the whole file at its destination.
+    /// Called when the request has ended with this code. Puts the complete file at its destination.
     Failure conclude(CURLcode code);
 
 private:
@@ -63,7 +62,7 @@ private:
     CurlExchange exchange_;
     StagedFile file_;
     bool hasBody_ = false;
-    bool hasEndOfTls_ = false; ///< of the connection that was used last
+    bool hasEndOfTls_ = false; ///< for the connection used last
     Failure failure_;          ///< found while the body arrived
 };
 
@@ -118,8 +117,8 @@ Failure Body::reasonToRefuseAnswer() const {
     return std::nullopt;
 }
 
-/// libcurl takes the end of the network connection for that of TLS as well, so that anyone on the way could
-/// shorten a file whose length was not announced. It asks here a last time before it closes the connection.
+/// libcurl accepts the end of the network connection as that of TLS, so anyone on the way could shorten a
+/// file whose length was not announced. libcurl calls this one last time before it closes the connection.
 int Body::noteEndOfTls(void* body, curl_off_t /*total*/, curl_off_t /*now*/, curl_off_t /*sendTotal*/,
                        curl_off_t /*sentNow*/) noexcept {
     auto& self = *static_cast<Body*>(body);

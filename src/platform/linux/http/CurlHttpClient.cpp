@@ -49,8 +49,8 @@ HttpReply CurlHttpClient::get(const HttpRequest& request) {
         return failed(std::move(*reason), request);
 
     HttpReply reply;
-    // A body that is not in the coding that its server names, or in one that is none, such as "UTF-8", is
-    // mostly plain text.
+    // A body that is not in the coding named by its server, or in one that does not exist, such as "UTF-8",
+    // is usually plain text.
     if (perform(request, true, reply) == CURLE_BAD_CONTENT_ENCODING)
         perform(request, false, reply);
     return reply;
@@ -64,7 +64,7 @@ int CurlHttpClient::perform(const HttpRequest& request, bool decodes, HttpReply&
                               : CURLE_FAILED_INIT;
     long status = 0;
     curl_easy_getinfo(handle_.get(), CURLINFO_RESPONSE_CODE, &status);
-    curl_easy_reset(handle_.get()); // it must not keep pointers to what ends here
+    curl_easy_reset(handle_.get()); // the handle must not keep pointers to objects destroyed here
     if (code == CURLE_OK)
         reply = {.status = static_cast<int>(status), .body = std::move(exchange.body), .error = {}};
     else

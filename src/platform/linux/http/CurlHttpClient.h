@@ -8,13 +8,12 @@ namespace join::platform {
 
 class MainQueue;
 
-/// HTTPS by libcurl. The connections of get() are kept for the next request. Proxies are those that curl
-/// finds in the environment. Needs SIGPIPE to be ignored in its process. The destination of a download is a
-/// path of the file system itself.
+/// HTTPS, by libcurl. The connections of get() are kept for the next request. Proxies are taken from the
+/// environment. SIGPIPE must be ignored in the process. The destination of a download is a real path.
 class CurlHttpClient : public HttpClient {
 public:
-    /// Throws Exception when libcurl cannot be made ready. The queue outlives the client, its downloads and
-    /// its connections.
+    /// Throws Exception if libcurl cannot be initialised. The queue must outlive the client, its downloads
+    /// and its connections.
     explicit CurlHttpClient(MainQueue& mainQueue);
 
     HttpReply get(const HttpRequest& request) override;
@@ -22,7 +21,7 @@ public:
     std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
-    /// Asks once. Returns libcurl's code.
+    /// Sends the request once. Returns libcurl's code.
     int perform(const HttpRequest& request, bool decodes, HttpReply& reply);
 
     MainQueue& mainQueue_;

@@ -18,7 +18,7 @@ void freeHandle(CURL* handle) {
     curl_global_cleanup();
 }
 
-/// The user names and passwords of the proxies that libcurl finds in the environment for HTTPS.
+/// Returns the user names and passwords of the HTTPS proxies that libcurl finds in the environment.
 std::vector<std::string> proxyUsers() {
     std::vector<std::string> users;
     for (const char* name : {"https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
@@ -33,10 +33,10 @@ std::vector<std::string> proxyUsers() {
     return users;
 }
 
-/// libcurl's error without the passwords of proxies, which it repeats when it cannot make out the address.
+/// Returns libcurl's error without proxy passwords, which it repeats if it cannot parse the address.
 std::string withoutPasswords(std::string text, CURLcode code) {
     for (const std::string& user : proxyUsers()) {
-        // Behind one of these libcurl looks for neither user nor host: it takes a part of the password for
+        // After one of these, libcurl looks for neither user nor host: it takes a part of the password for
         // the proxy's name.
         if (user.find_first_of("/?#") != std::string::npos)
             return curl_easy_strerror(code);
@@ -74,11 +74,11 @@ std::string CurlExchange::descriptionOf(CURLcode code) const {
     const std::string text =
         withoutPasswords(curlError_.front() ? curlError_.data() : curl_easy_strerror(code), code);
     switch (code) {
-    case CURLE_UNSUPPORTED_PROTOCOL: // the first URL has been judged
+    case CURLE_UNSUPPORTED_PROTOCOL: // only after a redirect: the first URL has been checked
         return "A redirect leaves HTTPS: " + text;
     case CURLE_GOT_NOTHING:
     case CURLE_PARTIAL_FILE:
-    case CURLE_RECV_ERROR: // which of them differs between versions of the libraries
+    case CURLE_RECV_ERROR: // which of them occurs depends on the versions of the libraries
         return "No whole answer has come: " + text;
     case CURLE_PEER_FAILED_VERIFICATION:
         return text + trust_.remark();
@@ -100,8 +100,8 @@ CurlOptions::CurlOptions(CURL* handle, CurlExchange& exchange) : handle_(handle)
     set(CURLOPT_SSL_CTX_FUNCTION, &CurlTrust::prepare);
     set(CURLOPT_SSL_CTX_DATA, &exchange.trust_);
     set(CURLOPT_NOSIGNAL, 1L);
-    // A request that ends while its host's name is looked up would otherwise wait for that, half a minute or
-    // more. The thread that looks it up frees what it has when it is done.
+    // Without this, a request that ends during the lookup of its host's name would wait for the lookup, half
+    // a minute or more. The lookup's thread frees its own resources when it is done.
     set(CURLOPT_QUICK_EXIT, 1L);
     set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(std::min(exchange.maximumBodySize_, largest)));
     set(CURLOPT_ERRORBUFFER, exchange.curlError_.data());

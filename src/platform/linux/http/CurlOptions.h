@@ -14,21 +14,22 @@
 
 namespace join::platform {
 
-/// A handle of libcurl, which keeps libcurl ready as long as it lives.
+/// A handle of libcurl. libcurl stays initialised while any handle exists.
 using CurlHandle = std::unique_ptr<CURL, void (*)(CURL*)>;
 
-/// Throws Exception when there is none to be had. Main thread only.
+/// Throws Exception if no handle can be created. Main thread only.
 CurlHandle makeCurlHandle();
 
-/// One request and its answer, as far as every request has them. The handle points here while it is used.
+/// One request and its answer: what all kinds of request have in common. The handle refers to this object
+/// while it is in use.
 class CurlExchange {
 public:
     CurlExchange(std::string url, std::uint64_t maximumBodySize);
 
-    /// Counts bytes of the body that have arrived; false when it is longer than it may be.
+    /// Counts bytes of the body as they arrive. Returns false if the body is too long.
     bool count(std::size_t size);
 
-    /// In plain words, why the request has ended with this code, which is not CURLE_OK.
+    /// Returns in plain words why the request ended with this code, which must not be CURLE_OK.
     std::string descriptionOf(CURLcode code) const;
 
 private:
@@ -43,8 +44,8 @@ private:
     std::array<char, CURL_ERROR_SIZE> curlError_{};
 };
 
-/// Sets the options of a handle that has none yet, beginning with those of every request: HTTPS alone, also
-/// after a redirect, and certificates verified.
+/// Sets the options of a fresh handle. Starts with those that all requests share: HTTPS only, even after a
+/// redirect, and verified certificates.
 class CurlOptions {
 public:
     CurlOptions(CURL* handle, CurlExchange& exchange);
@@ -54,20 +55,20 @@ public:
         accepted_ = accepted_ && curl_easy_setopt(handle_, option, value) == CURLE_OK;
     }
 
-    /// In milliseconds; at least one, since libcurl takes 0 for no limit or its own.
+    /// Sets a timeout in milliseconds: at least one, because 0 would mean no limit or libcurl's default.
     void setTimeout(CURLoption option, std::chrono::milliseconds timeout);
 
-    /// How long the request may go on without a byte, to the whole second above.
+    /// Sets how long the request may go without a byte, rounded up to whole seconds.
     void setStallTimeout(std::chrono::milliseconds timeout);
 
-    /// Adds a header line in libcurl's notation: "Name: value", "Name;" for an empty value, "Name:" to leave
-    /// out one that libcurl sends on its own unless it was added before.
+    /// Adds a header line in libcurl's notation: "Name: value"; "Name;" for an empty value; "Name:" to
+    /// suppress one that libcurl sends by itself, unless it was added before.
     void addHeader(const std::string& line);
 
-    /// Gives the answer decoded when its server has compressed it, although nobody asks for that.
+    /// Decodes an answer that the server has compressed, although the request does not ask for compression.
     void decodeAnswer();
 
-    /// False when libcurl does not know one of the options, or has no memory left.
+    /// Returns false if libcurl does not know one of the options, or has run out of memory.
     bool accepted() const { return accepted_; }
 
 private:
@@ -76,9 +77,9 @@ private:
     bool accepted_ = true;
 };
 
-using Failure = std::optional<std::string>; ///< a description; nothing when all went well
+using Failure = std::optional<std::string>; ///< a description; nothing if all went well
 
-/// The text of a header without what could begin another one.
+/// Returns the text of a header without the characters that could start another one.
 std::string withoutControls(std::string text);
 
 inline constexpr const char* optionsRefused = "libcurl refuses its settings";

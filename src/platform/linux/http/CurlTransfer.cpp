@@ -8,7 +8,7 @@ CURLcode perform(CURL* handle, const std::stop_token& stop) {
     const std::unique_ptr<CURLM, CURLMcode (*)(CURLM*)> multi(curl_multi_init(), curl_multi_cleanup);
     if (!multi || curl_multi_add_handle(multi.get(), handle) != CURLM_OK)
         return CURLE_OUT_OF_MEMORY;
-    constexpr int longestWait = 1000; // milliseconds
+    constexpr int longestWait = 1000; // in milliseconds
     const std::stop_callback wake(stop, [&] { curl_multi_wakeup(multi.get()); });
     int running = 1;
     while (!stop.stop_requested() && curl_multi_perform(multi.get(), &running) == CURLM_OK && running > 0)

@@ -15,7 +15,7 @@ const char* valueOf(const char* variable) {
     return value && *value ? value : nullptr;
 }
 
-/// Verifies what the attempt was to verify once more, with what its store has got in the meantime.
+/// Repeats the verification, with the certificates that the store has gained since the first attempt.
 bool verifyAgain(X509_STORE_CTX* attempt, X509_STORE* store) {
     const std::unique_ptr<X509_STORE_CTX, void (*)(X509_STORE_CTX*)> again(X509_STORE_CTX_new(),
                                                                            X509_STORE_CTX_free);
@@ -32,8 +32,8 @@ bool verifyAgain(X509_STORE_CTX* attempt, X509_STORE* store) {
 
 } // namespace
 
-/// Called for every new connection, after libcurl has named its folder. An error that is left in OpenSSL's
-/// queue would be taken for one of the connection.
+/// Called for every new connection, after libcurl has set its folder. An error left in OpenSSL's queue would
+/// be taken for one of the connection.
 CURLcode CurlTrust::prepare(CURL* /*handle*/, void* sslContext, void* trust) noexcept {
     auto* context = static_cast<SSL_CTX*>(sslContext);
     const char* file = valueOf("SSL_CERT_FILE");
@@ -41,7 +41,7 @@ CURLcode CurlTrust::prepare(CURL* /*handle*/, void* sslContext, void* trust) noe
     if (file && SSL_CTX_load_verify_file(context, file) != 1)
         static_cast<CurlTrust*>(trust)->unreadableFile_ = file;
     if (folders)
-        SSL_CTX_load_verify_dir(context, folders); // several, with colons between them
+        SSL_CTX_load_verify_dir(context, folders); // several, separated by colons
     ERR_clear_error();
     SSL_CTX_set_cert_verify_callback(context, &verify, nullptr);
     return CURLE_OK;

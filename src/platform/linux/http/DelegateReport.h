@@ -8,8 +8,8 @@
 
 namespace join::platform {
 
-/// Tells a delegate its news on the main queue. Made and destroyed on the main thread; what has not been told
-/// by then never is.
+/// Reports to a delegate on the main queue. Create and destroy it on the main thread; reports not delivered
+/// before its destruction are dropped.
 template <typename Delegate>
 class DelegateReport {
 public:
@@ -19,7 +19,7 @@ public:
     DelegateReport& operator=(const DelegateReport&) = delete;
     ~DelegateReport() = default;
 
-    /// Has the delegate's function called with what it is given here, which is kept until then. Any thread.
+    /// Queues a call of the delegate's function with these arguments, which are kept until then. Any thread.
     template <typename... Parameters, typename... Arguments>
     void tell(void (Delegate::*news)(Parameters...), Arguments... arguments) const {
         mainQueue_.enqueue([to = std::weak_ptr(delegate_), news, ... kept = std::move(arguments)] {
@@ -30,11 +30,11 @@ public:
 
 private:
     MainQueue& mainQueue_;
-    std::shared_ptr<Delegate*> delegate_; ///< the one owner: it is gone when this is
+    std::shared_ptr<Delegate*> delegate_; ///< the only owner: it is gone when this object is
 };
 
-/// A Download or a Connection that could not begin. Its delegate is told why, on the main queue like every
-/// other news.
+/// A Download or a Connection that could not begin. Its delegate is told why, on the main queue like all
+/// reports.
 template <typename Transfer, typename Delegate>
 class FailedTransfer final : public Transfer {
 public:

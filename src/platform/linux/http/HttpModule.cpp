@@ -44,8 +44,8 @@ std::unique_ptr<Connection> HttpModule::connect(PostRequest request, ConnectionD
 }
 
 std::unique_ptr<HttpClient> HttpModule::openModule() {
-    // Never closed: libraries below it may own threads. Of its two dozen libraries a join calls a few
-    // functions only; looking all of them up would cost time and memory.
+    // Never closed: libraries loaded with it may own threads. A join calls only a few functions of its two
+    // dozen libraries; resolving all of them would cost time and memory.
     void* module = ::dlopen(path_.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* entry = module ? ::dlsym(module, "join_make_http_client") : nullptr;
     if (!entry) {

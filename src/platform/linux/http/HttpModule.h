@@ -9,19 +9,19 @@ namespace join::platform {
 
 class MainQueue;
 
-/// The HTTP client in a module that is loaded when it is needed: its libraries would keep the first window
-/// waiting. Once loaded it stays so, also when its file is deleted.
+/// The HTTP client, in a module that is loaded only when needed: its libraries would delay the first window.
+/// Once loaded it stays loaded, even if its file is deleted.
 class HttpModule : public HttpClient {
 public:
-    /// The absolute path of the module; nothing is loaded yet. The queue outlives the downloads and the
+    /// Takes the absolute path of the module; loads nothing yet. The queue must outlive the downloads and the
     /// connections.
     HttpModule(std::string path, MainQueue& mainQueue);
 
-    /// Loads the module, the first time that it is called; false when that failed, then or now.
+    /// Loads the module on the first call. Returns false if that failed, then or earlier.
     bool load();
 
-    /// These load the module when nobody has. Without it every request is answered with an error that says
-    /// why, and every download and every connection fails with it.
+    /// These load the module if that has not happened yet. Without it, every request, download and connection
+    /// fails with an error that says why.
     HttpReply get(const HttpRequest& request) override;
     std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
     std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
@@ -38,7 +38,7 @@ private:
 
 } // namespace join::platform
 
-/// The one function of the module. Gives a new client that the caller owns, nullptr when none can be made.
-/// The queue is where its downloads and connections report; it outlives them.
+/// The module's only function. Returns a new client that the caller owns, or nullptr if none can be created.
+/// Its downloads and connections report on the queue, which must outlive them.
 extern "C" [[gnu::visibility("default")]] join::platform::HttpClient*
 join_make_http_client(join::platform::MainQueue& mainQueue) noexcept;

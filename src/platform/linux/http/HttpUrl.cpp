@@ -31,7 +31,7 @@ bool hasBrokenEscape(std::string_view url) {
     return false;
 }
 
-/// RFC 3986 lets the digits after the colon be missing.
+/// RFC 3986 allows the digits after the colon to be missing.
 bool isPort(std::string_view text) {
     std::uint16_t port = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
@@ -40,7 +40,7 @@ bool isPort(std::string_view text) {
 
 struct HostAndPort {
     std::string_view host;
-    std::string_view port; ///< with its colon; empty when there is none
+    std::string_view port; ///< with its colon; empty if there is none
 };
 
 HostAndPort splitAuthority(std::string_view authority) {

@@ -6,13 +6,13 @@
 
 namespace join::platform {
 
-/// Why the text is no absolute https URL that may be asked; nothing when it is one:
+/// Returns why the text is not an acceptable absolute https URL, or nothing if it is one:
 ///
 ///     "https://" host [":" port] [path] ["?" query] ["#" fragment]      (RFC 3986, RFC 9110)
 ///
-/// with at least one character of host, a port of at most 65535 and not 0, and no user before the host, which
-/// would hide it from its reader. The scheme's case does not matter. Characters outside RFC 3986, non-ASCII
-/// ones among them, must come percent-encoded; square brackets only enclose an IPv6 address.
+/// The host is not empty. A port, if given, is from 1 to 65535. No user precedes the host, because that would
+/// hide the host from the reader. The scheme's case does not matter. Characters outside RFC 3986, including
+/// non-ASCII ones, must be percent-encoded; square brackets may only enclose an IPv6 address.
 std::optional<std::string> reasonToRefuseUrl(std::string_view url);
 
 } // namespace join::platform

@@ -15,7 +15,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using namespace std::chrono_literals;
 
-/// A start that connects and then says nothing has been stopped on its way.
+/// A start that connects and then sends nothing has been stopped.
 constexpr auto patience = 5s;
 constexpr std::size_t maximumConnections = 256;
 
@@ -105,13 +105,13 @@ void InstanceListener::acceptAll(std::vector<Connection>& connections) {
         else if (!socket && errno == EAGAIN)
             return;
         else if (!socket && errno != EINTR && errno != ECONNABORTED) {
-            std::this_thread::sleep_for(10ms); // no descriptors are left for now, and poll would not wait
+            std::this_thread::sleep_for(10ms); // out of descriptors for now, and poll would not wait
             return;
         }
     }
 }
 
-/// What cannot be answered is not taken, and the other way round.
+/// A message that cannot be answered is not accepted, and one that is not accepted gets no answer.
 void InstanceListener::answer(const Descriptor& sender) {
     const ssize_t size = ::recv(sender.get(), buffer_.data(), buffer_.size(), 0);
     if (size <= 0)

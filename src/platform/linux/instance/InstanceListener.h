@@ -12,36 +12,36 @@
 
 namespace join::platform {
 
-/// Says to a second start that the running program has its message.
+/// Tells a second start that the running program has received its message.
 inline constexpr std::string_view instanceReply = "taken";
 
-/// Whether the process at the other end of a Unix socket belongs to the same user.
+/// Returns whether the process at the other end of a Unix socket belongs to the same user.
 bool isOwnPeer(int socket);
 
-/// Takes the messages of further starts on a thread of its own: the socket queues by itself, but a start ends
-/// only when it has been told that its URL is taken, and the main thread may wait a minute for a server. What
-/// is no message, or comes from another user's process, is dropped without an answer, and so is the message
-/// of a start that has given up waiting: it has told its user that nobody answered.
+/// Receives the messages of later starts on a thread of its own: the socket queues them by itself, but a
+/// start ends only when it has been told that its URL is taken, and the main thread may be waiting a minute
+/// for a server. Anything that is not a message, or comes from another user's process, is dropped without an
+/// answer. So is the message of a start that has given up waiting: it has told its user that nobody answered.
 class InstanceListener {
 public:
-    /// The socket listens: those who connect wait until messages are taken.
+    /// The socket must be listening: clients wait until messages are accepted.
     explicit InstanceListener(Descriptor socket);
     ~InstanceListener();
     InstanceListener(const InstanceListener&) = delete;
     InstanceListener& operator=(const InstanceListener&) = delete;
 
-    /// From now on messages are taken. Called once. Throws std::system_error when there can be no thread.
+    /// Starts accepting messages. Call it once. Throws std::system_error if no thread can be created.
     void begin();
 
-    /// Has the function called once for each message, those that wait already included. It is called on any
-    /// thread, and must not call back. Set once.
+    /// Sets a function to call once for each message, including those already waiting. It may be called on
+    /// any thread, and must not call back. Call this once.
     void setNotification(std::function<void()> notify);
 
-    /// The message that has waited longest; nothing when none waits.
+    /// Returns the message that has waited longest, or nothing if there is none.
     std::optional<InstanceMessage> next();
 
-    /// Takes no more messages, and gives those that were taken and still wait. Whoever is turned away now
-    /// has not been answered.
+    /// Stops accepting messages, and returns those that were accepted and are still waiting. Later starts
+    /// that are turned away from now on get no answer.
     std::vector<InstanceMessage> close();
 
 private:

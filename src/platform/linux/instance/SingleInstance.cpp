@@ -37,7 +37,7 @@ Descriptor packetSocket() {
     return socket;
 }
 
-/// The socket's address by way of its open folder: an address is short, and a folder's path may be long.
+/// Returns the socket's address by way of its open folder: a folder's path may be too long for an address.
 sockaddr_un addressIn(const Descriptor& folder) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -47,14 +47,14 @@ sockaddr_un addressIn(const Descriptor& folder) {
 }
 
 void setPatience(const Descriptor& socket, SteadyClock::time_point limit) {
-    const auto left = std::max<SteadyClock::duration>(limit - SteadyClock::now(), 1ms); // zero is for ever
+    const auto left = std::max<SteadyClock::duration>(limit - SteadyClock::now(), 1ms); // zero means no limit
     const auto microseconds = std::chrono::duration_cast<std::chrono::microseconds>(left).count();
     const timeval value{.tv_sec = microseconds / 1'000'000, .tv_usec = microseconds % 1'000'000};
     ::setsockopt(socket.get(), SOL_SOCKET, SO_SNDTIMEO, &value, sizeof value);
     ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
 }
 
-/// Whether the name in the folder is that of the open file, and not of one made after it was removed.
+/// Returns whether the name in the folder is still that of the open file, not of a later one.
 bool isStillNamed(const Descriptor& file, const Descriptor& folder, const char* name) {
     struct stat open {};
     struct stat named {};
@@ -64,7 +64,7 @@ bool isStillNamed(const Descriptor& file, const Descriptor& folder, const char* 
 }
 
 Descriptor openOrMakePrivateFolder(int parent, const char* name) {
-    ::mkdirat(parent, name, S_IRWXU); // it may be there; what is there is checked
+    ::mkdirat(parent, name, S_IRWXU); // it may exist already; it is checked below
     return openPrivateFolder(parent, name, O_NOFOLLOW);
 }
 
@@ -110,7 +110,7 @@ SingleInstance::Start SingleInstance::meet(const InstanceMessage& message, bool 
             return Start::handedOver;
         if (answer == Answer::none || SteadyClock::now() > limit)
             return Start::unanswered;
-        std::this_thread::sleep_for(1ms); // the first one is about to listen, or about to be gone
+        std::this_thread::sleep_for(1ms); // the first is about to listen, or about to end
     }
 }
 
@@ -135,7 +135,7 @@ bool SingleInstance::takePlace() {
         return false;
     }
     if (!isStillNamed(lock, folder_, lockName))
-        return false; // somebody tidied up; the next try meets the new file
+        return false; // somebody has removed the file; the next attempt finds the new one
     listener_.emplace(listeningSocket());
     lock_ = std::move(lock);
     return true;
@@ -166,7 +166,7 @@ SingleInstance::Answer SingleInstance::send(const std::string& bytes, SteadyCloc
         return errno == EAGAIN ? Answer::none : Answer::nobodyThere;
     ssize_t received = ::recv(socket.get(), reply.data(), reply.size(), 0);
     if (received < 0 && errno == EAGAIN) {
-        ::shutdown(socket.get(), SHUT_RD); // no answer can be sent any more; one that was counts
+        ::shutdown(socket.get(), SHUT_RD); // from now on no answer can be sent; one sent before counts
         received = ::recv(socket.get(), reply.data(), reply.size(), MSG_DONTWAIT);
         if (received <= 0)
             return Answer::none;

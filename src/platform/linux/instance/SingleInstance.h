@@ -9,38 +9,39 @@
 
 namespace join::platform {
 
-/// Opens the user's private folder, mode 0700, in which the starts of the program meet, and makes it when it
-/// is missing: "tavojoin" in $XDG_RUNTIME_DIR, or in /run/user/UID when that variable was lost on the way,
-/// or else "tavojoin/run" in the user's cache. A folder that others can reach, or that is another user's, is
-/// passed over. Throws Exception when there is none.
+/// Opens the user's private folder, mode 0700, in which the starts of the program meet, creating it if it is
+/// missing: "tavojoin" in $XDG_RUNTIME_DIR, or in /run/user/UID if that variable was lost on the way, or else
+/// "tavojoin/run" in the user's cache. Skips a folder that others can access or that belongs to another user.
+/// Throws Exception if there is no usable one.
 Descriptor openInstanceFolder();
 
-/// Sees to it that one process of the program runs for each user. The first start holds a lock, which ends
-/// with its process however that ends, and listens on a Unix socket beside it; a later one sends its message
-/// there, a packet, and ends when it has been answered. Needs nothing but the system, so that a later start
-/// can end before the program proper is loaded.
+/// Ensures that each user runs only one process of the program. The first start holds a lock, which is
+/// released however its process ends, and listens on a Unix socket beside it. A later start sends its message
+/// there, as one packet, and ends when it has been answered. Depends only on the system, so that a later
+/// start can end before the main program is loaded.
 class SingleInstance {
 public:
-    /// The private folder of openInstanceFolder. The patience is that for a running program to answer.
+    /// Takes the private folder of openInstanceFolder, and how long to wait for a running program's answer.
     explicit SingleInstance(Descriptor folder, std::chrono::milliseconds patience = std::chrono::seconds(5));
 
     enum class Start {
-        first,      ///< this is now the process that runs
-        handedOver, ///< the one that runs has the message
-        unanswered, ///< one runs and does not answer: it has been stopped, or hangs
+        first,      ///< this process is now the running one
+        handedOver, ///< the running process has the message
+        unanswered, ///< the running process does not answer: it has been stopped, or hangs
     };
 
-    /// Becomes the first, or hands the message to the first: a process that ends in the meantime is waited
-    /// for. Throws std::exception when the folder takes no lock or no socket.
+    /// Becomes the first, or hands the message to the first. Waits for a process that is just ending. Throws
+    /// std::exception if no lock or no socket can be made in the folder.
     Start start(const InstanceMessage& message);
 
-    /// Hands the message to the process that runs, or is about to. False when none has answered in time.
+    /// Hands the message to the process that is running, or about to run. Returns false if none has answered
+    /// in time.
     bool handOver(const InstanceMessage& message);
 
-    /// The messages of later starts, which wait until it begins to take them. Only for the first.
+    /// Returns the messages of later starts, which wait until it begins to accept them. Only for the first.
     InstanceListener& messages() { return *listener_; }
 
-    /// Gives up the first place. The messages that were taken and still wait are the caller's now.
+    /// Gives up the first place. Returns the messages that were accepted and are still waiting.
     std::vector<InstanceMessage> resign();
 
 private:

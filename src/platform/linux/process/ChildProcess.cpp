@@ -54,7 +54,7 @@ int ChildProcess::finish() {
     return end();
 }
 
-/// The leader stays unreaped until its group has been killed: till then no other group can get its number.
+/// The leader is reaped only after its group has been killed: until then no other group can get its number.
 int ChildProcess::end() {
     if (process_ < 0)
         return 0;

@@ -10,32 +10,33 @@
 
 namespace join::platform {
 
-/// A program to run: its absolute path, its arguments, and the one file that it finds open beside its
-/// standard streams, as descriptor 3; -1 is the null device.
+/// A program to run: its absolute path, its arguments, and the one file open beside its standard streams, as
+/// descriptor 3; -1 is the null device.
 struct ChildProgram {
-    static constexpr const char* fileArgument = "/proc/self/fd/3"; ///< what to call that file in arguments
+    static constexpr const char* fileArgument = "/proc/self/fd/3"; ///< how arguments name that file
 
     std::string path;
     std::vector<std::string> arguments;
     int file;
 };
 
-/// A running program with nothing of ours but that file: no input, a minimal environment, errors unheard. It
-/// leads a process group of its own, which is killed when this object goes, and dies with us.
+/// A running program that inherits nothing but that file: no input, a minimal environment, no standard error.
+/// It leads a process group of its own, which is killed when this object is destroyed, and dies with this
+/// process.
 class ChildProcess {
 public:
     enum class Output { read, ignored };
 
-    /// Throws Exception when it cannot be started. The interruption must outlive this.
+    /// Throws Exception if it cannot be started. The interruption must outlive this object.
     ChildProcess(const ChildProgram& program, Output output, const Interruption& interruption);
     ~ChildProcess();
     ChildProcess(const ChildProcess&) = delete;
     ChildProcess& operator=(const ChildProcess&) = delete;
 
-    /// Like read(2) on its output. Throws Exception on an error or an interruption.
+    /// Reads its output like read(2). Throws Exception on an error or an interruption.
     std::size_t read(char* buffer, std::size_t size);
 
-    /// Waits for its end; gives its exit status, or minus the signal that ended it. Throws Exception on an
+    /// Waits for its end. Returns its exit status, or minus the signal that ended it. Throws Exception on an
     /// interruption.
     int finish();
 

@@ -26,7 +26,7 @@ Interruption::Interruption(std::chrono::milliseconds allowed)
 }
 
 Interruption::~Interruption() {
-    // One that came is not to end the process now that it has cleared up and says how it went.
+    // A signal that has arrived must not end the process once it has cleaned up and is reporting the outcome.
     signalfd_siginfo ignored{};
     while (readSome(signals_.get(), &ignored, sizeof ignored) > 0) {
     }
@@ -38,7 +38,7 @@ void Interruption::awaitReadable(int descriptor) const {
     }
 }
 
-/// With a descriptor, waits for it; without, only looks. True when the descriptor can be read.
+/// Waits for the descriptor; without one, only checks. Returns true if the descriptor can be read.
 bool Interruption::wait(int descriptor) const {
     using namespace std::chrono;
     const auto left = ceil<milliseconds>(end_ - steady_clock::now()).count();

@@ -7,9 +7,8 @@
 
 namespace join::platform {
 
-/// What can end the work early: the time that it may take, and SIGTERM, SIGINT or SIGHUP. As long as this
-/// lives those signals do nothing by themselves, so that all that was begun is cleared up. For a process with
-/// one thread.
+/// What can end the work early: its time limit, and SIGTERM, SIGINT or SIGHUP. While this object lives, those
+/// signals have no effect of their own, so that everything can be cleaned up. For a process with one thread.
 class Interruption {
 public:
     explicit Interruption(std::chrono::milliseconds allowed);
@@ -17,10 +16,10 @@ public:
     Interruption(const Interruption&) = delete;
     Interruption& operator=(const Interruption&) = delete;
 
-    /// Throws Exception when the work is to end.
+    /// Throws Exception if the work must end.
     void check() const { wait(-1); }
 
-    /// Waits until the descriptor can be read. Throws Exception when the work is to end.
+    /// Waits until the descriptor can be read. Throws Exception if the work must end.
     void awaitReadable(int descriptor) const;
 
 private:

@@ -28,7 +28,7 @@ public:
         ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);
     }
 
-    /// Reads until it has ended or the time is over. True when it has ended.
+    /// Reads until the child has ended or the time is up. Returns true if it has ended.
     bool awaitEnd(milliseconds patience) {
         const auto limit = SteadyClock::now() + patience;
         for (;;) {
@@ -42,7 +42,7 @@ public:
             if (count > 0 && events[1].revents != 0 && !readWhatIsThere())
                 output_.close();
             if (count > 0 && events[0].revents != 0) {
-                readWhatIsThere(); // others that it has started may keep the pipe open
+                readWhatIsThere(); // its own children may keep the pipe open
                 return true;
             }
             if (left <= milliseconds(0))
@@ -50,7 +50,7 @@ public:
         }
     }
 
-    /// Ends it when it does not end in time. One that not even the kernel can end is left.
+    /// Ends the child if it does not end in time. A child that even the kernel cannot end is abandoned.
     TaskResult result(milliseconds patience) {
         constexpr milliseconds toClearUp(2000);
         bool hasEnded = handle_ && awaitEnd(patience);
@@ -64,7 +64,7 @@ public:
     }
 
 private:
-    /// False at the end of its output.
+    /// Returns false at the end of the output.
     bool readWhatIsThere() {
         std::array<char, 16384> buffer{};
         ssize_t count = 0;
@@ -123,7 +123,7 @@ std::string LinuxTasks::realPath(const std::string& program) const {
     std::filesystem::path path = root_.toReal(program);
     std::error_code error;
     if (path.is_relative())
-        path = helpersFolder_ / path; // never looked for on the PATH, nor where we happen to be
+        path = helpersFolder_ / path; // never searched for on the PATH or in the working directory
     else if (std::filesystem::exists(path, error))
         return path;
     const auto helper = helpers_.find(path.filename());

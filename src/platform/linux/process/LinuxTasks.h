@@ -12,24 +12,25 @@
 
 namespace join::platform {
 
-/// Child processes. Paths and arguments are bytes, and need not be text.
+/// Child processes. Paths and arguments are bytes and need not be UTF-8.
 class LinuxTasks final : public Tasks {
 public:
-    /// The helpers' folder holds the tools that the system does not have. They are opened now and run from
-    /// there, as the folder may be deleted before they are needed; so they are no scripts.
+    /// The helpers' folder contains the tools that the system does not have. They are opened now and run from
+    /// these descriptors, because the folder may be deleted before they are needed; so they cannot be
+    /// scripts.
     LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder);
 
     TaskResult run(const Program& program) override;
     void start(const Program& program) override;
 
-    /// Starts the program in a session of its own, its standard streams on the null device, no descriptor
-    /// inherited. True when it runs. A path without a folder is one of the helpers.
+    /// Starts the program in a session of its own, with its standard streams on the null device and no
+    /// descriptor inherited. Returns true if it is running. A path without a folder names a helper.
     bool startDetached(const Program& program);
 
 private:
     pid_t startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const;
 
-    /// Where the program really lies.
+    /// Returns the real path of the program.
     std::string realPath(const std::string& program) const;
 
     SystemRoot root_;

@@ -18,7 +18,7 @@ namespace join::platform {
 
 namespace {
 
-constexpr rlim_t maximumMemory = rlim_t{4} << 30; ///< of addresses; a hostile image may ask for any amount
+constexpr rlim_t maximumMemory = rlim_t{4} << 30; ///< address space; a hostile image may ask for more
 
 void limit(__rlimit_resource resource, rlim_t maximum) {
     rlimit limits{};
@@ -29,7 +29,7 @@ void limit(__rlimit_resource resource, rlim_t maximum) {
     }
 }
 
-/// False when the parent is gone already.
+/// Returns false if the parent has ended already.
 bool confine(pid_t parent) {
     ::setpgid(0, 0);
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -38,8 +38,8 @@ bool confine(pid_t parent) {
     return ::getppid() == parent;
 }
 
-/// Copies lie above the places of the streams, so that none overwrites one still needed. All others are
-/// closed with exec, whatever a library forgot to mark.
+/// First makes copies above the places of the streams, so that none overwrites one still needed. All other
+/// descriptors are closed by exec, even those that a library forgot to mark.
 bool arrange(const std::vector<int>& streams) {
     constexpr int above = 10;
     std::array<int, Spawn::maximumStreams> copies{};
@@ -53,7 +53,7 @@ bool arrange(const std::vector<int>& streams) {
     return ::syscall(SYS_close_range, count, ~0U, CLOSE_RANGE_CLOEXEC) == 0;
 }
 
-/// In the child: only what is allowed between fork and exec.
+/// Runs in the child: only calls that are allowed between fork and exec.
 [[noreturn]] void become(const Spawn& spawn, char* const* arguments, pid_t parent, int failure) {
     std::array<char, 16> locale{"LC_ALL=C.UTF-8"};
     std::array<char, 8> zone{"TZ=UTC0"};
@@ -90,9 +90,9 @@ pid_t startChild(const Spawn& spawn, const std::string& name) {
     for (const std::string& argument : spawn.arguments)
         arguments.push_back(const_cast<char*>(argument.c_str()));
     arguments.push_back(nullptr);
-    Pipe failure = makePipe(); // tells the error; closed by itself once the program runs
+    Pipe failure = makePipe(); // reports the error; closed by exec on success
     const pid_t parent = ::getpid();
-    ::signal(SIGCHLD, SIG_DFL); // whoever starts us may ignore it, and how children end would be lost
+    ::signal(SIGCHLD, SIG_DFL); // our parent may ignore it, and the children's statuses would be lost
     const pid_t child = ::fork();
     if (child == 0)
         become(spawn, arguments.data(), parent, failure.writing.get());

@@ -13,34 +13,34 @@ struct Pipe {
     Descriptor writing;
 };
 
-/// Throws Exception when there is none to be had.
+/// Throws Exception if no pipe can be made.
 Pipe makePipe();
 
-/// A program to start. It has the descriptors that are given and no others.
+/// A program to start. It gets only the given descriptors.
 struct Spawn {
     enum class Bond {
-        waitedFor, ///< a child of ours
-        left,      ///< in a session of its own, and a child of nobody here
-        confined,  ///< dies with us; it leads a process group, and has little memory and environment
+        waitedFor, ///< a child of this process
+        left,      ///< in a session of its own, and not a child of this process
+        confined,  ///< dies with this process; leads a process group, and has little memory and environment
     };
     static constexpr std::size_t maximumStreams = 4;
 
-    std::string path; ///< where it really lies
+    std::string path; ///< the real path
     std::vector<std::string> arguments;
     std::vector<int> streams; ///< what its descriptors 0, 1, 2 and so on are; -1 is the null device
-    std::string directory;    ///< to work in; empty for ours
+    std::string directory;    ///< the working directory; empty for that of this process
     Bond bond;
 };
 
-/// Starts the program, and returns once it runs. The number is that of a child to wait for, unless the
-/// program is left. Throws Exception, with the reason, when it cannot be started; it is called there by the
-/// name that is given. Main thread only.
+/// Starts the program and returns once it is running. Returns the number of a child to wait for, unless its
+/// bond is Bond::left. Throws Exception with the reason if it cannot be started; the message calls it by the
+/// given name. Main thread only.
 pid_t startChild(const Spawn& spawn, const std::string& name);
 
-/// What can be polled for the end of a child; none when the system has none to give.
+/// Returns a descriptor to poll for the end of a child, or none if the system does not support that.
 Descriptor handleOf(pid_t child);
 
-/// Waits for the end of a child. Returns its status as waitpid(2) has it.
+/// Waits for the end of a child. Returns its status as defined by waitpid(2).
 int reap(pid_t child);
 
 } // namespace join::platform

@@ -7,10 +7,10 @@
 namespace join::platform {
 
 void openMissingStandardStreams() {
-    // open gives the lowest free number, which is the one just found closed.
+    // open returns the lowest free number: the one just found closed.
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
         if (::fcntl(stream, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) != stream)
-            return; // a system without a null device; nothing better is to be had
+            return; // a system without a null device; nothing more can be done
 }
 
 } // namespace join::platform

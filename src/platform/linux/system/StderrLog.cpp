@@ -18,7 +18,7 @@ namespace join::platform {
 namespace {
 
 Descriptor openLogFile(const std::string& path) {
-    // Not to wait for the other end of a pipe that somebody has put there.
+    // Must not block if somebody has put a pipe there.
     constexpr int flags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     return Descriptor(::open(path.c_str(), flags, 0666));
 }

@@ -10,12 +10,12 @@
 
 namespace join::platform {
 
-/// The log on standard error. A line begins with "2026-11-22 21:56:36.123 Join[417:418] ". A line that the
-/// file does not take, as on a full disk, goes to the standard error that this began with. An error there is
+/// The log on standard error. A line begins with "2026-11-22 21:56:36.123 Join[417:418] ". If the file
+/// refuses a line, as on a full disk, the line goes to the original standard error. An error there is
 /// ignored: there is nowhere to report it.
 class StderrLog : public Log {
 public:
-    /// The clock is used as long as this object lives.
+    /// The clock must outlive this object.
     StderrLog(std::string processName, Clock& clock);
 
     void write(std::string_view message) override;
@@ -30,11 +30,11 @@ private:
 
     std::string processName_;
     Clock& clock_;
-    Descriptor first_;                    ///< where standard error led before it was pointed anywhere
-    std::optional<FileIdentity> current_; ///< the file that the streams were last pointed at
+    Descriptor first_;                    ///< the standard error of the start, before any redirection
+    std::optional<FileIdentity> current_; ///< the file to which the streams were last redirected
 };
 
-/// The call stack of the calling thread, a line for each frame, the innermost first. For
+/// Returns the call stack of the calling thread, one line for each frame, the innermost first. For
 /// Exception::setCallStackSource.
 std::string callStack();
 

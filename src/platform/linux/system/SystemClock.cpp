@@ -10,7 +10,7 @@ LocalTime SystemClock::localTime() {
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
     tm local{};
-    ::tzset(); // localtime_r keeps the zone that it has met first; the user's may have changed since
+    ::tzset(); // localtime_r keeps the first zone it has seen; the user's may have changed
     ::localtime_r(&now.tv_sec, &local);
     return {.year = local.tm_year + 1900,
             .month = local.tm_mon + 1,

@@ -4,7 +4,7 @@
 
 namespace join::platform {
 
-/// The clock of the system. Local time is that of the time zone as it is at the moment.
+/// The system's clock. Local time uses the current time zone.
 class SystemClock : public Clock {
 public:
     LocalTime localTime() override;

@@ -16,7 +16,7 @@ constexpr std::size_t maximumOsReleaseSize = 65536;
 
 bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }
 
-/// Takes the text up to the next separator, or all of it, off the front.
+/// Removes the text up to the next separator, or all of it, from the front. Returns it.
 std::string_view takeUntil(std::string_view& text, char separator) {
     const auto end = text.find(separator);
     const auto taken = text.substr(0, end);
@@ -24,7 +24,7 @@ std::string_view takeUntil(std::string_view& text, char separator) {
     return taken;
 }
 
-/// The text of one word as a shell reads it; nothing when a quote or an escape is not ended.
+/// Returns the text of one word as a shell reads it, or nothing if a quote or an escape is incomplete.
 std::optional<std::string> unquoted(std::string_view word) {
     static constexpr std::string_view escapableInQuotes = "\"\\$`";
     std::string text;
@@ -50,7 +50,7 @@ std::optional<std::string> unquoted(std::string_view word) {
     return quote == 0 ? std::optional(text) : std::nullopt;
 }
 
-/// Whether a character, given as UTF-8, is a control character or none of XML's at all.
+/// Returns whether a character, given as UTF-8, is a control character or not allowed in XML.
 bool isUnprintable(std::string_view character) {
     const auto first = static_cast<unsigned char>(character[0]);
     return first < 0x20 || first == 0x7F || (character >= "\xC2\x80" && character <= "\xC2\x9F") ||
@@ -80,7 +80,7 @@ std::string escaped(std::string_view text) {
 
 std::string reportedVersion(const std::string& version) {
     static const std::regex numbersWithDots("[0-9]{1,9}(\\.[0-9]{1,9}){0,2}");
-    constexpr std::size_t longest = 29; // nothing of any length is left to a regular expression
+    constexpr std::size_t longest = 29; // the regular expression must not see texts of any length
     const bool counts = version.size() <= longest && std::regex_match(version, numbersWithDots) &&
                         std::stoi(version) >= oldestSupported.major;
     return counts ? version : std::to_string(oldestSupported.major) + ".0";

@@ -8,23 +8,23 @@
 
 namespace join::platform {
 
-/// The distribution's name and version, as its os-release file has them.
+/// The distribution's name and version from its os-release file.
 struct SystemRelease {
     std::string name = "Linux";
-    std::string version; ///< empty when it has none
+    std::string version; ///< empty if it has none
 };
 
 /// Reads an os-release file: lines NAME=value, where the value is one word of a POSIX shell, quoted or not;
-/// "#" starts a comment line. The last of several lines for one name counts, lines of any other form do not.
+/// "#" starts a comment line. If a name occurs several times, the last line counts; malformed lines do not.
 SystemRelease parseOsRelease(std::string_view text);
 
-/// The property list for a release. A version that is not one to three numbers with dots between, or whose
-/// first number is below 11, is given as 11.0: such a number counts the distribution's own releases, or there
-/// is none, and neither says that the system is older than the ones that the program runs on.
+/// Returns the property list for a release. The version becomes 11.0 if it is not one to three numbers
+/// separated by dots, or if its first number is below 11. Such a number counts the distribution's own
+/// releases and does not say that the system is too old for the program; nor does a missing one.
 std::string systemVersionList(const SystemRelease& release);
 
-/// Makes the system's version list when it is missing, from the first of these files that can be read. True
-/// when it is there afterwards.
+/// Creates the system's version list if it is missing, from the first of these files that can be read.
+/// Returns true if it exists afterwards.
 bool makeSystemVersionFile(FileManager& files, const std::vector<std::string>& osReleasePaths = {
                                                    "/etc/os-release", "/usr/lib/os-release"});
 
