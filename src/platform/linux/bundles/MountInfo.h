@@ -28,8 +28,8 @@ bool isServedByProgram(const Mount& mount);
 /// kernel.
 bool isLocalVolume(const Mount& mount);
 
-/// Returns whether the user may want to eject the volume: it lies below the folders for such volumes, or in
-/// the home folder, which may be empty. The system's own volumes do not.
+/// Returns whether the user may want to eject the volume: it lies below the folders for such volumes, or
+/// below home, the user's home folder (empty if unknown). The system's own volumes lie elsewhere.
 bool isUnmountable(std::string_view path, std::string_view home);
 
 } // namespace join::platform
