@@ -47,6 +47,12 @@ inline std::string writeFile(const std::string& path, std::string_view contents)
     return path;
 }
 
+/// Writes a file that its owner may run. Returns its path.
+inline std::string writeProgram(const std::string& path, std::string_view contents = "#!/bin/sh\n") {
+    std::filesystem::permissions(writeFile(path, contents), std::filesystem::perms::owner_all);
+    return path;
+}
+
 /// The bytes of a file, empty if it is missing.
 inline std::string contentsOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

@@ -72,11 +72,7 @@ protected:
 
     SchemeRegistrationTest() {
         for (const char* program : {"/Join.app/Contents/MacOS/Join", "/bin/other"})
-            makeProgram(folder_.path() + program);
-    }
-
-    static void makeProgram(const std::string& path) {
-        fs::permissions(writeFile(path, "#!/bin/sh\n"), fs::perms::owner_all);
+            writeProgram(folder_.path() + program);
     }
 
     /// Whether the entry starts the bundle's executable.
@@ -139,7 +135,7 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
     const std::string installed = root_.toReal("/Applications/Join.app");
     writeFile(installed + "/Contents/MacOS/Join", "cannot be executed");
     EXPECT_EQ(ensure(), 0U);
-    makeProgram(installed + "/Contents/MacOS/Join");
+    writeProgram(installed + "/Contents/MacOS/Join");
     const std::string icon = writeFile(installed + "/Contents/Resources/Join.svg", "");
     EXPECT_EQ(ensure(), 1U);
     EXPECT_TRUE(starts(installed) && has(contentsOf(entry_), "Icon=" + icon));
@@ -193,7 +189,7 @@ TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
     EXPECT_EQ(contentsOf(defaults_), unreadable);
     fs::remove(defaults_);
 
-    makeProgram(folder_ / "bin/other");
+    writeProgram(folder_ / "bin/other");
     writeFile(folder_ / "data/applications/other.desktop",
               "[Desktop Entry]\nType=Application\nName=O\nExec=" + (folder_ / "bin/other") + " %u\n");
     writeFile(folder_ / "config/special-mimeapps.list",

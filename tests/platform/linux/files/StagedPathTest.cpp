@@ -1,14 +1,11 @@
 #include "platform/linux/files/StagedPath.h"
 
+#include "support/Child.h"
 #include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <future>
 #include <gtest/gtest.h>
-#include <sys/syscall.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 using namespace join::platform;
@@ -16,14 +13,6 @@ using namespace join::test;
 namespace fs = std::filesystem;
 
 namespace {
-
-pid_t deadProcess() {
-    const pid_t process = ::fork();
-    if (process == 0)
-        ::_exit(0);
-    ::waitpid(process, nullptr, 0);
-    return process;
-}
 
 /// A file and a folder each get a new name, but not a name that is taken.
 void commitToNewNames() {
@@ -53,7 +42,9 @@ void commitToNewNames() {
 
 TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElseStays) {
     const TemporaryFolder folder;
-    const std::string dead = std::to_string(deadProcess());
+    Child child({.command = {"true"}});
+    const std::string dead = std::to_string(child.process());
+    child.wait();
     const std::string own = std::to_string(::getpid());
     const std::string staged = ".A.app.";
     for (const std::string& mark : {dead, dead + ".7", own, own + ".4000000000"})
@@ -78,8 +69,5 @@ TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElse
 TEST(StagedPath, ACommitToANewNameReplacesNothing) {
     commitToNewNames();
     // Nor on a file system that cannot rename without replacing.
-    std::async(std::launch::async, [] {
-        refuseSystemCall(SYS_renameat2, EINVAL);
-        commitToNewNames();
-    }).get();
+    withoutSystemCall(SYS_renameat2, EINVAL, commitToNewNames);
 }

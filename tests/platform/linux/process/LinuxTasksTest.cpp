@@ -16,15 +16,12 @@ namespace {
 
 using test::contentsOf;
 using test::eventually;
-using test::writeFile;
 
 class LinuxTasksTest : public testing::Test {
 protected:
     /// An executable script in the test's folder.
     std::string script(const std::string& name, const std::string& lines) {
-        std::string path = writeFile(folder / name, "#!/bin/sh\n" + lines);
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-        return path;
+        return test::writeProgram(folder / name, "#!/bin/sh\n" + lines);
     }
 
     /// The starter of a program may make it ignore how its children end.
@@ -41,13 +38,9 @@ TEST_F(LinuxTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
     EXPECT_EQ(result.output, folder.path() + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n");
 }
 
-TEST_F(LinuxTasksTest, AProgramEndedByASignalHasNotExited) {
-    const TaskResult result = tasks.run({script("tool", "kill -9 $$\n"), {}, "/"});
-    EXPECT_FALSE(result.exited);
-}
-
-TEST_F(LinuxTasksTest, AProgramThatDoesNotEndIsEndedAtItsTime) {
+TEST_F(LinuxTasksTest, AProgramEndedByASignalOrAtItsTimeHasNotExited) {
     using namespace std::chrono_literals;
+    EXPECT_FALSE(tasks.run({script("tool", "kill -9 $$\n"), {}, "/"}).exited);
     for (const char* lines : {"exec sleep 1000\n", "trap '' TERM\nexec sleep 1000\n"})
         EXPECT_FALSE(tasks.run({script("tool", lines), {}, "/", 100ms}).exited);
 }

@@ -3,11 +3,8 @@
 #include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
-#include <cerrno>
 #include <filesystem>
-#include <future>
 #include <gtest/gtest.h>
-#include <sys/syscall.h>
 
 namespace join::platform::hdiutil {
 
@@ -32,10 +29,8 @@ TEST_F(Detach, TakesOneVolumeAway) {
 }
 
 TEST_F(Detach, NeedsNoRoom) {
-    std::async(std::launch::async, [this] {
-        test::refuseSystemCall(SYS_mkdir, ENOSPC);
-        EXPECT_NO_THROW(detachVolume("/Volumes/Tavo", root_));
-    }).get();
+    test::withoutSystemCall(SYS_mkdir, ENOSPC,
+                            [this] { EXPECT_NO_THROW(detachVolume("/Volumes/Tavo", root_)); });
     EXPECT_TRUE(fs::is_empty(folder_ / "root/Volumes"));
 }
 

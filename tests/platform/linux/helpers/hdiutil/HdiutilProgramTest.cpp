@@ -54,10 +54,8 @@ TEST_F(HdiutilProgram, EndsWithStatusTwoWhenCalledInAnotherWay) {
 }
 
 TEST_F(HdiutilProgram, TakesThe7ZipThatIsThereRatherThanAScriptThatStartsOne) {
-    const std::string wrapper = writeFile(folder_ / "wrapper", "#!/bin/sh\n");
-    const std::string program = writeFile(folder_ / "program", "\x7F\x45LF");
-    for (const std::string& file : {wrapper, program})
-        fs::permissions(file, fs::perms::owner_all);
+    const std::string wrapper = writeProgram(folder_ / "wrapper");
+    const std::string program = writeProgram(folder_ / "program", "\x7F\x45LF");
     const std::string other = writeFile(folder_ / "cannot be started", "\x7F\x45LF");
     using platform::hdiutil::pathOf7zz;
     EXPECT_EQ(pathOf7zz({folder_ / "missing", wrapper, other, program}), program);

@@ -12,17 +12,13 @@
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <filesystem>
-#include <functional>
-#include <future>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 
 namespace join::platform::hdiutil {
 
@@ -49,8 +45,6 @@ std::map<std::string, std::string> treeOf(const std::string& top) {
     }
     return tree;
 }
-
-std::string script(const std::string& body) { return "#!/bin/sh\n" + body + "\n"; }
 
 } // namespace
 
@@ -83,9 +77,8 @@ protected:
 
     /// Replaces 7zz with a script that does all but one command correctly.
     void replace7zz(const std::string& command, const std::string& body) {
-        settings_.sevenZip = writeFile(folder_ / "7zz", script("[ \"$1\" = " + command + " ] || exec " +
-                                                               pathOf7zz() + " \"$@\"\n" + body));
-        fs::permissions(settings_.sevenZip, fs::perms::owner_all);
+        const std::string others = "[ \"$1\" = " + command + " ] || exec " + pathOf7zz() + " \"$@\"\n";
+        settings_.sevenZip = test::writeProgram(folder_ / "7zz", "#!/bin/sh\n" + others + body + "\n");
     }
 
     std::string mount() const { return mountImage(image_, settings_); }
@@ -222,11 +215,8 @@ TEST_F(Mount, TakesThePlaceOfWhateverHadTheName) {
     EXPECT_TRUE(fs::exists(outside));
 
     // Also on a file system that only knows plain renames.
-    std::async(std::launch::async, [this] {
-        test::refuseSystemCall(SYS_renameat2, EINVAL);
-        writeFile(volume_ + "/old", "x");
-        mount();
-    }).get();
+    writeFile(volume_ + "/old", "x");
+    test::withoutSystemCall(SYS_renameat2, EINVAL, [this] { mount(); });
     EXPECT_EQ(treeOf(volume_), treeOf(in_));
     EXPECT_EQ(std::distance(fs::directory_iterator(folder_ / "root"), {}), 2); // with the mark of the boot
 }
@@ -294,18 +284,13 @@ TEST_F(Mount, MakesNothingOutsideTheVolumeThatAHostileImageNames) {
 TEST_F(Mount, LeavesNothingWhen7zzFailsOrItIsToldToEnd) {
     makeImage(Made::udifZlib);
     const std::string real = pathOf7zz() + " \"$@\"; ";
-    for (const auto& [command, body] :
-         std::initializer_list<std::pair<std::string, std::string>>{{"l", real + "exit 1"},
-                                                                    {"t", real + "exit 1"},
-                                                                    {"x", real + "exit 1"},
-                                                                    {"l", real + "kill -KILL $$"},
-                                                                    {"t", real + "kill -KILL $$"},
-                                                                    {"x", real + "kill -KILL $$"},
-                                                                    {"x", "exit 0"},
-                                                                    {"x", real + "echo more"},
-                                                                    {"x", "kill -TERM $PPID; sleep 1000"},
-                                                                    {"x", "kill -INT $PPID; sleep 1000"},
-                                                                    {"x", "kill -HUP $PPID; sleep 1000"}}) {
+    std::vector<std::pair<std::string, std::string>> cases{{"x", "exit 0"}, {"x", real + "echo more"}};
+    for (const std::string command : {"l", "t", "x"})
+        for (const std::string end : {"exit 1", "kill -KILL $$"})
+            cases.emplace_back(command, real + end);
+    for (const std::string signal : {"TERM", "INT", "HUP"})
+        cases.emplace_back("x", "kill -" + signal + " $PPID; sleep 1000");
+    for (const auto& [command, body] : cases) {
         replace7zz(command, body);
         expectRefused(body);
     }

@@ -2,7 +2,6 @@
 #include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace join::test {
@@ -12,9 +11,7 @@ using namespace platform::scselect;
 class Scselect : public testing::Test {
 protected:
     Tool tool(const std::string& name, const std::string& script) const {
-        const std::string path = writeFile(folder_ / name, "#!/bin/sh\n" + script + '\n');
-        std::filesystem::permissions(path, std::filesystem::perms::owner_all);
-        return {path, {"an argument", "b"}};
+        return {writeProgram(folder_ / name, "#!/bin/sh\n" + script + '\n'), {"an argument", "b"}};
     }
 
     static std::string ask(const std::vector<Tool>& tools) {
