@@ -1,15 +1,9 @@
 #include "platform/linux/files/LinuxFileManager.h"
-#include "platform/linux/http/CurlHttpClient.h"
 #include "platform/linux/http/HttpModule.h"
-#include "support/Child.h"
-#include "support/Environment.h"
-#include "support/FakeTime.h"
-#include "support/ScriptedHttpsServer.h"
-#include "support/TemporaryFolder.h"
+#include "support/HttpWorld.h"
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <random>
 #include <tuple>
 
@@ -18,51 +12,15 @@ namespace {
 using namespace std::string_literals;
 using namespace join::platform;
 using namespace join::test;
-using News = std::vector<std::string>;
 
-struct RecordingDelegate final : ConnectionDelegate {
-    void connectionDidReceiveResponse() override {
-        news.emplace_back("response");
-        atResponse();
-    }
-    void connectionDidReceiveData(std::string_view piece) override {
-        (news.size() < 2 ? news.emplace_back() : news.back()) += piece;
-    }
-    void connectionDidFinishLoading() override { news.emplace_back("finish"); }
-    void connectionDidFail(const HttpError& given) override {
-        news.emplace_back("fail");
-        error = given;
-    }
-    bool hasEnd() const { return !news.empty() && (news.back() == "finish" || news.back() == "fail"); }
-
-    News news; ///< pieces of data are joined
-    HttpError error;
-    std::function<void()> atResponse = [] {};
-};
-
-/// A client that trusts the server, and a request to it.
-struct World {
+/// With a request to the server.
+struct World : HttpWorld {
     TemporaryFolder folder;
-    ScriptedHttpsServer server;
-    EnvironmentVariable trust{"SSL_CERT_FILE", writeFile(folder / "pem", server.certificate()).c_str()};
     PostRequest request{
         .url = server.url("/"), .headers = {}, .body = "report", .file = {}, .bodyBehindFile = {}};
-    FakeMainQueue queue;
-    RecordingDelegate delegate;
-    CurlHttpClient client{queue};
-    std::unique_ptr<Connection> connection;
 
-    /// Checks what the delegate is told until the connection has ended, and shortly after.
     void expectNews(const News& news, const std::string& error, HttpClient& asked) {
-        delegate = {};
-        connection = asked.connect(request, delegate);
-        EXPECT_EQ(delegate.news, News{});
-        EXPECT_TRUE(eventually([this] { return queue.turn(), delegate.hasEnd(); }));
-        connection.reset();
-        queue.turn();
-        EXPECT_TRUE(delegate.news == news) << delegate.news.size() << delegate.error.description;
-        EXPECT_NE(delegate.error.description.find(error), std::string::npos) << delegate.error.description;
-        EXPECT_EQ(delegate.error.failingUrl, error.empty() ? "" : request.url);
+        expectNewsOf([&] { return asked.connect(request, delegate); }, request.url, news, error);
     }
 };
 
@@ -144,9 +102,9 @@ TEST(CurlConnection, DestroyingItEndsItAndNothingMoreIsTold) {
     for (const Fault fault : {Fault::none, Fault::stallBody}) {
         World world;
         world.server.expect("/", {200, "whole", {}, fault}, "POST");
-        world.delegate.atResponse = [&] { world.connection.reset(); };
-        world.connection = world.client.connect(world.request, world.delegate);
-        EXPECT_TRUE(eventually([&] { return world.queue.turn(), !world.connection; }));
+        std::unique_ptr<Connection> connection = world.client.connect(world.request, world.delegate);
+        world.delegate.atResponse = [&] { connection.reset(); };
+        EXPECT_TRUE(eventually([&] { return world.queue.turn(), !connection; }));
         world.queue.turn();
         EXPECT_EQ(world.delegate.news, News{"response"});
     }

@@ -1,26 +1,17 @@
-#include "platform/linux/http/CurlHttpClient.h"
 #include "platform/linux/http/HttpModule.h"
-#include "support/Child.h"
-#include "support/Environment.h"
-#include "support/FakeTime.h"
+#include "support/HttpWorld.h"
 #include "support/OrdinaryUser.h"
-#include "support/ScriptedHttpsServer.h"
-#include "support/TemporaryFolder.h"
+#include "support/RefusedSystemCall.h"
 
 #include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <netdb.h>
 #include <sched.h>
 #include <sys/mount.h>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
-#include <cstddef>
-#include <functional>
 #include <random>
 #include <semaphore>
 
@@ -50,23 +41,8 @@ namespace {
 using namespace std::chrono_literals;
 using namespace join::platform;
 using namespace join::test;
-using News = std::vector<std::string>;
 
 constexpr std::size_t mebibyte = std::size_t{1} << 20;
-
-class RecordingDelegate final : public DownloadDelegate {
-public:
-    void downloadDidBegin() override { news.emplace_back("begin"); }
-    void downloadDidFinish() override { news.emplace_back("finish"); }
-    void downloadDidFail(const HttpError& given) override {
-        news.emplace_back("fail");
-        error = given;
-    }
-    bool hasEnd() const { return !news.empty() && news.back() != "begin"; }
-
-    News news;
-    HttpError error;
-};
 
 News namesIn(const std::string& folder) {
     News names;
@@ -75,94 +51,57 @@ News namesIn(const std::string& folder) {
     return names;
 }
 
-/// A client that trusts the server, and a folder for what it downloads.
-struct World {
-    TemporaryFolder certificates;
-    ScriptedHttpsServer server;
-    EnvironmentVariable trust{"SSL_CERT_FILE",
-                              writeFile(certificates / "server.pem", server.certificate()).c_str()};
+/// With a download into a folder of its own.
+struct World : HttpWorld {
     TemporaryFolder folder;
     DownloadRequest request{.url = server.url("/"),
                             .userAgent = "Debian 12",
                             .destination = folder / "Image.dmg",
                             .stallTimeout = 60s};
-    FakeMainQueue queue;
-    RecordingDelegate delegate;
-    CurlHttpClient client{queue};
     std::unique_ptr<Download> download;
 
     void start() { download = client.download(request, delegate); }
 
-    /// Returns what the delegate is told until the download has ended, and shortly after.
-    News run() {
-        delegate = {};
-        start();
-        EXPECT_TRUE(eventually([this] {
-            queue.turn();
-            return delegate.hasEnd();
-        }));
-        download.reset();
-        queue.turn();
-        return delegate.news;
+    void expectNews(const News& news, const std::string& error, HttpClient& asked) {
+        expectNewsOf([&] { return asked.download(request, delegate); }, request.url, news, error);
     }
-
-    void expectFailure(const News& news, const std::string& partOfDescription) {
-        EXPECT_EQ(run(), news);
-        EXPECT_EQ(delegate.error.failingUrl, request.url);
-        EXPECT_NE(delegate.error.description.find(partOfDescription), std::string::npos)
-            << delegate.error.description;
-    }
+    void expectFile() { expectNews({"begin", "finish"}, "", client); }
+    void expectFailure(const std::string& error) { expectNews({"begin", "fail"}, error, client); }
 
     /// Starts an answer that never ends, and waits until the server has been asked.
     void startEndlessly() {
         server.expect("/", {.body = "half of this", .fault = Fault::stallBody});
         start();
         EXPECT_TRUE(eventually([this] {
-            queue.turn();
-            return delegate.news == News{"begin"} && server.requests().size() == 1;
+            return queue.turn(), delegate.news == News{"begin"} && server.requests().size() == 1;
         }));
     }
 };
 
-struct ChildEnd {
-    int status;         ///< as from wait(2); 0 if the child's checks have passed
-    long peakKilobytes; ///< of memory
-};
-
-/// Runs the work in a child process, so that it may change anything of its process. No other thread may run.
-ChildEnd inChild(const std::function<void()>& work) {
+/// Makes checks in a child process, so that they may change anything of their process. No other thread may
+/// run. Returns how many kilobytes of memory the child had at its peak.
+long expectInChild(const std::function<void()>& checks) {
     const pid_t process = ::fork();
     if (process == 0) {
-        work();
+        checks();
         ::_exit(testing::Test::HasFailure() ? 1 : 0);
     }
-    ChildEnd end{};
+    int status = -1;
     rusage usage{};
-    ::wait4(process, &end.status, 0, &usage);
-    end.peakKilobytes = usage.ru_maxrss;
-    return end;
+    ::wait4(process, &status, 0, &usage);
+    EXPECT_EQ(status, 0);
+    return usage.ru_maxrss;
+}
+
+/// From now on this process has mounts of its own; false if it may not.
+bool leaveSharedMounts() {
+    return ::unshare(CLONE_FS | CLONE_NEWNS) == 0 &&
+           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
 }
 
 bool knowsNamelessFiles(const std::string& folder) {
     const int file = ::open(folder.c_str(), O_TMPFILE | O_WRONLY, 0600);
     return file >= 0 && ::close(file) == 0;
-}
-
-/// From now on no file system knows them.
-void forbidNamelessFiles() {
-    constexpr unsigned namelessFlag = O_TMPFILE & ~O_DIRECTORY;
-    sock_filter program[] = {
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_openat, 0, 3),
-        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args[2])),
-        BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, namelessFlag, 0, 1),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EOPNOTSUPP),
-        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
-    };
-    const sock_fprog filter{std::size(program), program};
-    ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-    ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter), 0);
-    ASSERT_FALSE(knowsNamelessFiles("/tmp"));
 }
 
 TEST(CurlDownload, PutsTheWholeBodyInPlaceOfAnOlderFileThroughARedirect) {
@@ -174,7 +113,7 @@ TEST(CurlDownload, PutsTheWholeBodyInPlaceOfAnOlderFileThroughARedirect) {
     writeFile(world.request.destination, "old");
     world.request.userAgent = "Debian\r\nX-Injected: 1";
 
-    EXPECT_EQ(world.run(), (News{"begin", "finish"}));
+    world.expectFile();
     EXPECT_TRUE(contentsOf(world.request.destination) == body);
     EXPECT_EQ(namesIn(world.folder.path()), News{"Image.dmg"});
     struct stat status {};
@@ -208,7 +147,7 @@ TEST(CurlDownload, AnAnswerThatIsNotAWholeBodyFailsOnceAndLeavesTheOldFile) {
     for (const auto& [answer, description, stallTimeout] : cases) {
         world.server.expect("/", answer);
         world.request.stallTimeout = stallTimeout;
-        world.expectFailure({"begin", "fail"}, description);
+        world.expectFailure(description);
         EXPECT_TRUE(contentsOf(world.request.destination) == "old") << description;
         EXPECT_EQ(namesIn(world.folder.path()), News{"Image.dmg"}) << description;
     }
@@ -224,7 +163,7 @@ TEST(CurlDownload, ABodyIsWholeWhenItSaysItsEndAndIsNeverDecoded) {
                                        .fault = Fault::cutUnannounced}};
     for (const ScriptedAnswer& answer : answers) {
         world.server.expect("/", answer);
-        EXPECT_EQ(world.run(), (News{"begin", "finish"})) << world.delegate.error.description;
+        world.expectFile();
         EXPECT_EQ(contentsOf(world.request.destination), "whole");
     }
 }
@@ -232,28 +171,28 @@ TEST(CurlDownload, ABodyIsWholeWhenItSaysItsEndAndIsNeverDecoded) {
 TEST(CurlDownload, AServerThatCannotBeReachedOrTrustedFailsItOnceAndLeavesNothing) {
     World world;
     const ScriptedHttpsServer stranger;
+    HttpModule missing(world.folder / "module.so", world.queue);
+    world.expectNews({"fail"}, "module.so", missing);
     for (const auto& [url, description] :
          {std::pair{stranger.url("/"), "certificate"}, {"https://localhost:1/", "connect"}}) {
         world.request.url = url;
-        world.expectFailure({"begin", "fail"}, description);
+        world.expectFailure(description);
         EXPECT_EQ(namesIn(world.folder.path()), News{});
     }
 }
 
 TEST(CurlDownload, AnAuthorityThatIsOnlyInTheSystemsBundleIsTrusted) {
-    const ChildEnd end = inChild([] {
+    expectInChild([] {
         World world;
         const EnvironmentVariable unset("SSL_CERT_FILE", nullptr);
-        world.expectFailure({"begin", "fail"}, "certificate");
-        if (::unshare(CLONE_FS | CLONE_NEWNS) != 0 ||
-            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        world.expectFailure("certificate");
+        if (!leaveSharedMounts() ||
             ::mount((world.certificates / "server.pem").c_str(), "/etc/ssl/certs/ca-certificates.crt",
                     nullptr, MS_BIND, nullptr) != 0)
             return; // only root may, where there is a bundle
         world.server.expect("/", {.body = "whole"});
-        EXPECT_EQ(world.run(), (News{"begin", "finish"})) << world.delegate.error.description;
+        world.expectFile();
     });
-    EXPECT_EQ(end.status, 0);
 }
 
 TEST(CurlDownload, WhatCannotBeginOnlyFailsAndAsksNobody) {
@@ -266,10 +205,10 @@ TEST(CurlDownload, WhatCannotBeginOnlyFailsAndAsksNobody) {
                                                    {"closed/Image.dmg", "denied"},
                                                    {"closed", "directory"}}) {
         world.request.destination = world.folder / destination;
-        world.expectFailure({"fail"}, description);
+        world.expectNews({"fail"}, description, world.client);
     }
     world.request.url = "http" + world.server.url("/").substr(5);
-    world.expectFailure({"fail"}, "the URL");
+    world.expectNews({"fail"}, "the URL", world.client);
     EXPECT_EQ(world.server.connectionCount(), 0U);
     EXPECT_EQ(namesIn(world.folder / "closed"), News{"Image.dmg"});
 }
@@ -303,38 +242,35 @@ TEST(CurlDownload, DestroyingItDoesNotWaitForANameLookup) {
 }
 
 TEST(CurlDownload, WorksWhereFilesNeedNames) {
-    const ChildEnd end = inChild([] {
+    expectInChild([] {
         World world;
-        forbidNamelessFiles();
+        refuseSystemCall(SYS_openat, EOPNOTSUPP, O_TMPFILE & ~O_DIRECTORY);
+        ASSERT_FALSE(knowsNamelessFiles("/tmp"));
         world.server.expect("/", {.body = "new"});
-        EXPECT_EQ(world.run(), (News{"begin", "finish"}));
+        world.expectFile();
         world.server.expect("/", {.body = "newer", .fault = Fault::cutBody});
-        world.expectFailure({"begin", "fail"}, "");
+        world.expectFailure("No whole answer");
         EXPECT_EQ(contentsOf(world.request.destination), "new");
         EXPECT_EQ(namesIn(world.folder.path()), News{"Image.dmg"});
     });
-    EXPECT_EQ(end.status, 0);
 }
 
 TEST(CurlDownload, AFullDiskFailsItOnceAndLeavesNothing) {
-    const ChildEnd end = inChild([] {
+    expectInChild([] {
         World world;
         const ScriptedAnswer twoMebibytes{.body = std::string(mebibyte, 'x'), .repeat = 2};
-        if (::unshare(CLONE_FS | CLONE_NEWNS) == 0 &&
-            ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-            ::mount("none", world.folder.path().c_str(), "tmpfs", 0, "size=1m") == 0) {
+        if (leaveSharedMounts() && ::mount("none", world.folder.path().c_str(), "tmpfs", 0, "size=1m") == 0) {
             world.server.expect("/", twoMebibytes);
-            world.expectFailure({"begin", "fail"}, "room");
+            world.expectFailure("room");
             ::umount(world.folder.path().c_str());
         } // else only root may
         constexpr rlimit oneMebibyte{mebibyte, mebibyte};
         std::signal(SIGXFSZ, SIG_IGN);
         ::setrlimit(RLIMIT_FSIZE, &oneMebibyte);
         world.server.expect("/", twoMebibytes);
-        world.expectFailure({"begin", "fail"}, "too large");
+        world.expectFailure("too large");
         EXPECT_EQ(namesIn(world.folder.path()), News{});
     });
-    EXPECT_EQ(end.status, 0);
 }
 
 TEST(CurlDownload, ItsMemoryDoesNotGrowWithTheBody) {
@@ -342,32 +278,14 @@ TEST(CurlDownload, ItsMemoryDoesNotGrowWithTheBody) {
     GTEST_SKIP() << "a sanitizer keeps freed memory";
 #endif
     const auto peakFor = [](std::size_t mebibytes) {
-        const ChildEnd end = inChild([mebibytes] {
+        return expectInChild([mebibytes] {
             World world;
             world.server.expect("/", {.body = std::string(mebibyte, 'x'), .repeat = mebibytes});
-            EXPECT_EQ(world.run(), (News{"begin", "finish"}));
+            world.expectFile();
             EXPECT_EQ(std::filesystem::file_size(world.request.destination), mebibytes * mebibyte);
         });
-        EXPECT_EQ(end.status, 0);
-        return end.peakKilobytes;
     };
     EXPECT_LT(peakFor(300), peakFor(3) + 4096);
-}
-
-TEST(HttpModule, FailsADownloadOnceWithTheReasonWhenItCannotBeLoaded) {
-    const TemporaryFolder folder;
-    FakeMainQueue queue;
-    RecordingDelegate delegate;
-    HttpModule module(folder / "module.so", queue);
-    DownloadRequest request;
-    request.url = "https://localhost/";
-    const auto download = module.download(request, delegate);
-    EXPECT_EQ(delegate.news, News{});
-    queue.turn();
-    queue.turn();
-    EXPECT_EQ(delegate.news, News{"fail"});
-    EXPECT_NE(delegate.error.description.find("module.so"), std::string::npos);
-    EXPECT_EQ(delegate.error.failingUrl, request.url);
 }
 
 } // namespace

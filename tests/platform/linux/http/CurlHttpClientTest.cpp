@@ -1,9 +1,5 @@
-#include "platform/linux/http/CurlHttpClient.h"
 #include "platform/linux/http/HttpModule.h"
-#include "support/Environment.h"
-#include "support/FakeTime.h"
-#include "support/ScriptedHttpsServer.h"
-#include "support/TemporaryFolder.h"
+#include "support/HttpWorld.h"
 
 #include <gtest/gtest.h>
 
@@ -11,14 +7,8 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace std::string_literals;
-using join::platform::CurlHttpClient;
-using join::platform::HttpReply;
-using join::platform::HttpRequest;
-using join::test::EnvironmentVariable;
-using join::test::FakeMainQueue;
-using join::test::Fault;
-using join::test::ScriptedHttpsServer;
-using join::test::TemporaryFolder;
+using namespace join::platform;
+using namespace join::test;
 
 void expectError(const HttpReply& reply, const std::string& url, const std::string& partOfDescription) {
     EXPECT_FALSE(reply.status || reply.body);
@@ -28,21 +18,15 @@ void expectError(const HttpReply& reply, const std::string& url, const std::stri
         << reply.error->description;
 }
 
-/// A client that trusts the server through SSL_CERT_FILE.
-class CurlHttpClientTest : public testing::Test {
+class CurlHttpClientTest : public testing::Test, protected HttpWorld {
 protected:
-    TemporaryFolder folder;
-    ScriptedHttpsServer server;
-    EnvironmentVariable trust{"SSL_CERT_FILE",
-                              join::test::writeFile(folder / "server.pem", server.certificate()).c_str()};
-    FakeMainQueue mainQueue;
-    CurlHttpClient client{mainQueue};
-
-    HttpReply get(const std::string& path) { return client.get({.url = server.url(path)}); }
+    HttpReply get(const std::string& path, std::chrono::milliseconds timeout = 60s) {
+        return client.get({.url = server.url(path), .timeout = timeout, .maximumBodySize = 1000});
+    }
 };
 
-TEST_F(CurlHttpClientTest, GivesStatusAndBodyOfEveryStatus) {
-    server.expect("/found?a=b", {.status = 200, .body = "text"});
+TEST_F(CurlHttpClientTest, GivesStatusAndBodyOfEveryStatusAndSendsNeitherCookiesNorCompressionWishes) {
+    server.expect("/found?a=b", {.body = "text", .headers = {"Set-Cookie: a=b; Path=/"}});
     server.expect("/missing", {.status = 404, .body = "no such thing"});
     server.expect("/broken", {.status = 503});
     for (const auto& [path, status, body] :
@@ -53,77 +37,61 @@ TEST_F(CurlHttpClientTest, GivesStatusAndBodyOfEveryStatus) {
         EXPECT_FALSE(reply.error);
     }
     EXPECT_EQ(server.connectionCount(), 1U);
+    for (const std::string& request : server.requests())
+        for (const char* wish : {"Cookie", "Accept-Encoding"})
+            EXPECT_EQ(request.find(wish), std::string::npos) << request;
 }
 
-TEST_F(CurlHttpClientTest, SendsNeitherCookiesNorCompressionWishes) {
-    server.expect("/first", {.headers = {"Set-Cookie: a=b; Path=/"}});
-    server.expect("/second", {});
-    get("/first");
-    get("/second");
-    ASSERT_EQ(server.requests().size(), 2U);
-    EXPECT_EQ(server.requests()[1].find("Cookie"), std::string::npos);
-    EXPECT_EQ(server.requests()[1].find("Accept-Encoding"), std::string::npos);
-}
-
-TEST_F(CurlHttpClientTest, FollowsRedirectsButNeverOffHttps) {
-    server.expect(
-        "/moved",
-        {.status = 302, .body = "ignored", .headers = {"Location: " + server.url("/new", "127.0.0.1")}});
+TEST_F(CurlHttpClientTest, FollowsRedirects) {
+    const std::string elsewhere = "Location: " + server.url("/new", "127.0.0.1");
+    server.expect("/moved", {.status = 302, .body = "ignored", .headers = {elsewhere}});
     server.expect("/new", {.body = "here"});
     EXPECT_EQ(get("/moved").body, "here");
-
-    server.expect("/downgraded", {.status = 301, .headers = {"Location: http://localhost/"}});
-    expectError(get("/downgraded"), server.url("/downgraded"), "leaves HTTPS");
-    server.expect("/local", {.status = 301, .headers = {"Location: file:///etc/passwd"}});
-    expectError(get("/local"), server.url("/local"), "leaves HTTPS");
 }
 
-TEST_F(CurlHttpClientTest, ARedirectLoopEndsInAnError) {
-    for (int i = 0; i < 21; ++i)
-        server.expect("/loop", {.status = 302, .headers = {"Location: /loop"}});
-    expectError(get("/loop"), server.url("/loop"), "redirects");
+TEST_F(CurlHttpClientTest, AnExchangeThatFailsHasNeitherStatusNorBody) {
+    const std::string body(1000, 'x'); // as long as it may be
+    const std::tuple<const char*, ScriptedAnswer, const char*> cases[] = {
+        {"/downgraded", {.status = 301, .headers = {"Location: http://localhost/"}}, "leaves HTTPS"},
+        {"/local", {.status = 301, .headers = {"Location: file:///etc/passwd"}}, "leaves HTTPS"},
+        {"/loop", {.status = 302, .headers = {"Location: /loop"}}, "redirects"},
+        {"/announced", {.body = body + "x"}, "longer than 1000 bytes"},
+        {"/endless", {.body = body, .fault = Fault::endless}, "longer than 1000 bytes"},
+        {"/cut", {.body = "half of this", .fault = Fault::cutBody}, ""},
+        {"/reset", {.fault = Fault::reset}, ""}};
+    for (const auto& [path, answer, error] : cases) {
+        for (int time = 0; time < (path == "/loop"s ? 21 : 1); ++time)
+            server.expect(path, answer);
+        expectError(get(path), server.url(path), error);
+    }
+    expectError(client.get({.url = "https://localhost:1/"}), "https://localhost:1/", "connect");
+    server.expect("/after", {.body = body});
+    EXPECT_EQ(get("/after").body, body);
+    server.expect("/silence", {.fault = Fault::silence}); // on the same connection: it needs no handshake
+    expectError(get("/silence", 500ms), server.url("/silence"), "timed out");
 }
 
 TEST_F(CurlHttpClientTest, ACertificateIsRefusedUnlessItIsKnown) {
     ScriptedHttpsServer stranger;
     expectError(client.get({.url = stranger.url("/")}), stranger.url("/"), "certificate");
     const EnvironmentVariable unset("SSL_CERT_FILE", nullptr);
-    CurlHttpClient other(mainQueue);
-    expectError(other.get({.url = server.url("/")}), server.url("/"), "certificate");
-    join::test::writeFile(folder / "756b76dc.0", server.certificate()); // the hash of its name, "CN = test"
-    const EnvironmentVariable folders("SSL_CERT_DIR", ("/none:" + folder.path()).c_str());
+    expectError(CurlHttpClient(queue).get({.url = server.url("/")}), server.url("/"), "certificate");
+    writeFile(certificates / "756b76dc.0", server.certificate()); // the hash of its name, "CN = test"
+    const EnvironmentVariable folders("SSL_CERT_DIR", ("/none:" + certificates.path()).c_str());
     server.expect("/", {.body = "text"});
-    EXPECT_EQ(CurlHttpClient(mainQueue).get({.url = server.url("/")}).body, "text");
+    EXPECT_EQ(CurlHttpClient(queue).get({.url = server.url("/")}).body, "text");
 }
 
-TEST_F(CurlHttpClientTest, AnUnreadableCertificateFileIsNamedWithTheErrorItLeadsTo) {
-    for (const std::string& file :
-         {folder / "missing.pem", join::test::writeFile(folder / "broken.pem", "nonsense")}) {
-        const EnvironmentVariable broken("SSL_CERT_FILE", file.c_str());
-        CurlHttpClient other(mainQueue);
-        expectError(other.get({.url = server.url("/")}), server.url("/"), file);
-    }
-}
-
-TEST_F(CurlHttpClientTest, ACertificateForAnotherHostIsRefused) {
+TEST_F(CurlHttpClientTest, ACertificateOfAnotherHostOrAnUnreadableFileOfThemIsNamedInTheError) {
     ScriptedHttpsServer other("DNS:elsewhere.example");
-    const EnvironmentVariable trusted(
-        "SSL_CERT_FILE", join::test::writeFile(folder / "other.pem", other.certificate()).c_str());
-    CurlHttpClient trusting(mainQueue);
-    expectError(trusting.get({.url = other.url("/")}), other.url("/"), "subject");
-}
-
-TEST_F(CurlHttpClientTest, ABodyOverTheLimitIsRefused) {
-    const std::string body(1000, 'x');
-    server.expect("/fits", {.body = body});
-    server.expect("/announced", {.body = body + "x"});
-    server.expect("/endless", {.body = body, .fault = Fault::endless});
-    const auto getLimited = [&](const char* path) {
-        return client.get({.url = server.url(path), .maximumBodySize = 1000});
-    };
-    EXPECT_EQ(getLimited("/fits").body, body);
-    expectError(getLimited("/announced"), server.url("/announced"), "longer than 1000 bytes");
-    expectError(getLimited("/endless"), server.url("/endless"), "longer than 1000 bytes");
+    const std::string missing = certificates / "missing.pem";
+    const std::string broken = writeFile(certificates / "broken.pem", "nonsense");
+    const std::string ofOther = writeFile(certificates / "other.pem", other.certificate());
+    for (const auto& [file, asked, error] :
+         {std::tuple{missing, &server, missing}, {broken, &server, broken}, {ofOther, &other, "subject"}}) {
+        const EnvironmentVariable variable("SSL_CERT_FILE", file.c_str());
+        expectError(CurlHttpClient(queue).get({.url = asked->url("/")}), asked->url("/"), error);
+    }
 }
 
 TEST_F(CurlHttpClientTest, ACompressedBodyIsDecodedThoughNobodyAskedForIt) {
@@ -132,7 +100,7 @@ TEST_F(CurlHttpClientTest, ACompressedBodyIsDecodedThoughNobodyAskedForIt) {
         "\37\213\10\0\0\0\0\0\2\3\253\250\30\5\243`\24\14{\0\0\7\20\216\305\351\3\0\0"s; // 1001 times "x"
     const auto answer = [&](const std::string& coding, const std::string& body) {
         server.expect("/", {.body = body, .headers = {"Content-Encoding: " + coding}});
-        return client.get({.url = server.url("/"), .maximumBodySize = 1000});
+        return get("/");
     };
     for (const auto& [coding, body] : {std::pair{"gzip", zipped},
                                        {"x-gzip", zipped},
@@ -159,20 +127,6 @@ TEST_F(CurlHttpClientTest, ThePasswordOfAProxyIsNeverTold) {
     EXPECT_EQ(server.connectionCount(), 0U);
 }
 
-TEST_F(CurlHttpClientTest, AnExchangeThatFailsHasNeitherStatusNorBody) {
-    server.expect("/cut", {.body = "half of this", .fault = Fault::cutBody});
-    expectError(get("/cut"), server.url("/cut"), "");
-    server.expect("/reset", {.fault = Fault::reset});
-    expectError(get("/reset"), server.url("/reset"), "");
-    expectError(client.get({.url = "https://localhost:1/"}), "https://localhost:1/", "connect");
-    server.expect("/after", {.body = "fine"});
-    EXPECT_EQ(get("/after").body, "fine");
-    server.expect("/silence",
-                  {.fault = Fault::silence}); // on the same connection: its time needs no handshake
-    expectError(client.get({.url = server.url("/silence"), .timeout = 500ms}), server.url("/silence"),
-                "timed out");
-}
-
 TEST_F(CurlHttpClientTest, TextThatIsNoHttpsUrlAsksNobody) {
     const std::string withUser = "https://user@localhost:" + server.url("/").substr(18);
     for (const std::string& url :
@@ -181,22 +135,17 @@ TEST_F(CurlHttpClientTest, TextThatIsNoHttpsUrlAsksNobody) {
     EXPECT_EQ(server.connectionCount(), 0U);
 }
 
-TEST_F(CurlHttpClientTest, TheModuleWorksAfterItsFileHasGone) {
-    const std::string file = folder / "module.so";
+TEST_F(CurlHttpClientTest, TheModuleWorksAfterItsFileHasGoneAndWithoutOneAnswersWithTheReason) {
+    const std::string file = certificates / "module.so";
     std::filesystem::copy_file(JOIN_HTTP_MODULE, file);
-    join::platform::HttpModule module(file, mainQueue);
+    HttpModule module(file, queue);
     ASSERT_TRUE(module.load());
     std::filesystem::remove(file);
     server.expect("/", {.body = "text"});
     EXPECT_EQ(module.get({.url = server.url("/")}).body, "text");
-}
-
-TEST(HttpModule, AnswersWithTheReasonWhenItCannotBeLoaded) {
-    const TemporaryFolder folder;
-    FakeMainQueue mainQueue;
-    join::platform::HttpModule module(join::test::writeFile(folder / "module.so", "no library"), mainQueue);
-    expectError(module.get({.url = "https://localhost/"}), "https://localhost/", "module.so");
-    EXPECT_FALSE(module.load());
+    HttpModule broken(writeFile(certificates / "broken/module.so", "no library"), queue);
+    expectError(broken.get({.url = "https://localhost/"}), "https://localhost/", "module.so");
+    EXPECT_FALSE(broken.load());
 }
 
 } // namespace
