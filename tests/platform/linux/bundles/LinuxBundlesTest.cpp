@@ -5,7 +5,6 @@
 #include "platform/linux/files/LinuxFileManager.h"
 #include "support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -19,13 +18,12 @@ class BundlesOfLinux : public testing::Test {
 protected:
     BundlesOfLinux() { writeProgram(contents_ + "/MacOS/Run"); }
 
-    static void writeProgram(const std::string& path) {
-        ::chmod(writeFile(path, "#!/bin/sh\n").c_str(), 0755);
+    void expectRefusal(const std::string& list) {
+        writeFile(contents_ + "/Info.plist", list);
+        EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << list;
     }
-
-    void writeList(const std::string& list) { writeFile(contents_ + "/Info.plist", list); }
-    void writeName(const std::string& name, const std::string& key = "CFBundleExecutable") {
-        writeList("<plist><dict><key>" + key + "</key><string>" + name + "</string></dict></plist>");
+    static std::string listOf(const std::string& name, const std::string& key = "CFBundleExecutable") {
+        return "<plist><dict><key>" + key + "</key><string>" + name + "</string></dict></plist>";
     }
 
     TemporaryFolder folder_;
@@ -40,7 +38,7 @@ protected:
 } // namespace
 
 TEST_F(BundlesOfLinux, TheMainExecutableIsToldByTheSystemsPath) {
-    writeName("Run");
+    writeFile(contents_ + "/Info.plist", listOf("Run"));
     for (const char* path : {"/Applications/A.app", "/Applications/A.app/", "//Applications/./A.app"})
         EXPECT_EQ(bundles_.mainExecutable(path), "/Applications/A.app/Contents/MacOS/Run");
     fs::create_directory_symlink(folder_ / "root/Applications/A.app", folder_ / "Link.app");
@@ -57,19 +55,13 @@ TEST_F(BundlesOfLinux, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
     const std::string names[] = {
         "",       ".",       "..",    "missing",    "data",       "pipe", "shell",
         "folder", "/bin/sh", "./Run", "folder/Run", "../Outside", "Run/", std::string("Run\0x", 5)};
-    for (const std::string& name : names) {
-        writeName(name);
-        EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << name;
-    }
-    writeName("Run", "Other");
-    EXPECT_THROW(bundles_.mainExecutable(path_), Exception);
-    for (const char* list : {"<plist><string>text</string></plist>", "no list"}) {
-        writeList(list);
-        EXPECT_THROW(bundles_.mainExecutable(path_), Exception) << list;
-    }
+    for (const std::string& name : names)
+        expectRefusal(listOf(name));
+    expectRefusal(listOf("Run", "Other"));
+    expectRefusal("<plist><string>text</string></plist>");
+    expectRefusal("no list");
     EXPECT_THROW(bundles_.mainExecutable("/Applications/Missing.app"), Exception);
     fs::remove_all(programs);
     fs::create_directory_symlink("/bin", contents_ + "/MacOS");
-    writeName("sh");
-    EXPECT_THROW(bundles_.mainExecutable(path_), Exception);
+    expectRefusal(listOf("sh"));
 }

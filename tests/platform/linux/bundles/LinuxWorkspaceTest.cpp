@@ -53,13 +53,15 @@ protected:
             bundle + "/Contents/Info.plist",
             "<plist><dict><key>CFBundleIdentifier</key><string>" + identifier(name) +
                 "</string><key>CFBundleExecutable</key><string>the program of it</string></dict></plist>");
-        std::string executable = writeFile(bundle + "/Contents/MacOS/the program of it", script);
-        std::filesystem::permissions(executable, std::filesystem::perms::owner_all);
-        return executable;
+        return writeProgram(bundle + "/Contents/MacOS/the program of it", script);
     }
 
-    std::size_t running(const std::string& name) {
-        return workspace.runningApplications(identifier(name)).size();
+    /// How often each of them runs.
+    std::vector<std::size_t> running(const std::vector<std::string>& names) {
+        std::vector<std::size_t> counts;
+        for (const std::string& name : names)
+            counts.push_back(workspace.runningApplications(identifier(name)).size());
+        return counts;
     }
 
     /// Unique: applications of other tests may run at the same time.
@@ -68,29 +70,24 @@ protected:
     }
 };
 
-TEST_F(LinuxWorkspaceTest, LaunchesTheMainExecutableByItsRealPath) {
+TEST_F(LinuxWorkspaceTest, LaunchesTheMainExecutableByItsRealPathAndLogsARefusalOnce) {
+    EXPECT_FALSE(workspace.launchApplication("/Applications/Missing.app", {}));
     const std::string executable = makeApplication("Agent", "#!/bin/sh\n");
     EXPECT_TRUE(workspace.launchApplication("/Applications/Agent.app", {"-a", "b c"}));
     ASSERT_EQ(launched.size(), 1U);
     EXPECT_EQ(launched[0].path, executable);
     EXPECT_EQ(launched[0].arguments, (std::vector<std::string>{"-a", "b c"}));
-    EXPECT_TRUE(log.lines.empty());
-}
-
-TEST_F(LinuxWorkspaceTest, ARefusedLaunchIsLoggedOnce) {
-    EXPECT_FALSE(workspace.launchApplication("/Applications/Missing.app", {}));
-    makeApplication("Agent", "#!/bin/sh\n");
     launchSucceeds = false;
     EXPECT_FALSE(workspace.launchApplication("/Applications/Agent.app", {}));
     LinuxWorkspace throwing(root, bundles, log, [](const Program&) -> bool { throw Exception("no memory"); });
     EXPECT_FALSE(throwing.launchApplication("/Applications/Agent.app", {}));
-    ASSERT_EQ(log.lines.size(), 3U);
-    EXPECT_NE(log.lines[0].find("Missing.app"), std::string::npos);
-    EXPECT_NE(log.lines[1].find("Agent.app"), std::string::npos);
-    EXPECT_NE(log.lines[2].find("no memory"), std::string::npos);
+    const char* parts[] = {"Missing.app", "Agent.app", "no memory"};
+    ASSERT_EQ(log.lines.size(), std::size(parts));
+    for (auto line = log.lines.begin(); const char* part : parts)
+        EXPECT_NE(line++->find(part), std::string::npos) << part;
 }
 
-TEST_F(LinuxWorkspaceTest, ScriptsAndProgramsOfABundleAreRunningApplications) {
+TEST_F(LinuxWorkspaceTest, ScriptsAndProgramsOfABundleAreRunningApplicationsAndWhatShowsThemIsNot) {
     const std::string shell = makeApplication("Shell", "#!/bin/sh\necho\nread -r line < \"$1\"\n");
     const std::string throughEnv =
         makeApplication("Env", "#!/usr/bin/env -S sh -u\necho\nread -r line < \"$1\"\n");
@@ -100,27 +97,19 @@ TEST_F(LinuxWorkspaceTest, ScriptsAndProgramsOfABundleAreRunningApplications) {
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     const std::string text = writeFile(folder / "text", "x\n");
 
-    EXPECT_EQ(running("Shell") + running("Env") + running("Binary"), 0U);
+    using Counts = std::vector<std::size_t>;
+    EXPECT_EQ(running({"Shell", "Env", "Binary"}), (Counts{0, 0, 0}));
     {
         const RunningProgram first({shell, pipe});
         const RunningProgram second({shell, pipe});
         const RunningProgram third({throughEnv, pipe});
         const RunningProgram fourth({program, "-f", text});
+        const RunningProgram viewer({"tail", "-f", shell}); // only shows the script
+        const RunningProgram other({"tail", "-f", throughEnv});
         std::filesystem::remove(program);
-        EXPECT_EQ(running("Shell"), 2U);
-        EXPECT_EQ(running("Env"), 1U);
-        EXPECT_EQ(running("Binary"), 1U);
+        EXPECT_EQ(running({"Shell", "Env", "Binary"}), (Counts{2, 1, 1}));
     }
-    EXPECT_EQ(running("Shell") + running("Env") + running("Binary"), 0U);
-}
-
-TEST_F(LinuxWorkspaceTest, AProgramThatOnlyShowsAScriptIsNotThatApplication) {
-    const std::string shell = makeApplication("Shell", "#!/bin/sh\n");
-    const std::string throughEnv = makeApplication("Env", "#!/usr/bin/env bash\n");
-    const RunningProgram first({"tail", "-f", shell});
-    const RunningProgram second({"tail", "-f", throughEnv});
-    EXPECT_EQ(running("Shell"), 0U);
-    EXPECT_EQ(running("Env"), 0U);
+    EXPECT_EQ(running({"Shell", "Env", "Binary"}), (Counts{0, 0, 0}));
 }
 
 TEST(ProcessTable, AProgramBelongsToTheInnermostBundle) {
@@ -147,9 +136,7 @@ TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumes) {
     const auto paths = workspace.mountedLocalVolumePaths();
     ASSERT_FALSE(paths.empty());
     EXPECT_EQ(paths[0], "/Volumes/Tavo Agent");
-    EXPECT_EQ(std::count_if(paths.begin(), paths.end(),
-                            [](const auto& path) { return path.starts_with("/Volumes/"); }),
-              1);
+    EXPECT_EQ(std::ranges::count_if(paths, [](auto& path) { return path.starts_with("/Volumes/"); }), 1);
     const FileSystemInfo info = workspace.fileSystemInfo("/Volumes/Tavo Agent");
     EXPECT_TRUE(info.known && info.removable && info.unmountable && info.writable);
     for (const char* path :
