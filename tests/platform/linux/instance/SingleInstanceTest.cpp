@@ -11,6 +11,7 @@
 
 #include <atomic>
 #include <fcntl.h>
+#include <functional>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -59,16 +60,24 @@ void startFirst(SingleInstance& instance) {
     instance.messages().begin();
 }
 
-TEST(SingleInstance, GivesTheFirstOneTheMessagesOfTheOthersInTheirOrder) {
-    const TemporaryFolder folder;
-    SingleInstance first(opened(folder.path()));
+class SingleInstanceTest : public testing::Test {
+protected:
+    Start startAnother(const InstanceMessage& message, std::chrono::milliseconds patience = 5s) const {
+        return SingleInstance(opened(folder.path()), patience).start(message);
+    }
+    void expectResignsWith(const std::vector<std::string>& urls) { EXPECT_EQ(urlsOf(first.resign()), urls); }
+
+    TemporaryFolder folder;
+    SingleInstance first{opened(folder.path())};
+};
+
+TEST_F(SingleInstanceTest, GivesTheFirstOneTheMessagesOfTheOthersInTheirOrder) {
     startFirst(first);
     std::atomic<int> notified = 0;
     for (int i = 0; i < 20; ++i) {
         if (i == 10)
             first.messages().setNotification([&] { ++notified; });
-        EXPECT_EQ(SingleInstance(opened(folder.path())).start(urlMessage("tavojoin://" + std::to_string(i))),
-                  Start::handedOver);
+        EXPECT_EQ(startAnother(urlMessage("tavojoin://" + std::to_string(i))), Start::handedOver);
     }
     for (int i = 0; i < 20; ++i)
         EXPECT_EQ(first.messages().next(), urlMessage("tavojoin://" + std::to_string(i)));
@@ -76,42 +85,33 @@ TEST(SingleInstance, GivesTheFirstOneTheMessagesOfTheOthersInTheirOrder) {
     EXPECT_EQ(notified, 20); // the sender gets its answer a moment earlier
 }
 
-TEST(SingleInstance, ResignsWithWhatItHasTakenAndLeavesThePlaceToTheNext) {
-    const TemporaryFolder folder;
-    SingleInstance first(opened(folder.path()));
+TEST_F(SingleInstanceTest, ResignsWithWhatItHasTakenAndLeavesThePlaceToTheNext) {
     startFirst(first);
     for (const char* url : {"tavojoin://a", "tavojoin://b"})
         ASSERT_TRUE(first.handOver(urlMessage(url)));
-    EXPECT_EQ(urlsOf(first.resign()), (std::vector<std::string>{"tavojoin://a", "tavojoin://b"}));
+    expectResignsWith({"tavojoin://a", "tavojoin://b"});
     SingleInstance next(opened(folder.path()));
     startFirst(next);
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://c")));
     EXPECT_EQ(next.messages().next(), urlMessage("tavojoin://c"));
 }
 
-TEST(SingleInstance, TakesThePlaceOfOneThatHasLeftItsSocketAndLock) {
-    const TemporaryFolder folder;
+TEST_F(SingleInstanceTest, TakesThePlaceOfOneThatHasLeftItsSocketAndLock) {
     test::writeFile(folder / "instance.lock", "");
     test::writeFile(folder / "instance", "in the socket's place");
-    SingleInstance first(opened(folder.path()));
     startFirst(first);
-    EXPECT_EQ(SingleInstance(opened(folder.path())).start({}), Start::handedOver);
+    EXPECT_EQ(startAnother({}), Start::handedOver);
 }
 
-TEST(SingleInstance, TakesNothingLateWhoseSenderWasToldThatNobodyAnswers) {
-    const TemporaryFolder folder;
-    SingleInstance first(opened(folder.path()));
+TEST_F(SingleInstanceTest, TakesNothingLateWhoseSenderWasToldThatNobodyAnswers) {
     ASSERT_EQ(first.start({}), Start::first);
-    EXPECT_EQ(SingleInstance(opened(folder.path()), 50ms).start(urlMessage("tavojoin://early")),
-              Start::unanswered);
+    EXPECT_EQ(startAnother(urlMessage("tavojoin://early"), 50ms), Start::unanswered);
     first.messages().begin();
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://later")));
-    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{"tavojoin://later"});
+    expectResignsWith({"tavojoin://later"});
 }
 
-TEST(SingleInstance, IsNotHeldUpByThoseWhoConnectAndSayNothingOrNonsense) {
-    const TemporaryFolder folder;
-    SingleInstance first(opened(folder.path()));
+TEST_F(SingleInstanceTest, IsNotHeldUpByThoseWhoConnectAndSayNothingOrNonsense) {
     startFirst(first);
     sockaddr_un address{.sun_family = AF_UNIX, .sun_path = {}};
     (folder / "instance").copy(static_cast<char*>(address.sun_path), sizeof address.sun_path - 1);
@@ -124,7 +124,7 @@ TEST(SingleInstance, IsNotHeldUpByThoseWhoConnectAndSayNothingOrNonsense) {
         }
     }
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://x")));
-    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{"tavojoin://x"});
+    expectResignsWith({"tavojoin://x"});
     char reply = 0;
     for (const Descriptor& other : others)
         EXPECT_LE(::recv(other.get(), &reply, 1, 0), 0); // each was dropped, none was answered
@@ -168,42 +168,38 @@ TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
     const auto pathOf = [](const Descriptor& folder) {
         return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(folder.get())).string();
     };
-    struct Case {
-        const char* what;
-        mode_t runtimeMode;
-        bool isInCache;
+    const std::string runtime = world / "runtime";
+    const std::string ours = runtime + "/tavojoin";
+    const test::EnvironmentVariable variable("XDG_RUNTIME_DIR", runtime.c_str());
+    const std::string elsewhere = world / "elsewhere";
+    const auto link = [&] { std::filesystem::create_directory_symlink(elsewhere, ours); };
+    const auto giveAway = [&] {
+        std::filesystem::create_directory(ours);
+        ::chmod(ours.c_str(), 0700);
+        EXPECT_EQ(::chown(ours.c_str(), 65534, 65534), ::geteuid() == 0 ? 0 : -1); // only root can
     };
-    for (const Case& given :
-         {Case{"a private one", 0700, false}, Case{"one that others can enter", 0755, true},
-          Case{"one that the group can write", 0770, true}}) {
-        const std::string runtime = world / "runtime";
+    const struct {
+        const char* what;
+        mode_t mode;
+        bool isTaken;
+        std::function<void()> prepare = [] {};
+    } cases[] = {{"a private one", 0700, true},
+                 {"one that others can enter", 0755, false},
+                 {"one that the group can write", 0770, false},
+                 {"one in which a link leads elsewhere", 0700, false, link},
+                 {"one in which our folder is another user's", 0700, ::geteuid() != 0, giveAway}};
+    for (const auto& [what, mode, isTaken, prepare] : cases) {
+        std::filesystem::create_directory(elsewhere);
         std::filesystem::create_directory(runtime);
-        ::chmod(runtime.c_str(), given.runtimeMode);
-        const test::EnvironmentVariable variable("XDG_RUNTIME_DIR", runtime.c_str());
+        ::chmod(runtime.c_str(), mode);
+        prepare();
         const Descriptor folder = openInstanceFolder();
         struct stat found {};
         ASSERT_EQ(::fstat(folder.get(), &found), 0);
-        EXPECT_EQ(found.st_mode & 07777U, 0700U) << given.what;
-        if (given.isInCache)
-            EXPECT_TRUE(!pathOf(folder).starts_with(runtime)) << given.what;
-        else
-            EXPECT_EQ(pathOf(folder), runtime + "/tavojoin") << given.what;
+        EXPECT_EQ(found.st_mode & 07777U, 0700U) << what;
+        EXPECT_EQ(pathOf(folder) == ours, isTaken) << what;
+        EXPECT_NE(pathOf(folder), elsewhere) << what;
         std::filesystem::remove_all(runtime);
-    }
-
-    // A link that leads elsewhere, and a folder that somebody else has made there.
-    const std::string runtime = world / "runtime";
-    const test::EnvironmentVariable variable("XDG_RUNTIME_DIR", runtime.c_str());
-    std::filesystem::create_directories(world / "elsewhere");
-    std::filesystem::create_directory(runtime);
-    ::chmod(runtime.c_str(), 0700);
-    std::filesystem::create_directory_symlink(world / "elsewhere", runtime + "/tavojoin");
-    EXPECT_NE(pathOf(openInstanceFolder()), world / "elsewhere");
-    std::filesystem::remove(runtime + "/tavojoin");
-    std::filesystem::create_directory(runtime + "/tavojoin");
-    if (::geteuid() == 0) {
-        ASSERT_EQ(::chown((runtime + "/tavojoin").c_str(), 65534, 65534), 0);
-        EXPECT_NE(pathOf(openInstanceFolder()), runtime + "/tavojoin");
     }
 }
 
