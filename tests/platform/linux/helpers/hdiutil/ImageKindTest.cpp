@@ -34,11 +34,7 @@ std::string with(std::string bytes, std::size_t place, const std::string& part) 
     return bytes.replace(place, part.size(), part);
 }
 
-std::string zeros(std::size_t size) {
-    std::string bytes;
-    bytes.resize(size);
-    return bytes;
-}
+std::string zeros(std::size_t size) { return std::string().append(size, '\0'); }
 
 /// An HFS+ volume of that many blocks of 512 bytes in an image of 40 KiB.
 std::string hfsPlus(std::size_t place, char blocks) {
@@ -123,18 +119,14 @@ TEST(UdifTrailer, TellsTheChecksumOfTheData) {
 }
 
 TEST(UdifTrailer, IsRefusedWhenDamaged) {
-    const std::vector<std::string> trailers{with(trailer(), 0, "kolz"),
-                                            with(trailer(), 7, "\5"),
-                                            with(trailer(), 11, "\1"),
-                                            with(trailer(), 83, "\1"),
-                                            with(trailer(), 87, "\x80"),
-                                            with(trailer(), 38, "\2"),
-                                            with(trailer(), 24, zeros(8) + std::string(8, '\xFF')),
-                                            with(trailer(), 24, std::string(16, '\xFF'))};
-    for (std::size_t n = 0; n < trailers.size(); ++n) {
-        const Bytes image(zeros(512) + trailers[n]);
-        EXPECT_TRUE(isUdif(image)) << n;
-        EXPECT_THROW(readUdifTrailer(image), Exception) << n;
+    using Damage = std::pair<std::size_t, std::string>;
+    for (const auto& [place, bytes] :
+         {Damage{0, "kolz"}, Damage{7, "\5"}, Damage{11, "\1"}, Damage{83, "\1"}, Damage{87, "\x80"},
+          Damage{38, "\2"}, Damage{24, zeros(8) + std::string(8, '\xFF')},
+          Damage{24, std::string(16, '\xFF')}}) {
+        const Bytes image(zeros(512) + with(trailer(), place, bytes));
+        EXPECT_TRUE(isUdif(image)) << place;
+        EXPECT_THROW(readUdifTrailer(image), Exception) << place;
     }
 }
 

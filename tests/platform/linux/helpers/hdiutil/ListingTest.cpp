@@ -65,17 +65,11 @@ TEST(Listing, TellsWhatIsNeitherFileNorFolderNorLink) {
 
 TEST(Listing, IsRefusedWhenItCannotBeUnderstood) {
     const std::string head = "Type = HFS\n----------\n";
-    const std::vector<std::string> texts{"",
-                                         "Type = HFS\n",
-                                         listed + "----------\n",
-                                         listed + listed,
-                                         head + "Size = 1\nPath = a\n",
-                                         head + entry("a", "many", "-rw-r--r--", ""),
-                                         head + entry("a", "99999999999999999999", "-rw-r--r--", ""),
-                                         head + entry("a", "-1", "-rw-r--r--", ""),
-                                         head + entry("a", "1", "-rw-r--r--", "Path = b\n"),
-                                         head + entry("a", "", "-rw-r--r--", "")};
-    for (const std::string& text : texts)
+    for (const char* size : {"many", "99999999999999999999", "-1", ""})
+        EXPECT_THROW(parseListing(head + entry("a", size, "-rw-r--r--", ""), 10), Exception) << size;
+    for (const std::string& text :
+         {""s, "Type = HFS\n"s, listed + "----------\n", listed + listed, head + "Size = 1\nPath = a\n",
+          head + entry("a", "1", "-rw-r--r--", "Path = b\n")})
         EXPECT_THROW(parseListing(text, 10), Exception) << text;
 }
 
