@@ -1,7 +1,6 @@
 #include "platform/qt/QtWindows.h"
 #include "platform/Exception.h"
 #include "platform/qt/QtMainQueue.h"
-#include "platform/qt/QtStrings.h"
 #include "platform/qt/QtTimers.h"
 #include "platform/qt/SpinningIndicator.h"
 
@@ -37,15 +36,16 @@ protected:
 
     QtMainQueue queue;
     QtWindows windows{queue};
+    std::unique_ptr<Interface> interface = windows.load("TavoJoinWindow");
+    Window& window = interface->window();
 };
 
 TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
-    const auto interface = windows.load("TavoJoinWindow");
-    interface->window().setBackgroundColor(white);
+    window.setBackgroundColor(white);
     interface->label("infoLabel").setStringValue("text");
-    EXPECT_FALSE(interface->window().isVisible());
-    interface->window().makeKeyAndOrderFront();
-    EXPECT_TRUE(interface->window().isVisible());
+    EXPECT_FALSE(window.isVisible());
+    window.makeKeyAndOrderFront();
+    EXPECT_TRUE(window.isVisible());
     EXPECT_FALSE(widget().testAttribute(Qt::WA_PendingUpdate));
     const auto screen = [this] {
         return QApplication::primaryScreen()->grabWindow(widget().winId()).toImage();
@@ -53,38 +53,35 @@ TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
     EXPECT_EQ(screen().pixelColor(2, 2), QColor(Qt::white));
     interface->progressIndicator("progress").setHidden(true);
     interface->label("infoLabel").setStringValue("other words");
-    interface->window().display();
+    window.display();
     const QImage drawn = screen();
     QApplication::processEvents();
     EXPECT_EQ(screen(), drawn);
-    interface->window().orderOut();
-    EXPECT_FALSE(interface->window().isVisible());
+    window.orderOut();
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(QtWindowsTest, WorkQueuedDuringAnOperationWaitsWhileAWindowIsShown) {
     bool hasRun = false;
     queue.enqueue([&] { hasRun = true; });
-    const auto interface = windows.load("TavoJoinWindow");
-    interface->window().makeKeyAndOrderFront();
+    const auto another = windows.load("TavoJoinWindow");
+    another->window().makeKeyAndOrderFront();
     EXPECT_FALSE(hasRun);
     EXPECT_TRUE(turnUntil([&] { return hasRun; }));
 }
 
 TEST_F(QtWindowsTest, ClosingAsksFirst) {
-    const auto interface = windows.load("TavoJoinWindow");
     bool answer = false;
-    interface->window().setShouldClose([&] { return answer; });
-    interface->window().makeKeyAndOrderFront();
+    window.setShouldClose([&] { return answer; });
+    window.makeKeyAndOrderFront();
     widget().close();
-    EXPECT_TRUE(interface->window().isVisible());
+    EXPECT_TRUE(window.isVisible());
     answer = true;
     widget().close();
-    EXPECT_FALSE(interface->window().isVisible());
+    EXPECT_FALSE(window.isVisible());
 }
 
 TEST_F(QtWindowsTest, AWindowKeepsItsPlaceAndLevelAndLosesItsHiddenButtons) {
-    const auto interface = windows.load("TavoJoinWindow");
-    Window& window = interface->window();
     window.setFrameOrigin({40, 50});
     window.setLevel(floatingWindowLevel);
     window.hideStandardButton(StandardButton::zoom);
@@ -98,7 +95,6 @@ TEST_F(QtWindowsTest, AWindowKeepsItsPlaceAndLevelAndLosesItsHiddenButtons) {
 }
 
 TEST_F(QtWindowsTest, OutsideTextIsShownAsTheCharactersItIs) {
-    const auto interface = windows.load("TavoJoinWindow");
     interface->label("infoLabel").setStringValue("<b>bold</b> & <img src='x'>");
     const auto* label = widget().findChild<QLabel*>("infoLabel");
     EXPECT_EQ(label->textFormat(), Qt::PlainText);
@@ -107,7 +103,6 @@ TEST_F(QtWindowsTest, OutsideTextIsShownAsTheCharactersItIs) {
 
 TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
     EXPECT_THROW(windows.load("NoSuchWindow"), Exception);
-    const auto interface = windows.load("TavoJoinWindow");
     EXPECT_THROW(interface->textField("noSuchOutlet"), Exception);
     EXPECT_THROW(interface->textField("infoLabel"), Exception);
     EXPECT_THROW(interface->progressIndicator("infoLabel"), Exception);
@@ -162,11 +157,6 @@ TEST(QtTimers, ATimerFiresAgainAndAgainUntilItIsDestroyed) {
     const auto other = timers.repeating(std::chrono::milliseconds(1), [&] { ++others; });
     EXPECT_TRUE(turnUntil([&] { return others == 5; }));
     EXPECT_EQ(fired, last);
-}
-
-TEST(QtStrings, AKeyWithoutTextShowsItself) {
-    QtStrings strings;
-    EXPECT_EQ(strings.localized("NO_SUCH_KEY"), "NO_SUCH_KEY");
 }
 
 } // namespace
