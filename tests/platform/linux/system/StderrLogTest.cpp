@@ -36,14 +36,14 @@ const std::string stamp = "2026-01-02 03:04:05.006 Join";
 
 /// Runs the check in a child process, so that this one keeps its streams. Returns the number of the first
 /// line that fails, or 0.
-void expectInChild(const std::function<int(StderrLog&)>& check) {
+void expectInChild(const std::function<int(StderrLog&)>& check, const char* said = "") {
     EXPECT_EXIT(
         {
             StoppedClock clock;
             StderrLog log("Join", clock);
             ::_exit(check(log));
         },
-        testing::ExitedWithCode(0), "");
+        testing::ExitedWithCode(0), said);
 }
 
 #define REQUIRE_IN_CHILD(condition)                                                                          \
@@ -157,9 +157,7 @@ TEST(StderrLog, TheStreamsStayWhereTheyAreWhenTheFileCannotBeOpened) {
 TEST(StderrLog, ALineThatTheFileDoesNotTakeGoesWhereStandardErrorLedAtFirst) {
     const TemporaryFolder folder;
     const std::string path = join::test::writeFile(folder / "log", std::string(10'000, '\n'));
-    const auto writeWithoutRoom = [&] {
-        StoppedClock clock;
-        StderrLog log("Join", clock);
+    const auto writeWithoutRoom = [&](StderrLog& log) {
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit limit{};
         ::getrlimit(RLIMIT_FSIZE, &limit);
@@ -167,9 +165,9 @@ TEST(StderrLog, ALineThatTheFileDoesNotTakeGoesWhereStandardErrorLedAtFirst) {
         ::setrlimit(RLIMIT_FSIZE, &limit);
         log.redirectStandardStreams(path);
         log.write("the disk is full");
-        ::_exit(0);
+        return 0;
     };
-    EXPECT_EXIT(writeWithoutRoom(), testing::ExitedWithCode(0), "the disk is full");
+    expectInChild(writeWithoutRoom, "the disk is full");
 }
 
 TEST(StandardStreams, ClosedOnesLeadToTheNullDevice) {
