@@ -189,8 +189,9 @@ TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
                  {"one in which a link leads elsewhere", 0700, false, link},
                  {"one in which our folder is another user's", 0700, ::geteuid() != 0, giveAway}};
     for (const auto& [what, mode, isTaken, prepare] : cases) {
-        std::filesystem::create_directory(elsewhere);
-        std::filesystem::create_directory(runtime);
+        for (const std::string& made : {elsewhere, runtime})
+            std::filesystem::create_directory(made);
+        ::chmod(elsewhere.c_str(), 0700); // could be ours
         ::chmod(runtime.c_str(), mode);
         prepare();
         const Descriptor folder = openInstanceFolder();
