@@ -5,8 +5,6 @@
 namespace join::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 /// One of the desktop's own programs, run in the world of a Join.
 Launch tool(const JoinWorld& world, std::vector<std::string> command) {
     Launch launch = world.launch({});
@@ -17,7 +15,7 @@ Launch tool(const JoinWorld& world, std::vector<std::string> command) {
 
 std::string outputOf(const JoinWorld& world, std::vector<std::string> command) {
     const Launch launch = tool(world, std::move(command));
-    EXPECT_EQ(Child(launch).wait(), 0);
+    EXPECT_EQ(statusOf(launch), 0);
     return contentsOf(launch.output);
 }
 
@@ -25,27 +23,14 @@ std::string entryPath(const JoinWorld& world) {
     return world.home() + "/.local/share/applications/com.tavo.join.desktop";
 }
 
-std::string installedProgram(const JoinWorld& world) {
-    return world.systemRoot() + "/Applications/Join.app/Contents/MacOS/Join";
-}
-
 /// Registered, with the copy that stays where it is.
 bool isRegistered(const JoinWorld& world) {
+    const std::string installed = world.systemRoot() + "/Applications/Join.app/Contents/MacOS/Join";
     return eventually([&] {
-        return contentsOf(entryPath(world)).find("\nExec=" + installedProgram(world) + " %u\n") !=
-                   std::string::npos &&
-               contentsOf(world.home() + "/.config/mimeapps.list").find("tavojoin=com.tavo.join.desktop") !=
-                   std::string::npos;
+        return count(contentsOf(entryPath(world)), "\nExec=" + installed + " %u\n") > 0 &&
+               count(contentsOf(world.home() + "/.config/mimeapps.list"), "tavojoin=com.tavo.join.desktop") >
+                   0;
     });
-}
-
-TEST(Desktop, OpensItsLinksWithTheInstalledJoin) {
-    const JoinWorld world;
-    const Child join(world.launch({}));
-    ASSERT_TRUE(isRegistered(world)) << world.log();
-    EXPECT_EQ(outputOf(world, {"xdg-mime", "query", "default", "x-scheme-handler/tavojoin"}),
-              "com.tavo.join.desktop\n");
-    EXPECT_EQ(outputOf(world, {"desktop-file-validate", entryPath(world)}), "");
 }
 
 TEST(Desktop, CarriesHostileLinksToTheRunningJoinAsTheyAre) {
@@ -64,7 +49,7 @@ TEST(Desktop, CarriesHostileLinksToTheRunningJoinAsTheyAre) {
     for (const auto& [link, text] : links) {
         Launch open = tool(world, {"xdg-open", link});
         open.environment.emplace_back("DISPLAY", ":0"); // without one it looks for text browsers
-        EXPECT_EQ(Child(open).wait(), 0) << link;
+        EXPECT_EQ(statusOf(open), 0) << link;
         const std::string line = "Received Launch App Url : " + (text.empty() ? link : text) + "\n";
         EXPECT_TRUE(eventually([&] { return world.logHolds(line); })) << link << world.log();
     }
@@ -72,11 +57,14 @@ TEST(Desktop, CarriesHostileLinksToTheRunningJoinAsTheyAre) {
     EXPECT_TRUE(isAlive(join.process()));
 }
 
-TEST(Desktop, IsToldOnceAndAgainWhenItsEntryLeadsNowhere) {
+TEST(Desktop, OpensItsLinksWithTheInstalledJoinAndIsToldAgainWhenItsEntryLeadsNowhere) {
     const JoinWorld world;
     {
         const Child join(world.launch({}));
-        ASSERT_TRUE(isRegistered(world));
+        ASSERT_TRUE(isRegistered(world)) << world.log();
+        EXPECT_EQ(outputOf(world, {"xdg-mime", "query", "default", "x-scheme-handler/tavojoin"}),
+                  "com.tavo.join.desktop\n");
+        EXPECT_EQ(outputOf(world, {"desktop-file-validate", entryPath(world)}), "");
     }
     world.endAll();
     const auto written = fs::last_write_time(entryPath(world));
@@ -84,9 +72,9 @@ TEST(Desktop, IsToldOnceAndAgainWhenItsEntryLeadsNowhere) {
     const auto startAgain = [&] {
         fs::remove(world.logFolder() + "/join.log");
         const Child join(world.launch({}));
-        ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 0"); }));
-        ASSERT_EQ(Child(world.launch({"tavojoin://"})).wait(), 0);
-        ASSERT_TRUE(eventually([&] { return world.logHolds("Received Launch App Url"); }));
+        ASSERT_TRUE(world.logs("Launch app called : 0"));
+        ASSERT_EQ(statusOf(world.launch({"tavojoin://"})), 0);
+        ASSERT_TRUE(world.logs("Received Launch App Url"));
     };
     startAgain();
     EXPECT_EQ(fs::last_write_time(entryPath(world)), written);
@@ -104,13 +92,13 @@ TEST(Desktop, StartsOneThatJoinsWhereNoneRuns) {
     {
         const Child join(world.launch({}));
         ASSERT_TRUE(isRegistered(world));
-        ASSERT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })); // copied
+        ASSERT_TRUE(world.logs("Join main window has been shown")); // copied
     }
     world.endAll();
-    Launch open = tool(world, {"xdg-open", "tavojoin://k=123456789&cav=1.4&wsn=" + world.host()});
+    Launch open = tool(world, {"xdg-open", world.url()});
     open.environment.emplace_back("DISPLAY", ":0");
-    EXPECT_EQ(Child(open).wait(), 0);
-    EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << world.log();
+    EXPECT_EQ(statusOf(open), 0);
+    EXPECT_TRUE(world.agentRuns());
 }
 
 } // namespace

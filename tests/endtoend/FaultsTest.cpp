@@ -10,37 +10,15 @@
 namespace join::test {
 namespace {
 
-namespace fs = std::filesystem;
-
-/// The options of a service that delivers the images.
-std::vector<std::string> delivering(const char* updateNeeded) {
-    const std::string images = JOIN_IMAGES;
-    return {"--agent-image",         images + "/TavoMac.dmg", "--join-image",
-            images + "/JoinMac.dmg", "--update-needed",       updateNeeded};
-}
-
-std::string urlOf(const JoinWorld& world, const std::string& more = "") {
-    return "tavojoin://k=123456789&wsn=" + world.host() + "&cav=1.4" + more;
-}
+using namespace std::chrono_literals;
 
 std::string saidIn(const JoinWorld& world) { return world.log() + world.output(); }
-
-/// Files that Join has not finished.
-std::vector<std::string> unfinishedIn(const JoinWorld& world) {
-    std::vector<std::string> left;
-    for (const auto& entry : fs::recursive_directory_iterator(world.home()))
-        if (const fs::path& path = entry.path();
-            path.extension() == ".partial" || path.parent_path().filename() == "Volumes")
-            left.push_back(path);
-    return left;
-}
 
 /// Nothing is wrong from now on: this run ends with the agent started.
 void expectJoin(const JoinWorld& world, const Launch& launch) {
     fs::remove(world.home() + "/tavo-standin/agent.txt");
-    Child join(launch);
-    ASSERT_EQ(join.wait(), 0) << saidIn(world);
-    EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); })) << saidIn(world);
+    ASSERT_EQ(statusOf(launch), 0) << saidIn(world);
+    EXPECT_TRUE(world.agentRuns());
 }
 
 /// A kind of join: what exists before it, and how Join is started.
@@ -50,30 +28,31 @@ struct Road {
     std::function<Launch(const JoinWorld&)> prepare;
 };
 
+Launch fromBareComputer(const JoinWorld& world) { return world.launch({world.url()}); }
+
 Launch fromInstalledCopy(const JoinWorld& world, const std::string& more) {
     world.installPrograms();
-    return world.launch({urlOf(world, more)}, world.systemRoot() + "/Applications/Join.app");
+    return world.launch({world.url(more)}, world.systemRoot() + "/Applications/Join.app");
 }
 
 Launch fromDeliveredCopy(const JoinWorld& world) {
     const std::string folder = world.home() + "/Downloads";
     JoinWorld::copyJoinTo(folder);
-    writeFile(folder + "/.joinparameters",
-              "TAVO_MEETING_IND\n&key=123456789&firstTime=true&crashDetectorAppVersion=1.4&webServerName=" +
-                  world.host() + "&");
+    world.deliverParametersTo(folder);
     return world.launch({}, folder + "/Join.app");
 }
 
 class Killed : public testing::TestWithParam<Road> {};
 
 TEST_P(Killed, AtAnyMomentTheNextRunJoins) {
+    using namespace std::chrono;
     std::mt19937 random(std::random_device{}());
-    std::uniform_int_distribution<int> moments(0, 400'000);
+    microseconds whole = 1s; // the longest join so far
     const char* given = std::getenv("JOIN_KILLS");
-    for (int time = 0; time < (given ? std::atoi(given) : 3); ++time) {
-        const JoinWorld world(delivering(GetParam().updateNeeded));
+    for (int time = 0; time < (given ? std::atoi(given) : 10); ++time) {
+        const JoinWorld world(delivering({"--update-needed", GetParam().updateNeeded}));
         Launch start = GetParam().prepare(world);
-        const std::chrono::microseconds moment(moments(random));
+        const microseconds moment(std::uniform_int_distribution<std::int64_t>(0, whole.count())(random));
         {
             const Child join(start);
             std::this_thread::sleep_for(moment); // the fault itself: a kill at this moment
@@ -81,58 +60,45 @@ TEST_P(Killed, AtAnyMomentTheNextRunJoins) {
         if (!fs::exists(start.command.front())) // an update had removed it
             start.command.front() = world.launch({}).command.front();
         SCOPED_TRACE("killed after " + std::to_string(moment.count()) + " µs");
+        const auto begin = steady_clock::now();
         ASSERT_NO_FATAL_FAILURE(expectJoin(world, start));
+        whole = std::max(whole, duration_cast<microseconds>(steady_clock::now() - begin));
+        expectWholeAgent(world);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Faults, Killed,
-    testing::Values(
-        Road{"Update", "true", [](const JoinWorld& world) { return fromInstalledCopy(world, "&jav=99.0"); }},
-        Road{"DeliveredCopy", "true", fromDeliveredCopy},
-        Road{"InstalledAgent", "false", [](const JoinWorld& world) { return fromInstalledCopy(world, ""); }}),
+    testing::Values(Road{"BareComputer", "true", fromBareComputer},
+                    Road{"Update", "true",
+                         [](const auto& world) { return fromInstalledCopy(world, "&cav=1.4&jav=99.0"); }},
+                    Road{"DeliveredCopy", "true", fromDeliveredCopy},
+                    Road{"InstalledAgent", "false",
+                         [](const auto& world) { return fromInstalledCopy(world, "&cav=1.4"); }}),
     [](const auto& info) { return info.param.name; });
 
-/// A small disk for the world's home folder.
-class Disk {
-public:
-    Disk(const JoinWorld& world, const std::string& limits)
-        : folder_(world.home()), isThere_(mount(limits)) {}
-    ~Disk() { Child({.command = {"umount", "--lazy", folder_}}).wait(); }
-    Disk(const Disk&) = delete;
-    Disk& operator=(const Disk&) = delete;
-
-    bool isThere() const { return isThere_; }
-    void makeRoom() const { EXPECT_TRUE(mount("remount,size=1g,nr_inodes=100000")); }
-
-private:
-    bool mount(const std::string& options) const {
-        return Child({.command = {"mount", "-t", "tmpfs", "-o", options, "tmpfs", folder_}}).wait() == 0;
-    }
-
-    std::string folder_;
-    bool isThere_;
-};
+/// Mounts a small disk as the world's home folder, or changes its size.
+bool mountDisk(const JoinWorld& world, const std::string& options) {
+    return statusOf({.command = {"mount", "-t", "tmpfs", "-o", options, "tmpfs", world.home()}}) == 0;
+}
 
 TEST(Faults, AFullDiskIsSaidAndTheNextRunJoinsWhenThereIsRoom) {
     for (const char* limits : {"size=8k", "size=256k", "size=512k,nr_inodes=12", "size=512k,nr_inodes=30"}) {
-        const JoinWorld world(delivering("true"));
-        const Disk disk(world, limits);
-        if (!disk.isThere())
+        const JoinWorld world(delivering());
+        const Mounted disk{world.home()};
+        if (!mountDisk(world, limits))
             GTEST_SKIP() << "only root can mount a small disk";
         {
-            const Child join(world.launch({urlOf(world)}));
-            EXPECT_TRUE(eventually([&] {
-                return world.requests().find("send_log_mail 200") != std::string::npos;
-            })) << limits
-                << saidIn(world);
+            const Child join(world.launch({world.url()}));
+            EXPECT_TRUE(eventually([&] { return count(world.requests(), "send_log_mail 200") > 0; }))
+                << limits << saidIn(world);
             EXPECT_TRUE(isAlive(join.process())) << limits;
         }
         EXPECT_NE(saidIn(world).find("Download failed! Error"), std::string::npos) << limits << saidIn(world);
-        EXPECT_EQ(unfinishedIn(world), std::vector<std::string>()) << limits;
-        disk.makeRoom();
-        ASSERT_NO_FATAL_FAILURE(expectJoin(world, world.launch({urlOf(world)})));
-        EXPECT_EQ(unfinishedIn(world), std::vector<std::string>()) << limits;
+        EXPECT_EQ(leftIn(world), std::vector<std::string>()) << limits;
+        EXPECT_TRUE(mountDisk(world, "remount,size=1g,nr_inodes=100000"));
+        ASSERT_NO_FATAL_FAILURE(expectJoin(world, world.launch({world.url()})));
+        EXPECT_EQ(leftIn(world), std::vector<std::string>()) << limits;
         world.endAll();
     }
 }
@@ -147,12 +113,12 @@ TEST(Faults, AFolderThatCannotBeWrittenIsSaidAndTheNextRunJoinsWhenItCan) {
         {".local/share/tavojoin/root/Volumes", "the volume cannot be shown: Permission denied"},
     };
     for (const auto& [folder, said] : cases) {
-        const JoinWorld world(delivering("true"));
+        const JoinWorld world(delivering());
         const std::string path = world.home() + "/" + folder;
         fs::create_directories(path);
         if (folder == support)
             writeFile(path + "/tavojoindetails.conf", "of the session before");
-        const Launch launch = world.launch({urlOf(world)});
+        const Launch launch = world.launch({world.url()});
         Launch bound = launch; // by modes, which root is not
         if (::geteuid() == 0)
             bound.command.insert(bound.command.begin(),
@@ -160,26 +126,25 @@ TEST(Faults, AFolderThatCannotBeWrittenIsSaidAndTheNextRunJoinsWhenItCan) {
         fs::permissions(path, fs::perms{0555});
         {
             const Child join(bound);
-            EXPECT_TRUE(eventually([&, text = said] {
-                return saidIn(world).find(text) != std::string::npos;
-            })) << folder
-                << saidIn(world);
+            EXPECT_TRUE(eventually([&, text = said] { return count(saidIn(world), text) > 0; }))
+                << folder << saidIn(world);
         }
         fs::permissions(path, fs::perms{0755});
         ASSERT_NO_FATAL_FAILURE(expectJoin(world, launch));
-        EXPECT_EQ(unfinishedIn(world), std::vector<std::string>()) << folder;
+        fs::remove(world.support("JoinMac.dmg")); // whole, of the run that has just been killed
+        EXPECT_EQ(leftIn(world), std::vector<std::string>()) << folder;
     }
 }
 
 TEST(Faults, ManyUrlsLeaveNothingBehindInTheRunningJoin) {
     const JoinWorld world;
     const Child first(world.launch({}));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called"); }));
+    ASSERT_TRUE(world.logs("Launch app called"));
     const auto openUrls = [&](const std::string& last) {
         for (int time = 0; time < 20; ++time)
-            ASSERT_EQ(Child(world.launch({"tavojoin://e=ann@example.org"})).wait(), 0);
-        ASSERT_EQ(Child(world.launch({last})).wait(), 0);
-        ASSERT_TRUE(eventually([&] { return world.logHolds("Received Launch App Url : " + last); }));
+            ASSERT_EQ(statusOf(world.launch({"tavojoin://e=ann@example.org"})), 0);
+        ASSERT_EQ(statusOf(world.launch({last})), 0);
+        ASSERT_TRUE(world.logs("Received Launch App Url : " + last));
     };
     const auto holdings = [&](const char* kind) {
         const std::string folder = "/proc/" + std::to_string(first.process()) + "/" + kind;

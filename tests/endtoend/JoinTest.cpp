@@ -9,24 +9,17 @@
 namespace join::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr auto sessionValidated = "\"M2\":\"Session Validated";
-
-std::string urlOf(const JoinWorld& world, const std::string& more = "&cav=1.4") {
-    return "tavojoin://k=123456789&e=ann@example.org&gwn=gw1&wsn=" + world.host() + more;
-}
 
 TEST(Join, StartsTheInstalledAgentFromALaunchUrlAndQuits) {
     const JoinWorld world({"--update-needed", "false"});
     world.installPrograms();
-    Child join(world.launch({urlOf(world)}));
-    EXPECT_EQ(join.wait(), 0);
+    EXPECT_EQ(statusOf(world.launch({world.url("&gwn=gw1&cav=1.4")})), 0);
 
     EXPECT_NE(world.requests().find("GET /api/public/json/meetings/checkSessionID?key=123456789&"
                                     "installed-version=5.2&os=mac 200"),
               std::string::npos);
-    ASSERT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); }));
+    ASSERT_TRUE(world.agentRuns());
     const std::string agent = world.agentStarts();
     EXPECT_NE(agent.find("argument -timestamps\nargument {\"M1\":\"Join Launched time : "),
               std::string::npos);
@@ -46,66 +39,42 @@ TEST(Join, StartsTheInstalledAgentFromALaunchUrlAndQuits) {
     EXPECT_TRUE(world.log().ends_with(std::string(133, '-') + "\n\n"));
 }
 
-TEST(Join, JoinsWithTheParametersDeliveredBesideItOnItsFirstRun) {
-    const JoinWorld world({"--update-needed", "false"});
-    world.installPrograms();
-    const std::string delivered = "TAVO_MEETING_IND\n&key=1234567890&email=&GatewayHost1=gw9&authToken=A"
-                                  "&firstTime=true&crashDetectorAppVersion=1.4&webServerName=" +
-                                  world.host() + "&";
-    writeFile(world.home() + "/Downloads/.joinparameters", delivered);
-    JoinWorld::copyJoinTo(world.home() + "/Downloads");
-    fs::create_directories(world.home() + "/Applications");
-
-    Child join(world.launch({}, world.home() + "/Downloads/Join.app"));
-    EXPECT_EQ(join.wait(), 0);
-    EXPECT_TRUE(eventually([&] { return world.agentStarts().ends_with("end\n"); }));
-    EXPECT_NE(contentsOf(world.support("joinparameters.conf")).find("&email=Guest&"), std::string::npos);
-    EXPECT_NE(contentsOf(world.support("joinparameters.conf")).find("&firstTime=false&"), std::string::npos);
-    EXPECT_NE(contentsOf(world.support("tavojoindetails.conf")).find("&authToken=A&"), std::string::npos);
-    for (const std::string& copy : {world.systemRoot() + "/Applications", world.home() + "/Applications"})
-        EXPECT_EQ(::access((copy + "/Join.app/Contents/MacOS/Join").c_str(), X_OK), 0) << copy;
+TEST(Join, LogsSpoiltAnswersAndStaysUpWithTheAgentToBeFetched) {
+    const struct {
+        std::vector<std::string> serviceOptions;
+        const char* logged;
+    } cases[] = {
+        {{"--status", "404"}, "and status code : 404"},
+        {{"--broken", "html"}, "The answer is not a JSON document"},
+        {{"--broken", "garbage"}, "The answer is not a JSON document"},
+        {{"--broken", "deep"}, "The answer is not a JSON document"},
+        {{"--broken", "types"}, "************************ EXCEPTION"},
+        {{"--broken", "reset"}, "Check Update failed"},
+        {{"--broken", "cut"}, "Check Update failed"},
+        {{"--broken", "huge"}, "Check Update failed"}, // a hundred megabytes
+        {{"--broken", "endless"}, "Check Update failed"},
+    };
+    for (const auto& [serviceOptions, logged] : cases) {
+        SCOPED_TRACE(serviceOptions.back());
+        const JoinWorld world(serviceOptions);
+        world.installPrograms();
+        const Child join(world.launch({world.url()}));
+        ASSERT_TRUE(world.logs("Launch app called : 1"));
+        EXPECT_TRUE(world.logHolds(logged)) << world.log();
+        EXPECT_TRUE(world.logHolds(sessionValidated));
+        EXPECT_FALSE(fs::exists(world.support("Tavo.app")));
+        EXPECT_EQ(world.agentStarts(), "");
+        EXPECT_TRUE(isAlive(join.process()));
+    }
 }
-
-struct SpoiltAnswer {
-    std::string name;
-    std::vector<std::string> serviceOptions;
-    std::string logged;
-};
-
-class SpoiltAnswers : public testing::TestWithParam<SpoiltAnswer> {};
-
-TEST_P(SpoiltAnswers, AreLoggedAndLeaveJoinUpWithTheAgentToBeFetched) {
-    const JoinWorld world(GetParam().serviceOptions);
-    world.installPrograms();
-    const Child join(world.launch({urlOf(world)}));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); })) << world.log();
-    EXPECT_TRUE(world.logHolds(GetParam().logged)) << world.log();
-    EXPECT_TRUE(world.logHolds(sessionValidated));
-    EXPECT_FALSE(fs::exists(world.support("Tavo.app")));
-    EXPECT_EQ(world.agentStarts(), "");
-    EXPECT_TRUE(isAlive(join.process()));
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Join, SpoiltAnswers,
-    testing::Values(SpoiltAnswer{"Status404", {"--status", "404"}, "and status code : 404"},
-                    SpoiltAnswer{"PageForPeople", {"--broken", "html"}, "The answer is not a JSON document"},
-                    SpoiltAnswer{"Garbage", {"--broken", "garbage"}, "The answer is not a JSON document"},
-                    SpoiltAnswer{"NestedTooDeep", {"--broken", "deep"}, "The answer is not a JSON document"},
-                    SpoiltAnswer{"WrongTypes", {"--broken", "types"}, "************************ EXCEPTION"},
-                    SpoiltAnswer{"Reset", {"--broken", "reset"}, "Check Update failed"},
-                    SpoiltAnswer{"CutShort", {"--broken", "cut"}, "Check Update failed"},
-                    SpoiltAnswer{"HundredMegabytes", {"--broken", "huge"}, "Check Update failed"},
-                    SpoiltAnswer{"WithoutEnd", {"--broken", "endless"}, "Check Update failed"}),
-    [](const auto& info) { return info.param.name; });
 
 TEST(Join, TrustsNoServiceWithAnUnknownCertificate) {
     const JoinWorld world;
     world.installPrograms();
-    Launch launch = world.launch({urlOf(world)});
+    Launch launch = world.launch({world.url()});
     launch.environment.emplace_back("SSL_CERT_FILE", "/dev/null");
     const Child join(launch);
-    ASSERT_TRUE(eventually([&] { return world.logHolds(sessionValidated); }));
+    ASSERT_TRUE(world.logs(sessionValidated));
     EXPECT_TRUE(world.logHolds("Status code : 0"));
     EXPECT_EQ(world.requests(), "");
 }
@@ -117,8 +86,7 @@ TEST(Join, RefusesArgumentsThatAreNoLaunchUrl) {
         {"-platform"}, {"https://example.org/"},
         {"tavojoin"},  {"tavojoin://k=1", "tavojoin://k=2"}};
     for (const auto& arguments : refused) {
-        Child join(world.launch(arguments));
-        EXPECT_EQ(join.wait(), 2) << arguments.front();
+        EXPECT_EQ(statusOf(world.launch(arguments)), 2) << arguments.front();
         EXPECT_EQ(world.output().find('\n'), world.output().size() - 1) << world.output();
     }
     EXPECT_FALSE(fs::exists(world.home() + "/Library"));
@@ -131,7 +99,7 @@ TEST(Join, SaysSoWithoutADisplay) {
         Launch launch = world.launch({});
         launch.environment.emplace_back("QT_QPA_PLATFORM", platform);
         launch.environment.emplace_back("DISPLAY", display);
-        EXPECT_EQ(Child(launch).wait(), 69);
+        EXPECT_EQ(statusOf(launch), 69);
         const std::string said = world.output();
         EXPECT_TRUE(said.starts_with("Join: there is no display to show a window on: ")) << said;
         EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
@@ -162,8 +130,8 @@ TEST(Join, TakesHostileLaunchUrlsAsTheCharactersTheyAre) {
 TEST(Join, GoesOnWhereItsSupportFolderCannotBeMade) {
     const JoinWorld world;
     writeFile(world.home() + "/Library/Application Support", "not a folder");
-    const Child join(world.launch({urlOf(world)}));
-    EXPECT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); }));
+    const Child join(world.launch({world.url()}));
+    EXPECT_TRUE(world.logs("Launch app called : 1"));
     EXPECT_TRUE(world.logHolds("Unable to create tavojoindetails.conf file"));
     EXPECT_TRUE(isAlive(join.process()));
 }
@@ -171,7 +139,7 @@ TEST(Join, GoesOnWhereItsSupportFolderCannotBeMade) {
 TEST(Join, KeepsItsStreamsWhileTheLogFolderIsAwayAndLogsAgainWhenItIsBack) {
     const JoinWorld world;
     const Child join(world.launch({}));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 0"); }));
+    ASSERT_TRUE(world.logs("Launch app called : 0"));
     const auto stream = [&](int number) {
         std::error_code error;
         return fs::read_symlink("/proc/" + std::to_string(join.process()) + "/fd/" + std::to_string(number),
@@ -196,7 +164,7 @@ TEST(Join, StartsInABareHomeWithClosedStandardStreams) {
     Launch launch = world.launch({});
     launch.command = {"/bin/sh", "-c", "exec \"$0\" <&- >&- 2>&-", launch.command.front()};
     const Child join(launch);
-    EXPECT_TRUE(eventually([&] { return world.logHolds("Launch app called : 0"); }));
+    EXPECT_TRUE(world.logs("Launch app called : 0"));
     EXPECT_TRUE(isAlive(join.process()));
     struct stat library {};
     ASSERT_EQ(::stat((world.home() + "/Library").c_str(), &library), 0);
@@ -211,7 +179,7 @@ TEST(Join, PreparesNothingOnASystemThatIsTooOld) {
     Child join(world.launch({}));
     ASSERT_TRUE(eventually([&] { return world.output().find("\"M1\"") != std::string::npos; }));
     // It stays up, and a launch URL, which start-up delivers last, has been ignored.
-    Child another(world.launch({urlOf(world)}));
+    Child another(world.launch({world.url()}));
     EXPECT_TRUE(eventually([&] { return world.output().find("Launch URL ignored") != std::string::npos; }));
     EXPECT_TRUE(isAlive(join.process()));
     EXPECT_FALSE(fs::exists(world.home() + "/Library/Logs"));

@@ -4,6 +4,9 @@
 #include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <memory>
@@ -11,6 +14,18 @@
 #include <vector>
 
 namespace join::test {
+
+namespace fs = std::filesystem;
+
+inline int statusOf(const Launch& launch) { return Child(launch).wait(); }
+
+/// How often the piece occurs.
+inline long count(const std::string& text, const std::string& piece) {
+    long found = 0;
+    for (std::size_t at = 0; (at = text.find(piece, at)) != std::string::npos; at += piece.size())
+        ++found;
+    return found;
+}
 
 /// A process that may have ended but has not been waited for counts as gone.
 inline bool isAlive(pid_t process) {
@@ -31,9 +46,9 @@ public:
         if (!eventually([this] { return !contentsOf(folder_ / "port").empty(); }))
             throw std::runtime_error("the service has not started: " +
                                      contentsOf(folder_ / "service-output"));
-        std::filesystem::create_directories(home());
-        std::filesystem::create_directory(runtime());
-        std::filesystem::permissions(runtime(), std::filesystem::perms::owner_all);
+        fs::create_directories(home());
+        fs::create_directory(runtime());
+        fs::permissions(runtime(), fs::perms::owner_all);
     }
 
     ~JoinWorld() { endAll(); }
@@ -42,7 +57,7 @@ public:
 
     /// Kills everything started in this world that has outlived its starter.
     void endAll() const {
-        for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        for (const auto& process : fs::directory_iterator("/proc")) {
             const std::string number = process.path().filename();
             if (number.find_first_not_of("0123456789") == std::string::npos &&
                 contentsOf(process.path() / "environ").find("HOME=" + home() + '\0') != std::string::npos)
@@ -66,6 +81,19 @@ public:
     std::string agentStarts() const { return contentsOf(home() + "/tavo-standin/agent.txt"); }
     std::string crashDetectorStarts() const { return contentsOf(home() + "/tavo-standin/crashdetector.txt"); }
 
+    /// Whether the log comes to hold the text.
+    testing::AssertionResult logs(const std::string& text) const {
+        return testing::AssertionResult(eventually([&] { return logHolds(text); }))
+               << "not logged: " << text << '\n'
+               << log() << output();
+    }
+
+    /// Whether the agent is started, and with all of its arguments.
+    testing::AssertionResult agentRuns() const {
+        return testing::AssertionResult(eventually([&] { return agentStarts().ends_with("end\n"); }))
+               << log() << output();
+    }
+
     /// Host and port of the service.
     std::string host() const {
         std::string port = contentsOf(folder_ / "port");
@@ -73,17 +101,30 @@ public:
         return "localhost:" + port;
     }
 
+    /// A URL that joins a session of the service.
+    std::string url(const std::string& more = "&cav=1.4") const {
+        return "tavojoin://k=123456789&e=ann@example.org&wsn=" + host() + more;
+    }
+
+    /// Puts the parameters of a first run there, as the service delivers them beside a Join.
+    void deliverParametersTo(const std::string& folder) const {
+        writeFile(folder + "/.joinparameters",
+                  "TAVO_MEETING_IND\n&key=1234567890&email=&GatewayHost1=gw9&authToken=A&firstTime=true"
+                  "&crashDetectorAppVersion=1.4&webServerName=" +
+                      host() + "&");
+    }
+
     /// Installs the agent and the Crash Detector in the support folder, and Join in the Applications folder.
     void installPrograms() const {
-        std::filesystem::create_directories(support(""));
+        fs::create_directories(support(""));
         tools::makeAgentBundle(support("Tavo.app"), tools::defaultAgentVersion);
         tools::makeCrashDetector(support("TavoCrashDetector"), tools::defaultCrashDetectorVersion);
         copyJoinTo(systemRoot() + "/Applications");
     }
 
     static void copyJoinTo(const std::string& folder) {
-        std::filesystem::create_directories(folder);
-        std::filesystem::copy(JOIN_BUNDLE, folder + "/Join.app", std::filesystem::copy_options::recursive);
+        fs::create_directories(folder);
+        fs::copy(JOIN_BUNDLE, folder + "/Join.app", fs::copy_options::recursive);
     }
 
     /// How to start the program in this world.
@@ -105,5 +146,56 @@ private:
     TemporaryFolder folder_;
     std::unique_ptr<Child> service_;
 };
+
+/// Unmounts what is mounted there, at the end.
+struct Mounted {
+    std::string folder;
+    ~Mounted() { statusOf({.command = {"umount", "--lazy", folder}}); }
+};
+
+/// The options of a service that delivers the images.
+inline std::vector<std::string> delivering(std::vector<std::string> more = {}) {
+    more.insert(more.end(), {"--agent-image", std::string(JOIN_IMAGES) + "/TavoMac.dmg", "--join-image",
+                             std::string(JOIN_IMAGES) + "/JoinMac.dmg"});
+    return more;
+}
+
+/// What an installation needs only on its way, and has left behind.
+inline std::vector<std::string> leftIn(const JoinWorld& world) {
+    std::vector<std::string> left;
+    constexpr auto intoLinks = fs::directory_options::follow_directory_symlink;
+    for (const auto& entry : fs::recursive_directory_iterator(world.home(), intoLinks)) {
+        const fs::path& path = entry.path();
+        const fs::path folder = path.parent_path().filename();
+        const bool isHidden = path.filename().string().starts_with('.');
+        if (path.extension() == ".partial" || path.extension() == ".dmg" || folder == "Volumes" ||
+            (isHidden && (folder == "Applications" || folder == "TavoMeetingNative")))
+            left.push_back(path);
+    }
+    return left;
+}
+
+/// The content of a tree: each entry's path with its mode and its bytes, or the text of a link.
+inline std::vector<std::string> treeOf(const fs::path& tree) {
+    std::vector<std::string> entries;
+    for (const auto& entry : fs::recursive_directory_iterator(tree)) {
+        const std::string place = entry.path().lexically_relative(tree);
+        const auto mode = " " + std::to_string(static_cast<int>(entry.symlink_status().permissions()));
+        if (entry.is_symlink())
+            entries.push_back(place + " -> " + fs::read_symlink(entry.path()).string());
+        else
+            entries.push_back(place + mode + (entry.is_regular_file() ? contentsOf(entry.path()) : ""));
+    }
+    std::ranges::sort(entries);
+    return entries;
+}
+
+inline void expectWholeAgent(const JoinWorld& world) {
+    const TemporaryFolder original;
+    tools::makeAgentBundle(original / "Tavo.app", tools::defaultAgentVersion);
+    EXPECT_EQ(treeOf(world.support("Tavo.app")), treeOf(original / "Tavo.app"));
+    EXPECT_EQ(contentsOf(world.support("TavoCrashDetector")),
+              tools::crashDetectorBytes(tools::defaultCrashDetectorVersion));
+}
 
 } // namespace join::test

@@ -10,8 +10,6 @@
 namespace join::test {
 namespace {
 
-namespace fs = std::filesystem;
-
 constexpr auto received = "Received Launch App Url : ";
 
 /// The launch URLs that were handled, in order.
@@ -30,16 +28,10 @@ std::string keyed(const JoinWorld& world, int number) {
     return "tavojoin://k=" + std::to_string(123456780 + number) + "&wsn=" + world.host() + "&cav=1.4";
 }
 
-bool isReady(const JoinWorld& world) {
-    return eventually([&] { return world.logHolds("Launch app called : "); });
-}
-
-int statusOf(const Launch& launch) { return Child(launch).wait(); }
-
 TEST(LaterStart, HandsItsUrlToTheFirstWithoutLoadingAToolkit) {
     const JoinWorld world;
     const Child first(world.launch({}));
-    ASSERT_TRUE(isReady(world));
+    ASSERT_TRUE(world.logs("Launch app called : "));
     Launch second = world.launch({keyless(1)});
     second.environment.emplace_back("LD_DEBUG", "files");
     second.output = world.home() + "/second-output";
@@ -56,7 +48,7 @@ TEST(LaterStart, NeedNotWaitForAFirstWhoseMainThreadIsBlocked) {
     const JoinWorld world({"--update-needed", "false", "--delay", "3000"});
     world.installPrograms();
     Child first(world.launch({keyed(world, 0)}));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("[ApiHandler getInstance]"); }));
+    ASSERT_TRUE(world.logs("[ApiHandler getInstance]"));
     EXPECT_EQ(statusOf(world.launch({keyless(1)})), 0);
     EXPECT_EQ(handledUrls(world).size(), 1U); // the request is still under way
     EXPECT_FALSE(world.logHolds("Session Validated"));
@@ -65,7 +57,7 @@ TEST(LaterStart, NeedNotWaitForAFirstWhoseMainThreadIsBlocked) {
     // it.
     EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 2; })) << world.log();
     EXPECT_EQ(handledUrls(world).back(), keyless(1));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); }));
+    ASSERT_TRUE(world.logs("Launch app called : 1"));
     EXPECT_EQ(statusOf(world.launch({keyless(2)})), 0);
     EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 3; }));
 }
@@ -86,42 +78,31 @@ TEST(LaterStart, OfFiftyInTheSameInstantOneRunsAndEachUrlIsHandled) {
     EXPECT_EQ(handled, expected);
     const auto runs = [](const auto& start) { return isAlive(start->process()); };
     EXPECT_TRUE(eventually([&] { return std::ranges::count_if(starts, runs) == 1; }));
-    for (const auto& start : starts) {
-        if (!runs(start)) {
-            EXPECT_EQ(start->wait(), 0);
-        }
-    }
+    for (const auto& start : starts)
+        EXPECT_TRUE(runs(start) || start->wait() == 0);
 }
 
 TEST(LaterStart, UrlsThatEachJoinAreAllJoinedInTheirOrder) {
-    constexpr int count = 5;
+    constexpr int times = 5;
     const JoinWorld world({"--update-needed", "false", "--delay", "300"});
     world.installPrograms();
-    std::vector<std::string> expected;
-    Child first(world.launch({keyed(world, 0)}));
+    std::vector<std::string> expected = {keyed(world, 0)};
+    Child first(world.launch(expected));
     ASSERT_TRUE(eventually([&] { return !handledUrls(world).empty(); }));
-    for (int i = 0; i < count; ++i) {
+    for (int i = 1; i < times; ++i) {
         expected.push_back(keyed(world, i));
-        if (i > 0) {
-            EXPECT_EQ(statusOf(world.launch({expected.back()})), 0);
-        }
+        EXPECT_EQ(statusOf(world.launch({expected.back()})), 0);
     }
     EXPECT_EQ(first.wait(), 0);
     const std::string separator(133, '-');
-    EXPECT_TRUE(eventually([&] {
-        const std::string log = world.log();
-        std::size_t ends = 0;
-        for (auto at = log.find(separator); at != std::string::npos; at = log.find(separator, at + 1))
-            ++ends;
-        return ends == count;
-    })) << world.log();
+    EXPECT_TRUE(eventually([&] { return count(world.log(), separator) == times; })) << world.log();
     EXPECT_EQ(handledUrls(world), expected);
 }
 
 TEST(LaterStart, TakesThePlaceOfAFirstThatWasKilledAndComplainsOfOneThatIsStopped) {
     const JoinWorld world;
     auto first = std::make_unique<Child>(world.launch({}));
-    ASSERT_TRUE(isReady(world));
+    ASSERT_TRUE(world.logs("Launch app called : "));
     ::kill(first->process(), SIGSTOP);
     ASSERT_EQ(::waitpid(first->process(), nullptr, WUNTRACED), first->process()); // all of it
     EXPECT_EQ(statusOf(world.launch({keyless(1)})), 75);
@@ -140,11 +121,11 @@ TEST(LaterStart, GetsAWindowOfItsOwnFromAFirstThatHasNone) {
     world.installPrograms();
     writeFile(world.support("Tavo.app/Contents/MacOS/Tavo"), "#!/bin/sh\n"); // ends at once
     Child first(world.launch({keyed(world, 0)}));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("Join app version check method called!!"); }));
+    ASSERT_TRUE(world.logs("Join app version check method called!!"));
     ASSERT_TRUE(isAlive(first.process())); // it waits for the agent, with its window closed
     EXPECT_EQ(statusOf(world.launch({})), 0);
     EXPECT_EQ(first.wait(), 0);
-    EXPECT_TRUE(eventually([&] { return world.logHolds("Join main window has been shown"); })) << world.log();
+    EXPECT_TRUE(world.logs("Join main window has been shown"));
 }
 
 TEST(LaterStart, LetsAFirstWithoutAWindowGoOnWithItsDownload) {
@@ -153,7 +134,7 @@ TEST(LaterStart, LetsAFirstWithoutAWindowGoOnWithItsDownload) {
     world.installPrograms();
     fs::remove(world.support("TavoCrashDetector"));
     const Child first(world.launch({keyed(world, 0)}));
-    ASSERT_TRUE(eventually([&] { return world.logHolds("[TavoDMGDownloader downloadDidBegin:]"); }));
+    ASSERT_TRUE(world.logs("[TavoDMGDownloader downloadDidBegin:]"));
     ASSERT_TRUE(world.logHolds("TavoJoinWindowHandler.closeWindow() called!"));
     EXPECT_EQ(statusOf(world.launch({})), 0);
     const Child third(world.launch({keyless(1)}));

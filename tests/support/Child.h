@@ -21,7 +21,6 @@ struct Launch {
     std::vector<std::string> command; ///< looked up on the PATH unless it holds a separator
     std::vector<std::pair<std::string, std::string>> environment = {}; ///< in addition to that of the test
     std::string directory = ".";
-    std::string input = "/dev/null";
     std::string output = "/dev/null"; ///< file for both of its output streams
 };
 
@@ -70,7 +69,7 @@ private:
     [[noreturn]] static void become(const Launch& launch, char** arguments) {
         for (const auto& [name, value] : launch.environment)
             ::setenv(name.c_str(), value.c_str(), 1);
-        const int input = ::open(launch.input.c_str(), O_RDONLY);
+        const int input = ::open("/dev/null", O_RDONLY);
         const int output = ::open(launch.output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         if (::dup2(input, 0) == 0 && ::dup2(output, 1) == 1 && ::dup2(output, 2) == 2 &&
             ::chdir(launch.directory.c_str()) == 0)
