@@ -5,22 +5,17 @@ namespace join::test {
 class DiskImageInstall : public LogicTest {
 protected:
     void SetUp() override {
-        prepared();
-        session().webServerName.set("host");
-        session().key.set("123456789");
+        preparedToJoin();
         session().emailID.set("ann@example.org");
-        tasks.statusOf = [this](const platform::Program& tool) { return runDiskImageTool(tool.arguments); };
-    }
-
-    /// What the image tool does with the volume that the test has laid out.
-    int runDiskImageTool(const std::vector<std::string>& arguments) {
-        const bool mounts = arguments.at(0) == "mount";
-        if (!mounts)
-            files.remove(arguments.at(1));
-        else if (mountStatus == 0)
-            for (const std::string& path : volume)
-                files.put(path, "new");
-        return mounts ? mountStatus : 0;
+        tasks.statusOf = [this](const platform::Program& tool) { // the volume is as the test has laid it out
+            const bool mounts = tool.arguments.at(0) == "mount";
+            if (!mounts)
+                files.remove(tool.arguments.at(1));
+            else if (mountStatus == 0)
+                for (const std::string& path : volume)
+                    files.put(path, "new");
+            return mounts ? mountStatus : 0;
+        };
     }
 
     /// Completes the download of the image.
@@ -110,15 +105,12 @@ TEST_F(DiskImageInstall, AnAgentThatCannotBeCopiedEndsNoJoinAndLeavesNoVolume) {
 TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) {
     workspace.throws = true;
     mountStatus = 1;
-    Journal comments;
-    notifications.addObserver("SendJoinLog",
-                              [&](const Text& comment) { comments.push_back(comment.value_or("")); });
     for (const int calls : {3, 6}) {
         downloadAgentImage();
         EXPECT_EQ(slots().copyCounter, calls);
         EXPECT_EQ(countBeginningWith(journal, "infoLabel: [PROBLEM_OCCURED]"), 2);
     }
-    EXPECT_EQ(comments, Journal{"Tavo.app Copy file Failed"});
+    EXPECT_EQ(sentComments, Journal{"Tavo.app Copy file Failed"});
 
     mountStatus = 0; // the copy succeeds, and the agent is started as a child process instead
     bundles.versions[agent] = "1";
@@ -177,16 +169,13 @@ TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
 }
 
 TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {
-    Journal comments;
-    notifications.addObserver("SendJoinLog",
-                              [&](const Text& comment) { comments.push_back(comment.value_or("")); });
     for (int time = 0; time < 2; ++time) {
         delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
         mainQueue.turn();
         http.downloads.back().second->downloadDidFail({"refused", "https://host/"});
     }
     EXPECT_EQ(joinDownloads(), 2);
-    EXPECT_EQ(comments, Journal{"Join App faild to download JoinMac.dmg"});
+    EXPECT_EQ(sentComments, Journal{"Join App faild to download JoinMac.dmg"});
     EXPECT_EQ(said("-[JoinDMGDownloader download:didFailWithError:]"),
               Journal(2, "JoinMac.dmg Download failed! Error - refused https://host/ "));
     EXPECT_TRUE(progressWindow().isVisible());

@@ -7,19 +7,14 @@ namespace join::test {
 
 class VersionChecks : public LogicTest {
 protected:
-    void SetUp() override {
-        prepared();
-        session().webServerName.set("host");
-        session().key.set("123456789");
-    }
+    void SetUp() override { preparedToJoin(); }
     const std::string joinCheck = "-[AppDelegate joinAppVersionCheck]";
     const std::string agentCheck = "-[AppDelegate tavoAppVersionCheck]";
 };
 
 TEST(VersionDecisions, AnyVersionButTheAnnouncedOneIsOutdated) {
     const struct {
-        Text local;
-        Text announced;
+        Text local, announced;
         JoinAppStep joinApp; ///< after a launch URL
         bool crashDetectorOutdated;
     } cases[] = {
@@ -143,9 +138,6 @@ TEST_F(VersionChecks, SevenFailuresInARowEndTheDownload) {
     session().cdnUrl.set("cdn");
     session().isCdnAvailable.set(true);
     session().isAwsAvailable.set(true);
-    Journal comments;
-    notifications.addObserver("SendJoinLog",
-                              [&](const Text& comment) { comments.push_back(comment.value_or("")); });
     delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
     for (int failure = 1; failure <= 7; ++failure) {
         mainQueue.turn();
@@ -170,7 +162,7 @@ TEST_F(VersionChecks, SevenFailuresInARowEndTheDownload) {
     EXPECT_EQ(agentDownloads(), 0); // no eighth attempt
     EXPECT_TRUE(progressWindow().isVisible());
     notifications.post("RetryDMGDownloadig"); // the limit is not forgotten in this run
-    EXPECT_EQ(comments, Journal(2, "Join App faild to download TavoMac.dmg"));
+    EXPECT_EQ(sentComments, Journal(2, "Join App faild to download TavoMac.dmg"));
     EXPECT_EQ(agentDownloads(), 0);
 }
 

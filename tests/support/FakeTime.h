@@ -60,16 +60,14 @@ public:
         works_.push_back(std::move(work));
     }
     void turn() {
-        for (const auto works = takeAll(); const auto& work : works)
+        std::unique_lock lock(mutex_);
+        const auto works = std::exchange(works_, {});
+        lock.unlock();
+        for (const auto& work : works)
             work();
     }
 
 private:
-    std::vector<std::function<void()>> takeAll() {
-        const std::scoped_lock lock(mutex_);
-        return std::exchange(works_, {});
-    }
-
     std::mutex mutex_;
     std::vector<std::function<void()>> works_;
 };

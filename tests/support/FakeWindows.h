@@ -13,36 +13,25 @@ inline std::string described(platform::Color color) {
     return std::to_string(color.red) + "," + std::to_string(color.green) + "," + std::to_string(color.blue);
 }
 
-/// A window or any control, recorded as "NAME: action".
-class NamedRecorder : protected Recorder {
+/// A window; it and the controls are recorded as "NAME: action".
+class RecordingWindow final : public platform::Window, Recorder {
 public:
-    NamedRecorder(Journal& journal, std::string name) : Recorder(journal), name_(std::move(name)) {}
-
-protected:
-    void act(const std::string& action) { record(name_ + ": " + action); }
-
-private:
-    std::string name_;
-};
-
-class RecordingWindow final : public platform::Window, NamedRecorder {
-public:
-    using NamedRecorder::NamedRecorder;
+    using Recorder::Recorder;
     std::function<bool()> shouldClose; ///< the user's click
 
     platform::Size frameSize() const override { return {400, 150}; }
     void setFrameOrigin(platform::Point at) override {
-        act("origin " + std::to_string(at.x) + "," + std::to_string(at.y));
+        record("origin " + std::to_string(at.x) + "," + std::to_string(at.y));
     }
-    void setLevel(int level) override { act("level " + std::to_string(level)); }
-    void setBackgroundColor(platform::Color color) override { act("background " + described(color)); }
-    void setTitle(const std::string& title) override { act("title " + title); }
+    void setLevel(int level) override { record("level " + std::to_string(level)); }
+    void setBackgroundColor(platform::Color color) override { record("background " + described(color)); }
+    void setTitle(const std::string& title) override { record("title " + title); }
     void hideStandardButton(platform::StandardButton button) override {
         constexpr const char* names[] = {"close", "minimise", "zoom"};
-        act(std::string("no ") + names[static_cast<int>(button)]);
+        record(std::string("no ") + names[static_cast<int>(button)]);
     }
     void setShouldClose(std::function<bool()> asked) override { shouldClose = std::move(asked); }
-    void display() override { act("display"); }
+    void display() override { record("display"); }
     void makeKeyAndOrderFront() override { setVisible(true, "front"); }
     void orderOut() override { setVisible(false, "out"); }
     bool isVisible() const override { return isVisible_; }
@@ -50,7 +39,7 @@ public:
 private:
     void setVisible(bool visible, const char* action) {
         isVisible_ = visible;
-        act(action);
+        record(action);
     }
 
     bool isVisible_ = false;
@@ -61,8 +50,8 @@ struct RecordingControl final : platform::Label,
                                 platform::TextField,
                                 platform::Button,
                                 platform::ProgressIndicator,
-                                NamedRecorder {
-    using NamedRecorder::NamedRecorder;
+                                Recorder {
+    using Recorder::Recorder;
 
     std::string typed; ///< what stands in it
     platform::MessageText message;
@@ -70,33 +59,34 @@ struct RecordingControl final : platform::Label,
 
     void setStringValue(const std::string& text) override {
         typed = text;
-        act(text);
+        record(text);
     }
     std::string stringValue() const override { return typed; }
-    void setPlaceholder(const std::string& text) override { act("prompt " + text); }
+    void setPlaceholder(const std::string& text) override { record("prompt " + text); }
     void setAttributedPlaceholder(const std::string& text, const platform::TextAttributes& how) override {
-        act("prompt " + text + " in " + described(how.color) + " at " + std::to_string(how.pointSize));
+        record("prompt " + text + " in " + described(how.color) + " at " + std::to_string(how.pointSize));
     }
-    void setTextColor(platform::Color color) override { act("text " + described(color)); }
+    void setTextColor(platform::Color color) override { record("text " + described(color)); }
     void setMessage(const platform::MessageText& text) override {
         message = text;
-        act("message");
+        record("message");
     }
-    void becomeFirstResponder() override { act("focus"); }
+    void becomeFirstResponder() override { record("focus"); }
 
-    void setTitle(const std::string& title) override { act("title " + title); }
-    void setEnabled(bool enabled) override { act(enabled ? "enabled" : "disabled"); }
+    void setTitle(const std::string& title) override { record("title " + title); }
+    void setEnabled(bool enabled) override { record(enabled ? "enabled" : "disabled"); }
     void setAction(std::function<void()> action) override { click = std::move(action); }
 
-    void startAnimation() override { act("start"); }
-    void stopAnimation() override { act("stop"); }
-    void setHidden(bool hidden) override { act(hidden ? "hidden" : "shown"); }
+    void startAnimation() override { record("start"); }
+    void stopAnimation() override { record("stop"); }
+    void setHidden(bool hidden) override { record(hidden ? "hidden" : "shown"); }
 };
 
 /// Has every outlet that the logic asks for.
 class FakeInterface final : public platform::Interface {
 public:
-    FakeInterface(Journal& journal, const std::string& name) : journal_(journal), window_(journal, name) {}
+    FakeInterface(Journal& journal, const std::string& name)
+        : journal_(journal), window_(journal, name + ": ") {}
 
     RecordingWindow& window() override { return window_; }
     platform::Label& label(const std::string& outlet) override { return control(outlet); }
@@ -107,7 +97,7 @@ public:
     }
 
     RecordingControl& control(const std::string& outlet) {
-        return controls_.try_emplace(outlet, journal_, outlet).first->second;
+        return controls_.try_emplace(outlet, journal_, outlet + ": ").first->second;
     }
 
 private:

@@ -27,13 +27,15 @@ inline ::testing::AssertionResult happenedInOrder(const Journal& journal, const 
 /// The part of a double that writes the journal.
 class Recorder {
 public:
-    explicit Recorder(Journal& journal) : journal_(&journal) {}
+    explicit Recorder(Journal& journal, std::string prefix = "")
+        : journal_(&journal), prefix_(std::move(prefix)) {}
 
 protected:
-    void record(const std::string& entry) { journal_->push_back(entry); }
+    void record(const std::string& entry) { journal_->push_back(prefix_ + entry); }
 
 private:
     Journal* journal_;
+    std::string prefix_;
 };
 
 inline auto countBeginningWith(const Journal& journal, const std::string& beginning) {

@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "base/Format.h"
 #include "platform/NotificationCenter.h"
+#include "platform/Services.h"
 #include "platform/linux/documents/NlohmannJson.h"
 #include "platform/linux/documents/PlistPropertyLists.h"
 #include "session/JoinSessionDetails.h"
@@ -13,6 +14,7 @@
 #include "support/FakeTime.h"
 #include "support/FakeWindows.h"
 #include "support/FakeWorkspace.h"
+#include "support/MachOImage.h"
 #include "support/ScriptedHttpClient.h"
 
 namespace join::test {
@@ -25,33 +27,82 @@ inline const std::string agent = support + "Tavo.app";
 inline const std::string crashDetector = support + "TavoCrashDetector";
 inline const std::string homeJoin = "/home/ann/Applications/Join.app";
 inline const std::string header = "TAVO_MEETING_IND\n";
+inline const std::string sessionEnd = "log: \n" + std::string(133, '-') + "\n";
 
 /// The delegate on fresh doubles and empty slots. Nothing is installed and no file exists; the program runs
 /// from the system's Applications folder.
 class LogicTest : public ::testing::Test {
 protected:
-    LogicTest();
-    ~LogicTest() override;
+    LogicTest() {
+        platform::services() = {&application, &bundles,   &clock,         &files,   &http,          &json,
+                                &logSink,     &mainQueue, &notifications, &paths,   &propertyLists, &strings,
+                                &tasks,       &timers,    &urlEvents,     &windows, &workspace};
+        slots() = {};
+    }
+    ~LogicTest() override {
+        slots() = {};
+        platform::services() = {};
+    }
 
     /// Runs the start-up, from empty slots, and forgets what it did.
-    void prepared();
+    void prepared() {
+        slots() = {};
+        delegate = {};
+        notifications = {};
+        delegate.awakeFromNib();
+        delegate.applicationWillFinishLaunching();
+        journal.clear();
+        logSink.lines.clear();
+    }
+
+    /// Does so too, and gives the session a host and a key.
+    void preparedToJoin() {
+        prepared();
+        session().webServerName.set("host");
+        session().key.set("123456789");
+        notifications.addObserver(
+            "SendJoinLog", [this](const Text& comment) { sentComments.push_back(comment.value_or("")); });
+    }
 
     /// What the operation logged, without its own name.
-    Journal said(const std::string& method) const;
+    Journal said(const std::string& method) const {
+        Journal messages;
+        for (const std::string& line : logSink.lines)
+            if (line.starts_with(method + " : "))
+                messages.push_back(line.substr(method.size() + 3));
+        return messages;
+    }
 
     /// Runs the loop and returns how often a download of the agent image, or of the Join image, has begun.
     auto agentDownloads() { return downloadsOf("/TavoMac.dmg"); }
     auto joinDownloads() { return downloadsOf("/join-session?"); }
 
-    void installJoin(const std::string& version);
-    void installAgent(const std::string& version);
-    void installCrashDetector(const std::string& version);
+    void installJoin(const std::string& version) {
+        files.putFolder("/Applications/Join.app");
+        bundles.versions["/Applications/Join.app"] = version;
+    }
+    void installAgent(const std::string& version) {
+        files.put(agent + "/Contents/MacOS/Tavo", "program");
+        bundles.versions[agent] = version;
+    }
+    void installCrashDetector(const std::string& version) {
+        files.put(crashDetector, machImage(propertyList("CFBundleShortVersionString", version)));
+    }
 
     /// Expects a session check of this version at "host" for key 123456789, and answers it with a "meeting"
     /// of these members.
-    void expectSessionCheck(const std::string& installedVersion, const std::string& members);
+    void expectSessionCheck(const std::string& installedVersion, const std::string& members) {
+        http.expect("https://host/api/public/json/meetings/checkSessionID?key=123456789&installed-version=" +
+                        installedVersion + "&os=mac",
+                    {200, R"({"response":{"result":{"meeting":{)" + members + "}}}}", {}});
+    }
 
-    long downloadsOf(const std::string& place);
+    long downloadsOf(const std::string& place) {
+        mainQueue.turn();
+        return std::ranges::count_if(journal, [&](const std::string& entry) {
+            return entry.starts_with("download https://") && entry.find(place) != std::string::npos;
+        });
+    }
 
     JoinSessionDetails& session() { return *JoinSessionDetails::getInstance(); }
     RecordingWindow& progressWindow() { return windows.loaded.at("TavoJoinWindow")->window(); }
@@ -74,6 +125,7 @@ protected:
     FakeUrlEvents urlEvents{journal};
     FakeWindows windows{journal};
     FakeWorkspace workspace{journal};
+    Journal sentComments; ///< with which the logs are sent, from preparedToJoin() on
     AppDelegate delegate;
 };
 

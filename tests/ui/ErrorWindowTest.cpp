@@ -6,9 +6,7 @@ namespace join::test {
 
 TEST(ErrorMessage, LinksTheFirstOccurrenceOfTheLinkText) {
     const struct {
-        std::string localized;
-        std::string linkText;
-        std::string shown;
+        std::string localized, linkText, shown;
         std::optional<std::size_t> offset; ///< of the link
     } cases[] = {
         {"Go here or here.", "here", "Go here or here.", 3},

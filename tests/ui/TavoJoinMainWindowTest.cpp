@@ -5,7 +5,6 @@
 
 namespace join::test {
 
-const std::string sessionEnd = "log: \n" + std::string(133, '-') + "\n";
 const std::string joinMethod = "-[TavoJoinMainWindowHandler joinButtonAction:]";
 const std::string keyMethod = "-[TavoJoinMainWindowHandler isKeyValid:]";
 const std::string noKey = "keyInputTextfield: prompt [ENTER_KEY] in 255,0,0 at 13";
@@ -50,24 +49,22 @@ protected:
 };
 
 TEST_F(EntryWindow, IsSetUpOnceInOrderBeforeItIsShown) {
-    const Journal expected = {
-        "load TavoJoinMainWindow",
-        "TavoJoinMainWindow: origin 760,465",
-        "TavoJoinMainWindow: display",
-        "TavoJoinMainWindow: level 3",
-        "cancelButton: title [CANCEL]",
-        "cancelButton: enabled",
-        "joinButton: enabled",
-        "joinButton: title [JOIN]",
-        "TavoJoinMainWindow: title [JOIN]",
-        "keyInputTextfield: prompt [ENTER_KEY]",
-        "emailInputTextfield: prompt [ENTER_EMAIL]",
-        "TavoJoinMainWindow: no zoom",
-        "TavoJoinMainWindow: no minimise",
-        "TavoJoinMainWindow: no close",
-        "keyInputTextfield: focus",
-        "TavoJoinMainWindow: front",
-    };
+    const Journal expected = {"load TavoJoinMainWindow",
+                              "TavoJoinMainWindow: origin 760,465",
+                              "TavoJoinMainWindow: display",
+                              "TavoJoinMainWindow: level 3",
+                              "cancelButton: title [CANCEL]",
+                              "cancelButton: enabled",
+                              "joinButton: enabled",
+                              "joinButton: title [JOIN]",
+                              "TavoJoinMainWindow: title [JOIN]",
+                              "keyInputTextfield: prompt [ENTER_KEY]",
+                              "emailInputTextfield: prompt [ENTER_EMAIL]",
+                              "TavoJoinMainWindow: no zoom",
+                              "TavoJoinMainWindow: no minimise",
+                              "TavoJoinMainWindow: no close",
+                              "keyInputTextfield: focus",
+                              "TavoJoinMainWindow: front"};
     EXPECT_EQ(journal, expected);
     entry.showWindow();
     EXPECT_EQ(journal.size(), expected.size() + 1);
@@ -75,8 +72,7 @@ TEST_F(EntryWindow, IsSetUpOnceInOrderBeforeItIsShown) {
 
 TEST_F(EntryWindow, SaysInItsFieldsWhatIsMissing) {
     const struct {
-        std::string key;
-        std::string email;
+        std::string key, email;
         Journal expected;
     } cases[] = {
         {"", "", {readParameters, noKey, noEmail}},

@@ -6,8 +6,6 @@ namespace join::test {
 
 class ProgressWindow : public LogicTest {};
 
-const std::string sessionEnd = "log: \n" + std::string(133, '-') + "\n";
-
 TEST_F(ProgressWindow, IsSetUpOnceInOrderBeforeItIsShown) {
     TavoJoinWindowHandler window;
     window.showWindow();
