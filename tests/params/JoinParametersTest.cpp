@@ -30,6 +30,7 @@ TEST_F(JoinParameters, AnItemIsTakenByTheFirstNameItBeginsWith) {
         {"&key=1key=2&", "12,e,g,(null),(null),7"},
         {"&keyword=x&", "keyword=x,e,g,(null),(null),1"},
         {"&GatewayHost1=gw1&defaultGatewayName=gw2&", "old12345,e,g,gw1,(null),7"},
+        {"&email=ann@example.org&", "old12345,ann@example.org,g,(null),(null),7"},
         {"&gatewayName=a=b&email=(null)&", "old12345,(null),a=b,(null),(null),7"},
         {"&gatewayName&firstTime=TRUE&email", "old12345,email,gatewayName,(null),TRUE,7"},
         {"& key=1&KEY=1&gatewayPort=1&=&", "old12345,e,g,(null),(null),7"},
