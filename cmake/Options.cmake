@@ -3,6 +3,8 @@ set(JOIN_WEB_SERVER_HOST "join.example.com" CACHE STRING "Default web server hos
 set(JOIN_SYSTEM_REQUIREMENTS_URL "https://www.example.com/system-requirements" CACHE STRING
     "Web page with the system requirements")
 
+option(JOIN_TOOLS "Build the service and the stand-ins that the tests and the demonstration use" ${BUILD_TESTING})
+
 set(JOIN_SANITIZE "" CACHE STRING "Sanitizers to build with, as -fsanitize= takes them")
 if(JOIN_SANITIZE)
     add_compile_options(-fsanitize=${JOIN_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)

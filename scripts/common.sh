@@ -4,12 +4,17 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 say() { printf '%s\n' "$*"; }
 
-# install_packages [PACKAGE]...: installs the missing ones of these and the usual packages, as root or with sudo.
+# install_packages NAME...: installs the missing ones of these packages, as root or with sudo. A name may also be a
+# heading of scripts/packages, for all below it.
 install_packages() {
-    local wanted missing=()
-    wanted=$(grep -v '^#' scripts/packages | xargs)
-    for package in $wanted "$@"; do
-        dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+    local name package missing=()
+    for name; do
+        for package in $(awk -v name="$name" '
+            /^# / { listed = $0 == "# " name; found += listed; next }
+            listed
+            END { if (!found) print name }' scripts/packages); do
+            dpkg-query -W -f '${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' || missing+=("$package")
+        done
     done
     [ ${#missing[@]} -gt 0 ] || return 0
     local as_root=()
