@@ -1,7 +1,6 @@
 #include "platform/linux/process/ChildProcess.h"
 
 #include "platform/Exception.h"
-#include "platform/linux/process/Spawn.h"
 
 #include <cerrno>
 #include <csignal>
@@ -12,31 +11,20 @@
 
 namespace join::platform {
 
-namespace {
-
-constexpr int pipeSize = 1 << 20;
-
-} // namespace
-
 ChildProcess::ChildProcess(const ChildProgram& program, Output output, const Interruption& interruption)
     : interruption_(interruption) {
     Pipe pipe;
     if (output == Output::read) {
         pipe = makePipe();
-        ::fcntl(pipe.writing.get(), F_SETPIPE_SZ, pipeSize); // only for speed
+        ::fcntl(pipe.writing.get(), F_SETPIPE_SZ, 1 << 20); // only for speed
     }
-    process_ = startChild({.path = program.path,
-                           .arguments = program.arguments,
-                           .streams = {-1, pipe.writing.get(), -1, program.file},
-                           .directory = {},
-                           .bond = Spawn::Bond::confined},
-                          program.path);
+    child_ = startChild({.path = program.path,
+                         .arguments = program.arguments,
+                         .streams = {-1, pipe.writing.get(), -1, program.file},
+                         .directory = {},
+                         .bond = Spawn::Bond::confined},
+                        program.path);
     output_ = std::move(pipe.reading);
-    handle_ = handleOf(process_);
-    if (!handle_) {
-        end();
-        throw Exception("the process cannot be watched");
-    }
 }
 
 ChildProcess::~ChildProcess() { end(); }
@@ -50,15 +38,15 @@ std::size_t ChildProcess::read(char* buffer, std::size_t size) {
 }
 
 int ChildProcess::finish() {
-    interruption_.awaitReadable(handle_.get());
+    interruption_.awaitReadable(child_.handle.get());
     return end();
 }
 
 /// The leader is reaped only after its group has been killed: until then no other group can get its number.
 int ChildProcess::end() {
-    if (process_ < 0)
+    if (child_.process < 0)
         return 0;
-    const pid_t process = std::exchange(process_, -1);
+    const pid_t process = std::exchange(child_.process, -1);
     ::kill(-process, SIGKILL);
     const int status = reap(process);
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);

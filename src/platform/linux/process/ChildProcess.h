@@ -1,11 +1,10 @@
 #pragma once
 
-#include "platform/linux/files/Descriptor.h"
 #include "platform/linux/process/Interruption.h"
+#include "platform/linux/process/Spawn.h"
 
 #include <cstddef>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace join::platform {
@@ -45,8 +44,7 @@ private:
 
     const Interruption& interruption_;
     Descriptor output_;
-    Descriptor handle_;
-    pid_t process_ = -1;
+    Child child_;
 };
 
 } // namespace join::platform

@@ -23,8 +23,7 @@ using SteadyClock = std::chrono::steady_clock;
 /// A child whose output is read.
 class Running {
 public:
-    Running(pid_t process, Descriptor output)
-        : process_(process), output_(std::move(output)), handle_(handleOf(process)) {
+    Running(Child child, Descriptor output) : child_(std::move(child)), output_(std::move(output)) {
         ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);
     }
 
@@ -33,15 +32,14 @@ public:
         const auto limit = SteadyClock::now() + patience;
         for (;;) {
             const auto left = std::chrono::ceil<milliseconds>(limit - SteadyClock::now());
-            std::array<pollfd, 2> events{{{.fd = handle_.get(), .events = POLLIN, .revents = 0},
-                                          {.fd = output_.get(), .events = POLLIN, .revents = 0}}};
-            const int count = ::poll(events.data(), events.size(),
-                                     static_cast<int>(std::max(left, milliseconds(0)).count()));
-            if (count < 0 && errno != EINTR)
+            std::array<pollfd, 2> events{pollfd{child_.handle.get(), POLLIN, 0},
+                                         pollfd{output_.get(), POLLIN, 0}};
+            const auto wait = static_cast<int>(std::max(left, milliseconds(0)).count());
+            if (::poll(events.data(), events.size(), wait) < 0 && errno != EINTR)
                 return false;
-            if (count > 0 && events[1].revents != 0 && !readWhatIsThere())
+            if (events[1].revents != 0 && !readWhatIsThere())
                 output_.close();
-            if (count > 0 && events[0].revents != 0) {
+            if (events[0].revents != 0) {
                 readWhatIsThere(); // its own children may keep the pipe open
                 return true;
             }
@@ -53,14 +51,13 @@ public:
     /// Ends the child if it does not end in time. A child that even the kernel cannot end is abandoned.
     TaskResult result(milliseconds patience) {
         constexpr milliseconds toClearUp(2000);
-        bool hasEnded = handle_ && awaitEnd(patience);
+        bool hasEnded = awaitEnd(patience);
         for (const int signal : {SIGTERM, SIGKILL})
-            if (!hasEnded && ::kill(process_, signal) == 0)
+            if (!hasEnded && ::kill(child_.process, signal) == 0)
                 hasEnded = awaitEnd(toClearUp);
-        const int status = hasEnded || !handle_ ? reap(process_) : 0;
-        if (hasEnded && WIFEXITED(status))
-            return {.exited = true, .status = WEXITSTATUS(status), .output = std::move(text_)};
-        return {.exited = false, .status = WTERMSIG(status), .output = std::move(text_)};
+        const int status = hasEnded ? reap(child_.process) : SIGKILL;
+        const bool exited = WIFEXITED(status);
+        return {exited, exited ? WEXITSTATUS(status) : WTERMSIG(status), std::move(text_)};
     }
 
 private:
@@ -73,9 +70,8 @@ private:
         return count < 0 && errno == EAGAIN;
     }
 
-    pid_t process_;
+    Child child_;
     Descriptor output_;
-    Descriptor handle_;
     std::string text_;
 };
 
@@ -91,10 +87,10 @@ LinuxTasks::LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder)
 
 TaskResult LinuxTasks::run(const Program& program) {
     Pipe output = makePipe();
-    const pid_t process =
+    Child child =
         startChild(program, {STDIN_FILENO, output.writing.get(), STDERR_FILENO}, Spawn::Bond::waitedFor);
     output.writing.close();
-    return Running(process, std::move(output.reading)).result(program.patience);
+    return Running(std::move(child), std::move(output.reading)).result(program.patience);
 }
 
 void LinuxTasks::start(const Program& program) {
@@ -110,7 +106,7 @@ bool LinuxTasks::startDetached(const Program& program) {
     }
 }
 
-pid_t LinuxTasks::startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const {
+Child LinuxTasks::startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const {
     return platform::startChild({.path = realPath(program.path),
                                  .arguments = program.arguments,
                                  .streams = std::move(streams),

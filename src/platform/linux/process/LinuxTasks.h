@@ -28,7 +28,7 @@ public:
     bool startDetached(const Program& program);
 
 private:
-    pid_t startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const;
+    Child startChild(const Program& program, std::vector<int> streams, Spawn::Bond bond) const;
 
     /// Returns the real path of the program.
     std::string realPath(const std::string& program) const;

@@ -2,6 +2,7 @@
 
 #include "platform/Exception.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -13,6 +14,7 @@
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace join::platform {
 
@@ -23,10 +25,8 @@ constexpr rlim_t maximumMemory = rlim_t{4} << 30; ///< address space; a hostile 
 void limit(__rlimit_resource resource, rlim_t maximum) {
     rlimit limits{};
     ::getrlimit(resource, &limits);
-    if (limits.rlim_cur > maximum) {
-        limits.rlim_cur = maximum;
-        ::setrlimit(resource, &limits);
-    }
+    limits.rlim_cur = std::min(limits.rlim_cur, maximum);
+    ::setrlimit(resource, &limits);
 }
 
 /// Returns false if the parent has ended already.
@@ -85,7 +85,7 @@ Pipe makePipe() {
     return {Descriptor(ends[0]), Descriptor(ends[1])};
 }
 
-pid_t startChild(const Spawn& spawn, const std::string& name) {
+Child startChild(const Spawn& spawn, const std::string& name) {
     std::vector<char*> arguments{const_cast<char*>(spawn.path.c_str())};
     for (const std::string& argument : spawn.arguments)
         arguments.push_back(const_cast<char*>(argument.c_str()));
@@ -98,16 +98,20 @@ pid_t startChild(const Spawn& spawn, const std::string& name) {
         become(spawn, arguments.data(), parent, failure.writing.get());
     int reason = errno;
     failure.writing.close();
-    const bool hasFailed =
-        child < 0 || readSome(failure.reading.get(), &reason, sizeof reason) == sizeof reason;
-    if (child > 0 && (hasFailed || spawn.bond == Spawn::Bond::left))
+    bool hasFailed = child < 0 || readSome(failure.reading.get(), &reason, sizeof reason) == sizeof reason;
+    const bool isLeft = spawn.bond == Spawn::Bond::left;
+    Descriptor handle;
+    if (!hasFailed && !isLeft) {
+        handle = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child, 0)));
+        reason = errno;
+        hasFailed = !handle && ::kill(child, SIGKILL) == 0;
+    }
+    if (child > 0 && (hasFailed || isLeft))
         reap(child);
     if (hasFailed)
         throw Exception("Cannot start " + name + ": " + std::strerror(reason));
-    return child;
+    return {isLeft ? -1 : child, std::move(handle)};
 }
-
-Descriptor handleOf(pid_t child) { return Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, child, 0))); }
 
 int reap(pid_t child) {
     int status = 0;

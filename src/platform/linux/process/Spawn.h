@@ -32,13 +32,16 @@ struct Spawn {
     Bond bond;
 };
 
-/// Starts the program and returns once it is running. Returns the number of a child to wait for, unless its
-/// bond is Bond::left. Throws Exception with the reason if it cannot be started; the message calls it by the
-/// given name. Main thread only.
-pid_t startChild(const Spawn& spawn, const std::string& name);
+/// A child to wait for.
+struct Child {
+    pid_t process = -1;
+    Descriptor handle; ///< readable once it has ended
+};
 
-/// Returns a descriptor to poll for the end of a child, or none if the system does not support that.
-Descriptor handleOf(pid_t child);
+/// Starts the program and returns once it is running. Returns nothing to wait for if its bond is Bond::left.
+/// Throws Exception with the reason if it cannot be started; the message calls it by the given name. Main
+/// thread only.
+Child startChild(const Spawn& spawn, const std::string& name);
 
 /// Waits for the end of a child. Returns its status as defined by waitpid(2).
 int reap(pid_t child);
