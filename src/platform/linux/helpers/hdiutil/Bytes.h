@@ -43,11 +43,6 @@ public:
 
     /// Returns the bytes at a place; fewer, or none, beyond the end of the image. May throw Exception.
     virtual std::string read(std::uint64_t offset, std::size_t size) const = 0;
-
-protected:
-    RandomAccess() = default;
-    RandomAccess(RandomAccess&&) = default;
-    RandomAccess& operator=(RandomAccess&&) = default;
 };
 
 } // namespace join::platform::hdiutil

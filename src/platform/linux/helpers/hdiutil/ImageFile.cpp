@@ -66,9 +66,7 @@ ImageFile keepPart(const ByteSource& source, const Extent& part, const std::stri
         const std::uint64_t last = std::clamp(end, place, place + count);
         const std::string_view bytes(buffer.data() + (first - place), last - first);
         place += count;
-        if (bytes.empty())
-            continue;
-        if (isZero(bytes)) {
+        if (bytes.empty() || isZero(bytes)) {
             require(::lseek(file.get(), static_cast<off_t>(bytes.size()), SEEK_CUR) >= 0);
             continue;
         }

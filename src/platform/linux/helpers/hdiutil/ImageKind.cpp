@@ -4,6 +4,7 @@
 #include "platform/linux/helpers/hdiutil/Partitions.h"
 #include "platform/linux/helpers/hdiutil/UdifTrailer.h"
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <string>
@@ -17,9 +18,8 @@ using namespace std::string_view_literals;
 
 /// Version 2 has its header at the beginning, version 1 at the end.
 bool isEncrypted(const RandomAccess& image) {
-    constexpr std::string_view first = "cdsaencr";
     return image.read(0, 8) == "encrcdsa" ||
-           (image.size() >= first.size() && image.read(image.size() - first.size(), first.size()) == first);
+           image.read(std::max<std::uint64_t>(image.size(), 8) - 8, 8) == "cdsaencr";
 }
 
 void requireWhole(bool isWhole) {
@@ -56,7 +56,7 @@ std::optional<ImageFacts> volumeAt(const RandomAccess& image, const Extent& plac
     return std::nullopt;
 }
 
-void refuseOtherFileSystems(const RandomAccess& image, std::uint64_t offset) {
+void refuseOtherFileSystem(const RandomAccess& image, const Extent& volume) {
     struct Signature {
         std::uint64_t place;
         std::string_view bytes;
@@ -66,10 +66,9 @@ void refuseOtherFileSystems(const RandomAccess& image, std::uint64_t offset) {
                                         {54, "FAT1"sv, "FAT"},      {82, "FAT32"sv, "FAT"},
                                         {1024, "BD"sv, "HFS"},      {1080, "\x53\xEF"sv, "ext"},
                                         {32769, "BEA01"sv, "UDF"}};
-    for (const Signature& signature : signatures) {
-        if (image.read(offset + signature.place, signature.bytes.size()) == signature.bytes)
-            throw Exception(std::string("the image holds another file system: ") + signature.fileSystem);
-    }
+    for (const auto& [place, bytes, fileSystem] : signatures)
+        if (image.read(volume.offset + place, bytes.size()) == bytes)
+            throw Exception(std::string("the image holds another file system: ") + fileSystem);
 }
 
 } // namespace
@@ -83,21 +82,19 @@ ImageFacts tellKind(const RandomAccess& image) {
     if (const auto volume = volumeAt(image, whole))
         return *volume;
     const std::vector<Extent> partitions = partitionsOf(image);
-    std::optional<ImageFacts> found;
-    for (const Extent& partition : partitions) {
-        const auto volume = volumeAt(image, partition);
-        if (volume && found)
-            throw Exception("the image holds more than one volume");
-        if (volume)
-            found = volume;
-    }
-    if (found)
-        return *found;
+    std::vector<ImageFacts> volumes;
+    for (const Extent& partition : partitions)
+        if (const auto volume = volumeAt(image, partition))
+            volumes.push_back(*volume);
+    if (volumes.size() > 1)
+        throw Exception("the image holds more than one volume");
+    if (!volumes.empty())
+        return volumes.front();
     if (image.read(32769, 5) == "CD001")
         return {ImageKind::iso, whole};
-    refuseOtherFileSystems(image, 0);
+    refuseOtherFileSystem(image, whole);
     for (const Extent& partition : partitions)
-        refuseOtherFileSystems(image, partition.offset);
+        refuseOtherFileSystem(image, partition);
     throw Exception("this is no disk image");
 }
 

@@ -7,7 +7,6 @@ namespace {
 constexpr std::uint64_t sectorSize = 2048;
 constexpr std::uint64_t firstDescriptor = 16;
 constexpr std::uint64_t maximumDescriptors = 64;
-constexpr std::size_t nameSize = 32;
 
 enum DescriptorType : char { primary = 1, supplementary = 2 };
 
@@ -35,13 +34,12 @@ std::string utf8Of(unsigned unit) {
 }
 
 std::string volumeNameIn(std::string_view descriptor) {
-    const std::string_view field = descriptor.substr(40, nameSize);
-    std::string name;
+    std::string name(descriptor.substr(40, 32));
     if (isJoliet(descriptor)) {
-        for (std::size_t place = 0; place < nameSize; place += 2)
-            name += utf8Of(static_cast<unsigned>(bigEndian(field, place, 2)));
-    } else {
-        name = field;
+        std::string text;
+        for (std::size_t place = 0; place < name.size(); place += 2)
+            text += utf8Of(static_cast<unsigned>(bigEndian(name, place, 2)));
+        name = text;
     }
     return name.substr(0, name.find_last_not_of(std::string(" \0", 2)) + 1);
 }

@@ -15,11 +15,6 @@ using Fields = std::map<std::string_view, std::string_view>;
 
 constexpr std::string_view separator = "----------";
 
-struct Field {
-    std::string_view name;
-    std::string_view value;
-};
-
 [[noreturn]] void refuse() { throw Exception("the listing of the image cannot be understood"); }
 
 std::string_view takeLine(std::string_view& text) {
@@ -29,11 +24,13 @@ std::string_view takeLine(std::string_view& text) {
     return line;
 }
 
-std::optional<Field> fieldIn(std::string_view line, std::string_view separator) {
-    const auto place = line.find(separator);
+/// Returns the name and the value in "Name = value" or "Name =", or nothing in another line.
+std::optional<Fields::value_type> fieldIn(std::string_view line) {
+    const auto place = line.find(" =");
     if (place == std::string_view::npos)
         return std::nullopt;
-    return Field{line.substr(0, place), line.substr(place + separator.size())};
+    const std::string_view value = line.substr(place + 2);
+    return Fields::value_type(line.substr(0, place), value.substr(value.starts_with(' ') ? 1 : 0));
 }
 
 std::uint64_t sizeIn(std::string_view text) {
@@ -47,8 +44,7 @@ std::uint64_t sizeIn(std::string_view text) {
 /// Reads "-rwxr-xr-x". An "s" or "t" stands for an execute bit and a bit that our volumes do not get.
 std::optional<mode_t> modeIn(std::string_view text) {
     constexpr std::string_view letters = "-dlcbps";
-    constexpr std::array<mode_t, letters.size()> types{S_IFREG, S_IFDIR, S_IFLNK, S_IFCHR,
-                                                       S_IFBLK, S_IFIFO, S_IFSOCK};
+    constexpr std::array types{S_IFREG, S_IFDIR, S_IFLNK, S_IFCHR, S_IFBLK, S_IFIFO, S_IFSOCK};
     constexpr std::string_view pattern = "?rwxrwxrwx";
     const auto type = letters.find(text.substr(0, 1));
     if (text.size() != pattern.size() || type == std::string_view::npos)
@@ -80,9 +76,9 @@ void takeArchives(std::string_view& text, Listing& listing) {
             listing.volumeNames.emplace_back(line.substr(volumeName.size()));
         if (line == "{" || line == "}")
             isInBraces = line == "{";
-        const auto field = fieldIn(line, " = ");
-        if (!isInBraces && field && field->name == "Type")
-            listing.types.emplace_back(field->value);
+        const auto field = fieldIn(line);
+        if (!isInBraces && field && field->first == "Type")
+            listing.types.emplace_back(field->second);
     }
 }
 
@@ -92,37 +88,27 @@ Fields takeParagraph(std::string_view& text) {
     for (std::string_view line = takeLine(text); !line.empty(); line = takeLine(text)) {
         if (line == separator)
             refuse();
-        const auto field = fieldIn(line, " =");
+        const auto field = fieldIn(line);
         if (!field)
             continue;
-        if (fields.empty() && field->name != "Path")
-            refuse();
-        const std::string_view value = field->value.substr(field->value.starts_with(' ') ? 1 : 0);
-        if (!fields.emplace(field->name, value).second)
+        if ((fields.empty() && field->first != "Path") || !fields.insert(*field).second)
             refuse();
     }
     return fields;
 }
 
-std::string_view valueOf(const Fields& fields, std::string_view name) {
-    const auto found = fields.find(name);
-    return found == fields.end() ? std::string_view() : found->second;
-}
-
-ListedEntry entryOf(const Fields& fields) {
-    ListedEntry entry{.path = std::string(valueOf(fields, "Path")),
-                      .isFolder = valueOf(fields, "Folder") == "+",
-                      .size = 0,
-                      .mode = modeIn(valueOf(fields, "Mode")),
-                      .modified = timeIn(valueOf(fields, "Modified")),
-                      .linkText = std::string(valueOf(fields, "Symbolic Link")),
-                      .comment = std::string(valueOf(fields, "Comment"))};
+/// A value that is missing is empty.
+ListedEntry entryOf(Fields& fields) {
+    const auto mode = modeIn(fields["Mode"]);
     // APFS volumes are listed without this line.
-    if (!fields.contains("Folder"))
-        entry.isFolder = (entry.mode.value_or(0) & S_IFMT) == S_IFDIR;
-    if (!entry.isFolder)
-        entry.size = sizeIn(valueOf(fields, "Size"));
-    return entry;
+    const bool isFolder = fields.contains("Folder") ? fields["Folder"] == "+" : S_ISDIR(mode.value_or(0));
+    return {.path = std::string(fields["Path"]),
+            .isFolder = isFolder,
+            .size = isFolder ? 0 : sizeIn(fields["Size"]),
+            .mode = mode,
+            .modified = timeIn(fields["Modified"]),
+            .linkText = std::string(fields["Symbolic Link"]),
+            .comment = std::string(fields["Comment"])};
 }
 
 } // namespace
@@ -131,8 +117,8 @@ Listing parseListing(std::string_view text, std::size_t maximumEntries) {
     Listing listing;
     takeArchives(text, listing);
     while (!text.empty()) {
-        const Fields fields = takeParagraph(text);
-        if (fields.empty() || valueOf(fields, "Alternate Stream") == "+")
+        Fields fields = takeParagraph(text);
+        if (fields.empty() || fields["Alternate Stream"] == "+")
             continue;
         if (listing.entries.size() == maximumEntries)
             throw Exception("the volume holds too many files");

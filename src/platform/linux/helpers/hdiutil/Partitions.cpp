@@ -16,23 +16,19 @@ using namespace std::string_view_literals;
 constexpr std::uint64_t sectorSize = 512;
 
 void add(std::vector<Extent>& partitions, const RandomAccess& disk, Extent partition) {
-    const bool isKnown = std::any_of(partitions.begin(), partitions.end(),
-                                     [&](const Extent& known) { return known.offset == partition.offset; });
-    if (isKnown || partition.offset >= disk.size())
+    const bool isNew = std::ranges::count(partitions, partition.offset, &Extent::offset) == 0;
+    if (!isNew || partition.offset >= disk.size())
         return;
     partition.size = std::min(partition.size, disk.size() - partition.offset);
     partitions.push_back(partition);
 }
 
 void addThoseOfAppleMap(const RandomAccess& disk, std::vector<Extent>& partitions) {
-    constexpr std::size_t entrySize = 512;
     constexpr std::uint64_t maximum = 63;
-    const std::string driver = disk.read(0, 4);
-    const bool largeBlocks = driver.starts_with("ER") && bigEndian(driver, 2, 2) == 2048;
-    const std::uint64_t blockSize = largeBlocks ? 2048 : sectorSize;
+    const std::uint64_t blockSize = disk.read(0, 4) == "ER\x08\0"sv ? 2048 : sectorSize;
     for (std::uint64_t number = 1; number <= maximum; ++number) {
-        const std::string entry = disk.read(number * blockSize, entrySize);
-        if (entry.size() != entrySize || !entry.starts_with("PM"))
+        const std::string entry = disk.read(number * blockSize, sectorSize);
+        if (entry.size() != sectorSize || !entry.starts_with("PM"))
             break;
         add(partitions, disk, {bigEndian(entry, 8, 4) * blockSize, bigEndian(entry, 12, 4) * blockSize});
     }

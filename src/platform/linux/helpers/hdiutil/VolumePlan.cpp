@@ -16,7 +16,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::size_t maximumName = NAME_MAX;
 constexpr std::size_t maximumPath = 1024;
 constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
 
@@ -29,23 +28,23 @@ std::string_view firstComponent(std::string_view path) { return path.substr(0, p
 struct OwnThing {
     ImageKind kind;
     std::string_view name;
-    std::string_view hardLinked; ///< if it stores hard links' contents: the beginning of their names
+    std::string_view hardLinked = {}; ///< if it stores hard links' contents: how their names begin
 };
 
 /// Stores of hard links, the journal, what APFS has yet to remove, what a disc starts a computer with. The
 /// name of HFS+'s store of files begins with four NULs, that of folders ends with a carriage return; how 7zz
 /// shows these depends on its version.
-constexpr std::array ownThings{OwnThing{ImageKind::hfsPlus, "[HFS+ Private Data]"sv, "iNode"sv},
-                               OwnThing{ImageKind::hfsPlus, "HFS+ Private Data"sv, "iNode"sv},
-                               OwnThing{ImageKind::hfsPlus, "____HFS+ Private Data"sv, "iNode"sv},
-                               OwnThing{ImageKind::hfsPlus, "\0\0\0\0HFS+ Private Data"sv, "iNode"sv},
-                               OwnThing{ImageKind::hfsPlus, ".HFS+ Private Directory Data\r"sv, "dir_"sv},
-                               OwnThing{ImageKind::hfsPlus, ".HFS+ Private Directory Data_"sv, "dir_"sv},
-                               OwnThing{ImageKind::hfsPlus, ".HFS+ Private Directory Data"sv, "dir_"sv},
-                               OwnThing{ImageKind::hfsPlus, ".journal"sv, {}},
-                               OwnThing{ImageKind::hfsPlus, ".journal_info_block"sv, {}},
-                               OwnThing{ImageKind::apfs, "private-dir"sv, {}},
-                               OwnThing{ImageKind::iso, "[BOOT]"sv, {}}};
+constexpr OwnThing ownThings[] = {{ImageKind::hfsPlus, "[HFS+ Private Data]"sv, "/iNode"sv},
+                                  {ImageKind::hfsPlus, "HFS+ Private Data"sv, "/iNode"sv},
+                                  {ImageKind::hfsPlus, "____HFS+ Private Data"sv, "/iNode"sv},
+                                  {ImageKind::hfsPlus, "\0\0\0\0HFS+ Private Data"sv, "/iNode"sv},
+                                  {ImageKind::hfsPlus, ".HFS+ Private Directory Data\r"sv, "/dir_"sv},
+                                  {ImageKind::hfsPlus, ".HFS+ Private Directory Data_"sv, "/dir_"sv},
+                                  {ImageKind::hfsPlus, ".HFS+ Private Directory Data"sv, "/dir_"sv},
+                                  {ImageKind::hfsPlus, ".journal"sv},
+                                  {ImageKind::hfsPlus, ".journal_info_block"sv},
+                                  {ImageKind::apfs, "private-dir"sv},
+                                  {ImageKind::iso, "[BOOT]"sv}};
 
 class Planner {
 public:
@@ -60,9 +59,12 @@ public:
             throw Exception("the volume holds too many files");
         for (const ListedEntry& entry : listing_.entries)
             add(entry);
-        for (const PlannedEntry& entry : plan_.entries) {
-            if (entry.kind != EntryKind::hidden)
-                requireFolderOf(entry.path);
+        for (const auto& [path, kind] : kinds_) {
+            const auto separator = path.rfind('/');
+            const auto folder = kinds_.find(path.substr(0, separator));
+            if (separator != std::string::npos &&
+                (folder == kinds_.end() || folder->second != EntryKind::folder))
+                throw Exception("the volume holds a file in no folder: " + path);
         }
         return std::move(plan_);
     }
@@ -98,53 +100,51 @@ private:
                              .size = entry.size,
                              .mode = entry.mode.value_or(modeWithoutOne) & permissions,
                              .modified = entry.modified,
-                             .linkText = linkTextOf(entry)};
+                             .linkText = entry.linkText};
+        // In an ISO volume's link, 7zz adds a separator after a last "..", where there cannot be one.
+        if (kind_ == ImageKind::iso && planned.linkText.ends_with("./"))
+            planned.linkText.pop_back();
         const std::string_view top = firstComponent(planned.path);
-        const auto own = std::find_if(ownThings.begin(), ownThings.end(), [&](const OwnThing& thing) {
-            return thing.kind == kind_ && thing.name == top;
-        });
-        if (own == ownThings.end())
+        const auto* const own = std::ranges::find_if(
+            ownThings, [&](const OwnThing& thing) { return thing.kind == kind_ && thing.name == top; });
+        // 7zz shows hard-linked files as empty: their contents are in the store. It also holds files that
+        // were removed while open ("temp" and a number), which nobody misses.
+        if (own == std::end(ownThings))
             show(planned, entry);
-        else if (!own->hardLinked.empty())
-            requireNoHardLink(planned.path, *own);
-        weigh(entry.size);
+        else if (!own->hardLinked.empty() && planned.path.substr(top.size()).starts_with(own->hardLinked))
+            throw Exception("the volume holds hard links");
+        if (entry.size > limits_.bytes - plan_.bytes)
+            throw Exception("the volume is too large");
+        plan_.bytes += entry.size;
         plan_.entries.push_back(std::move(planned));
     }
 
     void show(PlannedEntry& planned, const ListedEntry& entry) {
         planned.kind = kindOf(entry);
-        requirePlainPath(planned.path, entry);
-        if (planned.kind == EntryKind::link)
-            requireLinkText(planned);
+        requirePlainPath(planned);
+        const std::size_t text = planned.size > 0 ? planned.size : planned.linkText.size();
+        if (planned.kind == EntryKind::link && (text == 0 || text >= PATH_MAX))
+            throw Exception("the volume holds a link to nowhere: " + planned.path);
         if (!kinds_.emplace(planned.path, planned.kind).second)
             throw Exception("the volume holds two things of the same name: " + planned.path);
-    }
-
-    /// In an ISO volume's link, 7zz adds a separator after a last "..", where there cannot be one.
-    std::string linkTextOf(const ListedEntry& entry) const {
-        std::string text = entry.linkText;
-        if (kind_ == ImageKind::iso && text.ends_with("./"))
-            text.pop_back();
-        return text;
     }
 
     static EntryKind kindOf(const ListedEntry& entry) {
         const mode_t type = entry.mode.value_or(0) & S_IFMT;
         const bool isLink = type == S_IFLNK || !entry.linkText.empty();
-        if (entry.isFolder && !isLink && (type == 0 || type == S_IFDIR))
-            return EntryKind::folder;
-        if (!entry.isFolder && isLink)
+        if (isLink && !entry.isFolder)
             return EntryKind::link;
-        if (!entry.isFolder && (type == 0 || type == S_IFREG))
-            return EntryKind::file;
-        throw Exception("the volume holds something else than files, folders and links");
+        if (isLink || (type != 0 && type != (entry.isFolder ? S_IFDIR : S_IFREG)))
+            throw Exception("the volume holds something else than files, folders and links");
+        return entry.isFolder ? EntryKind::folder : EntryKind::file;
     }
 
     /// The empty path is that of the volume itself.
-    void requirePlainPath(std::string_view path, const ListedEntry& entry) const {
-        if (path.empty() && hasTopFolder() && entry.isFolder)
+    void requirePlainPath(const PlannedEntry& entry) const {
+        const std::string_view path = entry.path;
+        if (path.empty() && hasTopFolder() && entry.kind == EntryKind::folder)
             return;
-        const auto depth = static_cast<std::size_t>(std::count(path.begin(), path.end(), '/'));
+        const auto depth = static_cast<std::size_t>(std::ranges::count(path, '/'));
         bool isPlain = path.size() <= maximumPath && depth <= limits_.depth;
         for (std::size_t begin = 0, end = 0; isPlain && end != std::string_view::npos; begin = end + 1) {
             end = path.find('/', begin);
@@ -152,36 +152,6 @@ private:
         }
         if (!isPlain)
             throw Exception("the volume holds a name that cannot be used");
-    }
-
-    /// 7zz shows hard-linked files as empty: their contents are in the store. It also holds files that were
-    /// removed while open ("temp" and a number), which nobody misses.
-    static void requireNoHardLink(std::string_view path, const OwnThing& store) {
-        if (path.size() > store.name.size() &&
-            path.substr(store.name.size() + 1).starts_with(store.hardLinked))
-            throw Exception("the volume holds hard links");
-    }
-
-    static void requireLinkText(const PlannedEntry& link) {
-        const bool isListed = link.size == 0 && !link.linkText.empty() && link.linkText.size() < PATH_MAX;
-        const bool isPutOut = link.size > 0 && link.size < PATH_MAX;
-        if (!isListed && !isPutOut)
-            throw Exception("the volume holds a link to nowhere: " + link.path);
-    }
-
-    void weigh(std::uint64_t size) {
-        if (size > limits_.bytes - plan_.bytes)
-            throw Exception("the volume is too large");
-        plan_.bytes += size;
-    }
-
-    void requireFolderOf(const std::string& path) const {
-        const auto separator = path.rfind('/');
-        if (separator == std::string::npos)
-            return;
-        const auto folder = kinds_.find(path.substr(0, separator));
-        if (folder == kinds_.end() || folder->second != EntryKind::folder)
-            throw Exception("the volume holds a file in no folder: " + path);
     }
 
     const Listing& listing_;
@@ -194,7 +164,7 @@ private:
 } // namespace
 
 bool isPlainName(std::string_view name) {
-    return !name.empty() && name != "." && name != ".." && name.size() <= maximumName &&
+    return !name.empty() && name != "." && name != ".." && name.size() <= NAME_MAX &&
            name.find_first_of(std::string_view("/\n\0", 3)) == std::string_view::npos && isUtf8(name);
 }
 

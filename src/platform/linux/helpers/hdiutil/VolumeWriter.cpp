@@ -6,9 +6,11 @@
 #include <algorithm>
 #include <array>
 #include <fcntl.h>
+#include <map>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace join::platform::hdiutil {
@@ -34,43 +36,30 @@ public:
     }
 
     void write(const VolumePlan& plan) {
-        const std::vector<const PlannedEntry*> folders = foldersOf(plan);
-        for (const PlannedEntry* folder : folders) {
-            if (!folder->path.empty() && ::mkdirat(top_.get(), placeOf(*folder), S_IRWXU) != 0)
+        std::map<std::string_view, const PlannedEntry*> folders; // each after its parent
+        for (const PlannedEntry& entry : plan.entries)
+            if (entry.kind == EntryKind::folder)
+                folders.emplace(entry.path, &entry);
+        for (const auto& [path, folder] : folders)
+            if (!path.empty() && ::mkdirat(top_.get(), placeOf(*folder), S_IRWXU) != 0)
                 raise(folder->path);
-        }
         for (const PlannedEntry& entry : plan.entries)
             takeBytes(entry);
-        requireEnd();
-        for (const Link& link : links_)
-            makeLink(link);
+        if (source_(buffer_.data(), 1) != 0)
+            throw Exception("the image is damaged: the volume's files are longer than listed");
+        for (const auto& [link, text] : links_)
+            makeLink(*link, text);
         // The innermost first: a change to one alters the time of its parent.
-        std::for_each(folders.rbegin(), folders.rend(), [&](const auto* folder) { setAttributes(*folder); });
+        for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
+            setAttributes(*folder->second);
     }
 
 private:
-    struct Link {
-        const PlannedEntry* entry;
-        std::string text;
-    };
-
-    /// Sorted, so that each comes after its parent.
-    static std::vector<const PlannedEntry*> foldersOf(const VolumePlan& plan) {
-        std::vector<const PlannedEntry*> folders;
-        for (const PlannedEntry& entry : plan.entries) {
-            if (entry.kind == EntryKind::folder)
-                folders.push_back(&entry);
-        }
-        std::sort(folders.begin(), folders.end(),
-                  [](const auto* one, const auto* other) { return one->path < other->path; });
-        return folders;
-    }
-
     void takeBytes(const PlannedEntry& entry) {
         if (entry.kind == EntryKind::file)
             writeFile(entry);
         else if (entry.kind == EntryKind::link)
-            links_.push_back({&entry, entry.size > 0 ? readText(entry) : entry.linkText});
+            links_.emplace_back(&entry, entry.size > 0 ? readText(entry) : entry.linkText);
         else if (entry.kind == EntryKind::hidden)
             readBytes(entry.size, [](std::string_view) { return true; });
     }
@@ -112,16 +101,10 @@ private:
         return true;
     }
 
-    void requireEnd() {
-        if (source_(buffer_.data(), 1) != 0)
-            throw Exception("the image is damaged: the volume's files are longer than listed");
-    }
-
-    void makeLink(const Link& link) {
-        const char* path = placeOf(*link.entry);
-        if (::symlinkat(link.text.c_str(), top_.get(), path) != 0 ||
-            ::utimensat(top_.get(), path, timesOf(*link.entry).data(), AT_SYMLINK_NOFOLLOW) != 0)
-            raise(link.entry->path);
+    void makeLink(const PlannedEntry& link, const std::string& text) {
+        if (::symlinkat(text.c_str(), top_.get(), placeOf(link)) != 0 ||
+            ::utimensat(top_.get(), placeOf(link), timesOf(link).data(), AT_SYMLINK_NOFOLLOW) != 0)
+            raise(link.path);
     }
 
     void setAttributes(const PlannedEntry& folder) {
@@ -134,7 +117,7 @@ private:
     Descriptor top_;
     const ByteSource& source_;
     std::vector<char> buffer_ = std::vector<char>(std::size_t{1} << 18);
-    std::vector<Link> links_;
+    std::vector<std::pair<const PlannedEntry*, std::string>> links_; ///< with their texts
 };
 
 } // namespace
