@@ -16,7 +16,7 @@ struct ChildProgram {
 
     std::string path;
     std::vector<std::string> arguments;
-    int file;
+    int file = -1;
 };
 
 /// A running program that inherits nothing but that file: no input, a minimal environment, no standard error.

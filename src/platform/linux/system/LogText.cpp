@@ -8,15 +8,11 @@ namespace join::platform {
 
 namespace {
 
-bool isControl(std::string_view character) {
+bool isPlain(std::string_view character) {
     const auto first = static_cast<unsigned char>(character[0]);
     if (character.size() == 1)
-        return first < 0x20 || first == 0x7F;
-    return first == 0xC2 && static_cast<unsigned char>(character[1]) < 0xA0; // U+0080 to U+009F
-}
-
-bool isPlain(std::string_view character) {
-    return character == "\n" || character == "\t" || !isControl(character);
+        return first == '\n' || first == '\t' || (first >= 0x20 && first != 0x7F);
+    return first != 0xC2 || static_cast<unsigned char>(character[1]) >= 0xA0; // U+0080 to U+009F
 }
 
 void appendEscaped(std::string& line, std::string_view bytes) {

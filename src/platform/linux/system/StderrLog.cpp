@@ -3,7 +3,6 @@
 #include "platform/linux/system/LogText.h"
 
 #include <array>
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <execinfo.h>
@@ -21,14 +20,6 @@ Descriptor openLogFile(const std::string& path) {
     // Must not block if somebody has put a pipe there.
     constexpr int flags = O_RDWR | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
     return Descriptor(::open(path.c_str(), flags, 0666));
-}
-
-bool pointAt(int stream, int file) {
-    int result = -1;
-    do
-        result = ::dup2(file, stream);
-    while (result < 0 && errno == EINTR);
-    return result >= 0;
 }
 
 } // namespace
@@ -50,16 +41,16 @@ void StderrLog::write(std::string_view message) {
 
 std::uint64_t StderrLog::redirectStandardStreams(const std::string& path) {
     struct stat status {};
-    if (::stat(path.c_str(), &status) == 0 && current_ == FileIdentity{status.st_dev, status.st_ino})
+    if (::stat(path.c_str(), &status) == 0 && current_ == std::pair(status.st_dev, status.st_ino))
         return static_cast<std::uint64_t>(status.st_size);
 
     const Descriptor file = openLogFile(path);
     if (!file || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode))
         return 0;
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
-        if (!pointAt(stream, file.get()))
+        if (::dup2(file.get(), stream) < 0)
             return 0;
-    current_ = FileIdentity{status.st_dev, status.st_ino};
+    current_ = {status.st_dev, status.st_ino};
     return static_cast<std::uint64_t>(status.st_size);
 }
 

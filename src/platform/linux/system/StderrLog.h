@@ -4,9 +4,9 @@
 #include "platform/Log.h"
 #include "platform/linux/files/Descriptor.h"
 
-#include <optional>
 #include <string>
 #include <sys/types.h>
+#include <utility>
 
 namespace join::platform {
 
@@ -22,16 +22,10 @@ public:
     std::uint64_t redirectStandardStreams(const std::string& path) override;
 
 private:
-    struct FileIdentity {
-        dev_t device;
-        ino_t inode;
-        bool operator==(const FileIdentity&) const = default;
-    };
-
     std::string processName_;
     Clock& clock_;
-    Descriptor first_;                    ///< the standard error of the start, before any redirection
-    std::optional<FileIdentity> current_; ///< the file to which the streams were last redirected
+    Descriptor first_;                  ///< the standard error of the start, before any redirection
+    std::pair<dev_t, ino_t> current_{}; ///< the file to which the streams were last redirected
 };
 
 /// Returns the call stack of the calling thread, one line for each frame, the innermost first. For

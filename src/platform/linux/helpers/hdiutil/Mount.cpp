@@ -52,7 +52,10 @@ public:
         const VolumePlan plan = planVolume(prepare(facts), facts.kind, settings_.limits);
         if (plan.bytes > room())
             throw Exception("the disk has no room for the volume");
-        const std::string folder = makeVolume(plan, facts.kind);
+        const std::string folder = staging_.path() + "/volume";
+        if (::mkdir(folder.c_str(), folderMode) != 0)
+            fail("the volume's folder cannot be made");
+        sevenZip(facts.kind).open([&](const ByteSource& source) { writeVolume(plan, folder, source); });
         if (check && check->finish() != 0)
             throw Exception("the image is damaged: its checksums are wrong");
         interruption_.check();
@@ -126,14 +129,6 @@ private:
         image_ = keepPart(read, {0, part.size}, staging_.path(), room());
     }
 
-    std::string makeVolume(const VolumePlan& plan, ImageKind kind) const {
-        std::string folder = staging_.path() + "/volume";
-        if (::mkdir(folder.c_str(), folderMode) != 0)
-            fail("the volume's folder cannot be made");
-        sevenZip(kind).open([&](const ByteSource& source) { writeVolume(plan, folder, source); });
-        return folder;
-    }
-
     Listing list(ImageKind kind) const {
         return parseListing(sevenZip(kind).list(), settings_.limits.entries);
     }
@@ -172,8 +167,7 @@ void detachVolume(const std::string& mountPoint, const SystemRoot& root) {
     if (!mountPoint.starts_with(volumes) || !isPlainName(mountPoint.substr(volumes.size())))
         throw Exception("only what is directly below /Volumes can be detached");
     const std::string real = root.toReal(mountPoint);
-    struct stat found {};
-    if (::lstat(real.c_str(), &found) != 0 || !S_ISDIR(found.st_mode))
+    if (!isFolder(real))
         throw Exception("no volume is mounted there");
     // Creates nothing: a full disk takes no new folder.
     const StagedPath apart(placeOfWork(root));

@@ -7,14 +7,15 @@
 namespace join::test {
 
 using namespace platform::scselect;
+using platform::ChildProgram;
 
 class Scselect : public testing::Test {
 protected:
-    Tool tool(const std::string& name, const std::string& script) const {
+    ChildProgram tool(const std::string& name, const std::string& script) const {
         return {writeProgram(folder_ / name, "#!/bin/sh\n" + script + '\n'), {"an argument", "b"}};
     }
 
-    static std::string ask(const std::vector<Tool>& tools) {
+    static std::string ask(const std::vector<ChildProgram>& tools) {
         return networkLocations(tools, std::chrono::seconds(30));
     }
 
@@ -24,11 +25,11 @@ protected:
 
 TEST_F(Scselect, TellsWhatTheFirstToolSaysThatIsThereAndSucceeds) {
     ::setenv("SECRET", "ours", 1);
-    const Tool good = tool("good", "read -r line && exit 1; echo \"$1 $2 $HOME$SECRET\"");
-    const Tool others = tool("others", "echo others");
+    const ChildProgram good = tool("good", "read -r line && exit 1; echo \"$1 $2 $HOME$SECRET\"");
+    const ChildProgram others = tool("others", "echo others");
     EXPECT_EQ(ask({good, others}), heading_ + "an argument b \n");
-    for (const Tool& bad : {Tool{folder_ / "missing", {}}, tool("failing", "echo a; exit 8"),
-                            tool("killed", "echo a; kill -9 $$"), tool("silent", "")})
+    for (const ChildProgram& bad : {ChildProgram{folder_ / "missing", {}}, tool("failing", "echo a; exit 8"),
+                                    tool("killed", "echo a; kill -9 $$"), tool("silent", "")})
         EXPECT_EQ(ask({bad, others}), heading_ + "others\n") << bad.path;
     EXPECT_EQ(networkLocations({tool("hanging", "echo a; exec /bin/sleep 3600"), others},
                                std::chrono::milliseconds(100)),
