@@ -34,23 +34,18 @@ Interruption::~Interruption() {
 }
 
 void Interruption::awaitReadable(int descriptor) const {
-    while (!wait(descriptor)) {
-    }
-}
-
-/// Waits for the descriptor; without one, only checks. Returns true if the descriptor can be read.
-bool Interruption::wait(int descriptor) const {
     using namespace std::chrono;
-    const auto left = ceil<milliseconds>(end_ - steady_clock::now()).count();
-    if (left <= 0)
-        throw Exception("it took too long");
     std::array<pollfd, 2> watched{pollfd{signals_.get(), POLLIN, 0}, pollfd{descriptor, POLLIN, 0}};
-    const int patience = descriptor < 0 ? 0 : static_cast<int>(std::min<decltype(left)>(left, INT_MAX));
-    if (::poll(watched.data(), watched.size(), patience) < 0 && errno != EINTR)
-        throw Exception("the system cannot wait");
-    if (watched[0].revents != 0)
-        throw Exception("it was told to end");
-    return watched[1].revents != 0;
+    do {
+        const auto left = ceil<milliseconds>(end_ - steady_clock::now()).count();
+        if (left <= 0)
+            throw Exception("it took too long");
+        const int patience = descriptor < 0 ? 0 : static_cast<int>(std::min<decltype(left)>(left, INT_MAX));
+        if (::poll(watched.data(), watched.size(), patience) < 0 && errno != EINTR)
+            throw Exception("the system cannot wait");
+        if (watched[0].revents != 0)
+            throw Exception("it was told to end");
+    } while (descriptor >= 0 && watched[1].revents == 0);
 }
 
 } // namespace join::platform

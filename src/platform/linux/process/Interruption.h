@@ -17,14 +17,12 @@ public:
     Interruption& operator=(const Interruption&) = delete;
 
     /// Throws Exception if the work must end.
-    void check() const { wait(-1); }
+    void check() const { awaitReadable(-1); }
 
     /// Waits until the descriptor can be read. Throws Exception if the work must end.
     void awaitReadable(int descriptor) const;
 
 private:
-    bool wait(int descriptor) const;
-
     std::chrono::steady_clock::time_point end_;
     Descriptor signals_;
     sigset_t before_{};
