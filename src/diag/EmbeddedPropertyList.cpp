@@ -95,7 +95,7 @@ std::optional<platform::Value> embeddedPlistV2(const std::string& path) {
         const auto file = platform::services().fileManager->map(path);
         if (!file)
             return;
-        if (const auto data = embeddedPropertyList(file->bytes()))
+        if (const auto data = embeddedPropertyList(*file))
             list = platform::services().propertyLists->parse(textOf(*data));
     });
     return list;

@@ -2,6 +2,7 @@
 
 #include "base/Locations.h"
 #include "base/Logging.h"
+#include "platform/Application.h"
 #include "platform/FileManager.h"
 #include "platform/MainQueue.h"
 #include "platform/PropertyLists.h"
@@ -15,21 +16,16 @@ using platform::services;
 
 namespace {
 
-struct SystemName {
-    Text name;
-    Text version;
-};
-
 Text textOf(const platform::Value& list, std::string_view key) {
     const platform::Value* value = list.member(key);
     return value && value->text() ? Text(*value->text()) : std::nullopt;
 }
 
 /// Returns the system's name and version, each absent if the system does not tell it.
-SystemName systemName() {
-    const auto file = services().fileManager->read("/System/Library/CoreServices/SystemVersion.plist");
+std::pair<Text, Text> systemName() {
+    const auto file = files().read(platform::systemVersionPath);
     const auto list = file ? services().propertyLists->parse(*file) : std::nullopt;
-    return list ? SystemName{textOf(*list, "ProductName"), textOf(*list, "ProductVersion")} : SystemName();
+    return {list ? textOf(*list, "ProductName") : Text(), list ? textOf(*list, "ProductVersion") : Text()};
 }
 
 int runDiskImageTool(const std::string& verb, const std::string& subject) {
@@ -37,10 +33,6 @@ int runDiskImageTool(const std::string& verb, const std::string& subject) {
 }
 
 } // namespace
-
-DiskImageDownloader::DiskImageDownloader(const DiskImage& image) : image_(image) {}
-
-DiskImageDownloader::~DiskImageDownloader() = default;
 
 void DiskImageDownloader::startDownloading() {
     if (isBusy_) {
@@ -62,10 +54,10 @@ void DiskImageDownloader::requestImage() {
     request.url = url();
     request.destination = imagePath();
     log(image_.urlLine, request.url);
-    const SystemName system = systemName();
-    log(image_.systemNameLine, system.name);
-    log(image_.systemVersionLine, system.version);
-    request.userAgent = formatted("%@ %@", system.name, system.version);
+    const auto [name, version] = systemName();
+    log(image_.systemNameLine, name);
+    log(image_.systemVersionLine, version);
+    request.userAgent = formatted("%@ %@", name, version);
     download_ = services().httpClient->download(request, *this);
     if (download_)
         log("destination path : %@", request.destination);

@@ -30,7 +30,6 @@ struct DiskImage {
 /// for the whole run. Main thread only.
 class DiskImageDownloader : private platform::DownloadDelegate {
 public:
-    ~DiskImageDownloader() override;
     DiskImageDownloader(const DiskImageDownloader&) = delete;
     DiskImageDownloader& operator=(const DiskImageDownloader&) = delete;
 
@@ -38,7 +37,7 @@ public:
     bool isBusy() const { return isBusy_; }
 
 protected:
-    explicit DiskImageDownloader(const DiskImage& image);
+    explicit DiskImageDownloader(const DiskImage& image) : image_(image) {}
 
     /// Queues the start of the download for a later turn of the main loop. Ignores a second start while one
     /// is queued or a download is running: it would download the same image.

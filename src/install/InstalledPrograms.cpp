@@ -17,8 +17,6 @@ using platform::services;
 
 namespace {
 
-const std::string agentBundleIdentifier = "com.tavo.fendel.Tavo";
-
 Text shortVersion(const std::optional<platform::Value>& list) {
     const platform::Value* version = list ? list->member("CFBundleShortVersionString") : nullptr;
     return version ? Text(platform::describe(*version)) : std::nullopt;
@@ -64,15 +62,11 @@ bool workspaceLaunchApplication(const std::string& bundlePath) {
     }
 }
 
-bool isTavoAppRunning() {
-    const auto running = services().workspace->runningApplications(agentBundleIdentifier);
-    return !running.empty() && running.front() == agentBundleIdentifier;
-}
+bool isTavoAppRunning() { return !services().workspace->runningApplications("com.tavo.fendel.Tavo").empty(); }
 
 void removeOutdatedAgent() {
-    for (const std::string& outdated : {installedAgent(), agentImage()})
-        if (files().exists(outdated))
-            files().remove(outdated);
+    files().remove(installedAgent());
+    files().remove(agentImage());
 }
 
 } // namespace join

@@ -48,9 +48,7 @@ void JoinDMGDownloader::downloadFailed(const platform::HttpError& /*error*/) {
                                                       "Join App faild to download JoinMac.dmg");
 }
 
-void JoinDMGDownloader::downloadFinished() { mountingJoinMacDmg(); }
-
-void JoinDMGDownloader::mountingJoinMacDmg() {
+void JoinDMGDownloader::downloadFinished() {
     reportingExceptions("-[JoinDMGDownloader mountingJoinMacDmg]", [this] {
         mount();
         copyAppFile();
@@ -64,12 +62,9 @@ void JoinDMGDownloader::copyAppFile() {
         log("%s : Join.app file copied to user application folder", method);
     if (files().copy(onVolume("Join.app"), systemJoinCopy()))
         log("%s : Join.app file copied to application folder", method);
-    unMountingTavoJoinDmg();
-    if (files().exists(imagePath()))
-        files().remove(imagePath());
+    detach();
+    files().remove(imagePath());
     platform::services().notificationCenter->post("LaunchTavoApp", "JoinDMGDownloader");
 }
-
-void JoinDMGDownloader::unMountingTavoJoinDmg() { detach(); }
 
 } // namespace join

@@ -16,9 +16,7 @@ private:
     void downloadFailed(const platform::HttpError& error) override;
     void downloadFinished() override;
 
-    void mountingJoinMacDmg();
     void copyAppFile();
-    void unMountingTavoJoinDmg();
 };
 
 } // namespace join

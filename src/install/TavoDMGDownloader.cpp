@@ -75,7 +75,7 @@ void TavoDMGDownloader::mountingTavoMacDmg() {
         return;
     // The volume takes up space on a disk that may have been too small for the agent.
     if (files().exists(onVolume("")))
-        unMountingTavoMacDmg();
+        detach();
     joinInfoWindow_.showProblem();
 }
 
@@ -93,7 +93,7 @@ void TavoDMGDownloader::installWhatIsMissing() {
 }
 
 void TavoDMGDownloader::detachAndTerminate() {
-    unMountingTavoMacDmg();
+    detach();
     post("Terminate");
 }
 
@@ -133,11 +133,8 @@ void TavoDMGDownloader::copyCrashDetectorFile() {
     deleteImageWhenInstalled();
 }
 
-void TavoDMGDownloader::unMountingTavoMacDmg() { detach(); }
-
 void TavoDMGDownloader::deleteImageWhenInstalled() {
-    if (files().exists(imagePath()) && files().exists(installedAgent()) &&
-        files().exists(installedCrashDetector()))
+    if (files().exists(installedAgent()) && files().exists(installedCrashDetector()))
         files().remove(imagePath());
 }
 

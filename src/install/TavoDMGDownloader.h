@@ -28,7 +28,6 @@ private:
     void copyAppFileAndLaunch();
     bool copyAndLaunchOnce();
     void copyCrashDetectorFile();
-    void unMountingTavoMacDmg();
     void deleteImageWhenInstalled();
 
     TavoJoinWindowHandler& joinInfoWindow_;

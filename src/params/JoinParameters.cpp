@@ -8,22 +8,6 @@
 
 namespace join {
 
-namespace {
-
-void storeItem(JoinSessionDetails& details, const JoinParameter& parameter, std::string_view item) {
-    std::string value = joinParameterValue(item, parameter.name);
-    if (parameter.property == &JoinSessionDetails::emailID && value.empty())
-        value = "Guest";
-    (details.*parameter.property).set(std::move(value));
-}
-
-void followKey(JoinSessionDetails& details) {
-    if (const auto sessionType = sessionTypeForKey(details.key().value_or(std::string())))
-        details.sessionType.set(*sessionType);
-}
-
-} // namespace
-
 void readJoinParameters() {
     constexpr auto method = "-[AppDelegate readJoinParameters]";
     reportingExceptions(method, [&] {
@@ -40,11 +24,15 @@ void readJoinParameters() {
         bool keyIsNew = true;
         for (const std::string_view item : split(*body, "&")) {
             if (const JoinParameter* parameter = joinParameterOf(item)) {
-                storeItem(details, *parameter, item);
+                std::string value = joinParameterValue(item, parameter->name);
+                if (parameter->property == &JoinSessionDetails::emailID && value.empty())
+                    value = "Guest";
+                (details.*parameter->property).set(std::move(value));
                 keyIsNew = keyIsNew || parameter->property == &JoinSessionDetails::key;
             }
-            if (keyIsNew)
-                followKey(details);
+            if (const auto sessionType = sessionTypeForKey(details.key().value_or(""));
+                keyIsNew && sessionType)
+                details.sessionType.set(*sessionType);
             keyIsNew = false;
         }
     });
@@ -58,8 +46,7 @@ void createTavoJoinDetails() {
             return;
         log("%s : JoinParameters : \n%@", method, body);
         const std::string content = std::string(joinParameterHeader).append(*body);
-        if (files().exists(joinDetailsFile()))
-            files().remove(joinDetailsFile());
+        files().remove(joinDetailsFile());
         files().create(joinDetailsFile(), content);
         log("%s : tavojoindetails.conf created", method);
         log("%s : tavojoindetails : \n%@", method, content);

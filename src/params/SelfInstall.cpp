@@ -78,8 +78,7 @@ void copyCurrentJoinAppFile() {
 
 void removeJoinCopies() {
     files().remove(systemJoinCopy());
-    if (files().exists(homeJoinCopy()))
-        files().remove(homeJoinCopy());
+    files().remove(homeJoinCopy());
 }
 
 } // namespace join

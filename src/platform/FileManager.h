@@ -10,13 +10,9 @@
 
 namespace join::platform {
 
-/// A whole file in memory, read-only, for as long as this object lives. Pages are read when they are
+/// The bytes of a whole file, read-only, for as long as this object lives. Pages are read when they are
 /// accessed.
-class MappedFile {
-public:
-    virtual ~MappedFile() = default;
-    virtual std::span<const std::byte> bytes() const = 0;
-};
+using MappedFile = std::shared_ptr<const std::span<const std::byte>>;
 
 /// A regular file open for reading. It stays readable when its name is given to another file.
 class ReadableFile {
@@ -65,7 +61,7 @@ public:
     virtual bool truncate(const std::string& path) = 0;
 
     /// Maps a regular file. Returns nullptr if that fails, as it does for an empty or missing file.
-    virtual std::unique_ptr<MappedFile> map(const std::string& path) = 0;
+    virtual MappedFile map(const std::string& path) = 0;
 
     /// Opens a regular file of any size. Returns nullptr if it is missing, not a regular file, or unreadable.
     virtual std::unique_ptr<ReadableFile> open(const std::string& path) = 0;

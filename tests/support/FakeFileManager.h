@@ -51,7 +51,9 @@ public:
         return record(possible, "replace " + target + " by " + source);
     }
     bool remove(const std::string& path) override {
-        const bool possible = exists(path) && !failing_.contains(plain(path));
+        if (!exists(path))
+            return false;
+        const bool possible = !failing_.contains(plain(path));
         if (possible)
             for (const std::string& part : treeAt(plain(path)))
                 nodes_.erase(part);
@@ -72,9 +74,10 @@ public:
             nodes_[plain(path)] = "";
         return record(possible, "truncate " + path);
     }
-    std::unique_ptr<platform::MappedFile> map(const std::string& path) override {
-        const std::string bytes = read(path).value_or("");
-        return bytes.empty() ? nullptr : std::make_unique<BytesInMemory>(bytes);
+    platform::MappedFile map(const std::string& path) override {
+        if (read(path).value_or("").empty())
+            return nullptr;
+        return std::make_shared<std::span<const std::byte>>(std::as_bytes(std::span(*nodes_[plain(path)])));
     }
     std::unique_ptr<platform::ReadableFile> open(const std::string& path) override {
         const auto bytes = read(path);
@@ -82,9 +85,8 @@ public:
     }
 
 private:
-    struct BytesInMemory final : platform::MappedFile, platform::ReadableFile {
+    struct BytesInMemory final : platform::ReadableFile {
         explicit BytesInMemory(std::string text) : held(std::move(text)) {}
-        std::span<const std::byte> bytes() const override { return std::as_bytes(std::span(held)); }
         std::uint64_t size() const override { return held.size(); }
         std::size_t read(std::uint64_t offset, std::span<char> buffer) const override {
             return held.copy(buffer.data(), buffer.size(), offset);

@@ -27,22 +27,6 @@ Descriptor openToEmpty(int parent, const char* name) {
     return folder;
 }
 
-bool removeEntry(int parent, const char* name, int depth) {
-    if (::unlinkat(parent, name, 0) == 0)
-        return true;
-    if (errno != EISDIR || depth == maximumRemovalDepth)
-        return false;
-    {
-        const Descriptor folder = openToEmpty(parent, name);
-        const auto names = folder ? namesIn(folder.get()) : std::nullopt;
-        if (!names)
-            return false;
-        for (const std::string& entry : *names)
-            removeEntry(folder.get(), entry.c_str(), depth + 1); // if an entry stays, so does its folder
-    }
-    return ::unlinkat(parent, name, AT_REMOVEDIR) == 0;
-}
-
 } // namespace
 
 std::string normalised(std::string_view absolutePath) {
@@ -58,12 +42,9 @@ std::string withoutLinks(const std::string& path) {
     return failed ? path : resolved.string();
 }
 
-std::string parentOf(const std::string& path) {
-    const auto separator = path.rfind('/');
-    return separator == 0 ? "/" : path.substr(0, separator);
-}
+std::string parentOf(const std::string& path) { return std::filesystem::path(path).parent_path(); }
 
-std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+std::string nameOf(const std::string& path) { return std::filesystem::path(path).filename(); }
 
 std::optional<std::string> absoluteFromEnvironment(const char* name) {
     const char* value = std::getenv(name);
@@ -71,22 +52,20 @@ std::optional<std::string> absoluteFromEnvironment(const char* name) {
 }
 
 bool isFolder(const std::string& path) {
-    struct stat found {};
-    return ::lstat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode);
+    std::error_code failed;
+    return std::filesystem::is_directory(std::filesystem::symlink_status(path, failed));
 }
 
 bool makeFolders(const std::string& path, mode_t mode) {
-    if (::mkdir(path.c_str(), mode) == 0)
-        return true;
-    if (errno == ENOENT && path != "/" && makeFolders(parentOf(path), mode) &&
-        ::mkdir(path.c_str(), mode) == 0)
+    if (::mkdir(path.c_str(), mode) == 0 ||
+        (errno == ENOENT && path != "/" && makeFolders(parentOf(path), mode) &&
+         ::mkdir(path.c_str(), mode) == 0))
         return true;
     const int reason = errno;
-    struct stat found {};
-    if (::stat(path.c_str(), &found) == 0 && S_ISDIR(found.st_mode))
-        return true;
+    std::error_code failed;
+    const bool exists = std::filesystem::is_directory(path, failed);
     errno = reason;
-    return false;
+    return exists;
 }
 
 Descriptor openPrivateFolder(int parent, const char* name, int flags) {
@@ -98,9 +77,9 @@ Descriptor openPrivateFolder(int parent, const char* name, int flags) {
     return folder;
 }
 
-std::optional<std::vector<std::string>> namesIn(int folder) {
+std::optional<std::vector<std::string>> namesIn(int folder, const char* path) {
     // A separate descriptor, because reading moves its position and closedir closes it.
-    Descriptor reading = openForReading(folder, ".", O_DIRECTORY);
+    Descriptor reading = openForReading(folder, path, O_DIRECTORY);
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(reading ? ::fdopendir(reading.get()) : nullptr,
                                                      ::closedir);
     if (!stream)
@@ -117,8 +96,22 @@ std::optional<std::vector<std::string>> namesIn(int folder) {
     return names;
 }
 
-bool removeTree(const std::string& path) { return removeTreeIn(AT_FDCWD, path.c_str()); }
+bool removeTree(const std::string& path) { return removeTree(AT_FDCWD, path.c_str()); }
 
-bool removeTreeIn(int folder, const char* name) { return removeEntry(folder, name, 0); }
+bool removeTree(int folder, const char* name, int depth) {
+    if (::unlinkat(folder, name, 0) == 0)
+        return true;
+    if (errno != EISDIR || depth == maximumRemovalDepth)
+        return false;
+    {
+        const Descriptor opened = openToEmpty(folder, name);
+        const auto names = opened ? namesIn(opened.get()) : std::nullopt;
+        if (!names)
+            return false;
+        for (const std::string& entry : *names)
+            removeTree(opened.get(), entry.c_str(), depth + 1); // if an entry stays, so does its folder
+    }
+    return ::unlinkat(folder, name, AT_REMOVEDIR) == 0;
+}
 
 } // namespace join::platform

@@ -35,15 +35,16 @@ bool makeFolders(const std::string& path, mode_t mode);
 /// Opens a folder with these flags, or nothing unless it belongs to the user and nobody else can access it.
 Descriptor openPrivateFolder(int parent, const char* name, int flags);
 
-/// Returns the names in an open folder, without "." and "..", or nothing on an error.
-std::optional<std::vector<std::string>> namesIn(int folder);
+/// Returns the names in an open folder, or in one at a path relative to it, without "." and "..". Returns
+/// nothing on an error.
+std::optional<std::vector<std::string>> namesIn(int folder, const char* path = ".");
 
 /// Removes a file, link or whole folder tree. Links are removed, never followed. The user's own folders are
 /// made accessible first if their mode requires it. Returns false if nothing was there or something could not
 /// be removed, such as a tree deeper than some hundred folders.
 bool removeTree(const std::string& path);
 
-/// Does the same for a name in an open folder.
-bool removeTreeIn(int folder, const char* name);
+/// Does the same for a name in an open folder, which lies that deep in the tree.
+bool removeTree(int folder, const char* name, int depth = 0);
 
 } // namespace join::platform

@@ -39,22 +39,6 @@ bool mayBeReplaced(const std::string& path) {
 /// layer, or the disk is too full for another name.
 bool cannotBeMoved(int error) { return error == EXDEV || error == ENOSPC || error == EDQUOT; }
 
-class Mapping : public MappedFile {
-public:
-    Mapping(void* start, std::size_t size) : start_(start), size_(size) {}
-    ~Mapping() override { ::munmap(start_, size_); }
-    Mapping(const Mapping&) = delete;
-    Mapping& operator=(const Mapping&) = delete;
-
-    std::span<const std::byte> bytes() const override {
-        return {static_cast<const std::byte*>(start_), size_};
-    }
-
-private:
-    void* start_;
-    std::size_t size_;
-};
-
 class OpenFile : public ReadableFile {
 public:
     OpenFile(Descriptor file, std::size_t size) : file_(std::move(file)), size_(size) {}
@@ -86,25 +70,28 @@ bool LinuxFileManager::createFolder(const std::string& path) {
 }
 
 bool LinuxFileManager::copy(const std::string& source, const std::string& target) {
-    const std::string from = realPath(source);
-    const std::string to = realPath(target);
-    struct stat status {};
-    if (from.empty() || to.empty() || ::lstat(to.c_str(), &status) == 0)
-        return false;
-    StagedPath staged(to);
-    return (copyTree(from, staged.path()) && staged.commitNew()) || copyFailed(source, target);
+    return copyTo(source, target, false);
 }
 
 bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
+    return copyTo(source, target, true);
+}
+
+bool LinuxFileManager::copyTo(const std::string& source, const std::string& target, bool replaces) {
     const std::string from = realPath(source);
     const std::string to = realPath(target);
-    if (from.empty() || to.empty())
+    struct stat status {};
+    if (from.empty() || to.empty() || (!replaces && ::lstat(to.c_str(), &status) == 0))
         return false;
     StagedPath staged(to);
-    const bool isReplaced =
-        copyTree(from, staged.path()) &&
-        (staged.commitInstead() || (cannotBeMoved(errno) && removeTree(to) && staged.commitNew()));
-    return isReplaced || copyFailed(source, target);
+    const auto replace = [&] {
+        return staged.commitInstead() || (cannotBeMoved(errno) && removeTree(to) && staged.commitNew());
+    };
+    if (copyTree(from, staged.path()) && (replaces ? replace() : staged.commitNew()))
+        return true;
+    if (log_ && errno != EEXIST)
+        log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
+    return false;
 }
 
 bool LinuxFileManager::remove(const std::string& path) {
@@ -134,7 +121,7 @@ bool LinuxFileManager::truncate(const std::string& path) {
     return regularSize(file) && ::ftruncate(file.get(), 0) == 0;
 }
 
-std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
+MappedFile LinuxFileManager::map(const std::string& path) {
     const Descriptor file = openForReading(AT_FDCWD, realPath(path).c_str());
     const auto size = regularSize(file);
     if (!size || *size == 0)
@@ -142,14 +129,11 @@ std::unique_ptr<MappedFile> LinuxFileManager::map(const std::string& path) {
     void* start = ::mmap(nullptr, *size, PROT_READ, MAP_PRIVATE, file.get(), 0);
     if (start == MAP_FAILED)
         return nullptr;
-    return std::make_unique<Mapping>(start, *size);
-}
-
-/// Logs the reason, which is in errno.
-bool LinuxFileManager::copyFailed(const std::string& source, const std::string& target) const {
-    if (log_ && errno != EEXIST)
-        log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
-    return false;
+    using Bytes = std::span<const std::byte>;
+    return {new Bytes(static_cast<const std::byte*>(start), *size), [start](const Bytes* bytes) {
+                ::munmap(start, bytes->size());
+                delete bytes;
+            }};
 }
 
 std::unique_ptr<ReadableFile> LinuxFileManager::open(const std::string& path) {

@@ -31,11 +31,11 @@ public:
     bool truncate(const std::string& path) override;
 
     /// If another program shortens the file, accessing the lost bytes ends the process (SIGBUS).
-    std::unique_ptr<MappedFile> map(const std::string& path) override;
+    MappedFile map(const std::string& path) override;
     std::unique_ptr<ReadableFile> open(const std::string& path) override;
 
 private:
-    bool copyFailed(const std::string& source, const std::string& target) const;
+    bool copyTo(const std::string& source, const std::string& target, bool replaces);
     std::string realPath(const std::string& path) const;
 
     SystemRoot root_;

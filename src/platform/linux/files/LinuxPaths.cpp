@@ -3,7 +3,6 @@
 #include "platform/Exception.h"
 #include "platform/linux/files/Folders.h"
 
-#include <array>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -19,12 +18,9 @@ namespace {
 constexpr mode_t privateMode = S_IRWXU;
 
 std::string homeInPasswordEntry() {
-    passwd entry{};
-    passwd* found = nullptr;
-    std::array<char, 16384> buffer{};
-    const bool isKnown = ::getpwuid_r(::getuid(), &entry, buffer.data(), buffer.size(), &found) == 0 &&
-                         found && found->pw_dir && *found->pw_dir == '/';
-    return isKnown ? found->pw_dir : "/"; // like login(1), for the users of containers
+    const passwd* entry = ::getpwuid(::getuid());
+    const bool isKnown = entry && entry->pw_dir && *entry->pw_dir == '/';
+    return isKnown ? entry->pw_dir : "/"; // like login(1), for the users of containers
 }
 
 [[noreturn]] void refuse(const std::string& path, const char* reason) {
@@ -86,7 +82,7 @@ void LinuxPaths::removeTemporary() const {
     if (!cache)
         return;
     if (const Descriptor ours = openPrivateFolder(cache.get(), cacheName, O_NOFOLLOW))
-        removeTreeIn(ours.get(), temporaryName);
+        removeTree(ours.get(), temporaryName);
 }
 
 Descriptor LinuxPaths::openCache() const {

@@ -1,6 +1,5 @@
 #include "platform/linux/files/StagedPath.h"
 
-#include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/Folders.h"
 
 #include <atomic>
@@ -9,7 +8,6 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
-#include <optional>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -20,55 +18,31 @@ namespace {
 
 constexpr std::string_view suffix = ".partial";
 
-std::atomic<unsigned>& nextNumber() {
-    static std::atomic<unsigned> number = 1;
-    return number;
-}
+std::atomic<unsigned> nextNumber = 1;
 
-struct Mark {
+/// Returns whether somebody staged something under this name, of the form ".NAME.<pid>.<number>.partial", who
+/// does not use it any more: the process is dead, or had our process number before us.
+bool isLeft(std::string_view name, std::string_view prefix) {
+    if (!name.starts_with(prefix) || !name.ends_with(suffix) || name.size() < prefix.size() + suffix.size())
+        return false;
+    name.remove_prefix(prefix.size());
+    name.remove_suffix(suffix.size());
     pid_t process = 0;
-    unsigned number = 0; ///< missing in names from earlier versions of the program
-};
-
-template <typename Number>
-bool takeNumber(std::string_view& text, Number& number) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    return error == std::errc();
-}
-
-/// Returns who staged something under this name, if it has the form ".NAME.<pid>.<number>.partial".
-std::optional<Mark> markIn(std::string_view name, std::string_view prefix) {
-    if (!name.starts_with(prefix) || !name.ends_with(suffix) || name.size() <= prefix.size() + suffix.size())
-        return std::nullopt;
-    std::string_view text = name.substr(prefix.size(), name.size() - prefix.size() - suffix.size());
-    Mark mark;
-    if (!takeNumber(text, mark.process) || mark.process <= 0)
-        return std::nullopt;
-    if (text.starts_with('.')) {
-        text.remove_prefix(1);
-        if (!takeNumber(text, mark.number))
-            return std::nullopt;
-    }
-    return text.empty() ? std::optional(mark) : std::nullopt;
-}
-
-/// Returns whether nobody uses the name any more: its process is dead, or had our process number before us.
-bool isLeft(const Mark& mark) {
-    if (mark.process == ::getpid())
-        return mark.number == 0 || mark.number >= nextNumber();
-    return ::kill(mark.process, 0) != 0 && errno == ESRCH;
+    unsigned number = 0;
+    const char* end = name.data() + name.size();
+    const auto first = std::from_chars(name.data(), end, process);
+    if (first.ec != std::errc() || process <= 0 || first.ptr == end || *first.ptr != '.')
+        return false;
+    const auto second = std::from_chars(first.ptr + 1, end, number);
+    if (second.ec != std::errc() || second.ptr != end)
+        return false;
+    return process == ::getpid() ? number >= nextNumber : ::kill(process, 0) != 0 && errno == ESRCH;
 }
 
 void removeLeftovers(const std::string& folder, const std::string& prefix) {
-    const Descriptor opened = openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY);
-    const auto names = opened ? namesIn(opened.get()) : std::nullopt;
-    if (!names)
-        return;
-    for (const std::string& name : *names) {
-        if (const auto mark = markIn(name, prefix); mark && isLeft(*mark))
+    for (const std::string& name : namesIn(AT_FDCWD, folder.c_str()).value_or(std::vector<std::string>()))
+        if (isLeft(name, prefix))
             removeTree(std::string(folder).append("/").append(name));
-    }
 }
 
 bool renamed(const std::string& from, const std::string& to, unsigned flags) {
@@ -100,7 +74,7 @@ StagedPath::StagedPath(const std::string& target) : target_(target) {
     const std::string beginning = folder + "/" + prefix + std::to_string(::getpid()) + ".";
     struct stat found {};
     do
-        path_ = beginning + std::to_string(nextNumber()++) + std::string(suffix);
+        path_ = beginning + std::to_string(nextNumber++) + std::string(suffix);
     while (::lstat(path_.c_str(), &found) == 0); // a leftover that could not be removed
 }
 

@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
-#include <optional>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -57,82 +56,58 @@ bool copyBytes(int source, int target) {
     return count == 0;
 }
 
-bool copyFile(Place from, Place to) {
-    const Descriptor source = openForReading(from.folder, from.name, O_NOFOLLOW);
-    struct stat status {};
-    if (!source || ::fstat(source.get(), &status) != 0)
-        return false;
-    if (!S_ISREG(status.st_mode))
-        return failed(EINVAL);
+bool copyFile(int source, const struct stat& status, Place to) {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     Descriptor target(::openat(to.folder, to.name, flags, S_IRUSR | S_IWUSR));
-    return target && copyBytes(source.get(), target.get()) && setAttributes(target.get(), status) &&
-           target.close();
+    return target && copyBytes(source, target.get()) && setAttributes(target.get(), status) && target.close();
 }
 
-bool copyLink(Place from, Place to, const struct stat& status) {
+bool copyLink(Place from, Place to) {
+    struct stat status {};
     std::array<char, PATH_MAX> text{};
-    const ssize_t length = ::readlinkat(from.folder, from.name, text.data(), text.size());
-    if (length < 0)
+    if (::fstatat(from.folder, from.name, &status, AT_SYMLINK_NOFOLLOW) != 0 ||
+        ::readlinkat(from.folder, from.name, text.data(), text.size() - 1) < 0)
         return false;
-    if (static_cast<std::size_t>(length) >= text.size())
-        return failed(ENAMETOOLONG);
-    text.at(static_cast<std::size_t>(length)) = '\0';
     return ::symlinkat(text.data(), to.folder, to.name) == 0 &&
            ::utimensat(to.folder, to.name, timesOf(status).data(), AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-class TreeCopier {
-public:
-    bool copy(Place from, Place to, int depth) {
-        struct stat status {};
-        if (::fstatat(from.folder, from.name, &status, AT_SYMLINK_NOFOLLOW) != 0)
-            return false;
-        if (S_ISREG(status.st_mode))
-            return copyFile(from, to);
-        if (S_ISLNK(status.st_mode))
-            return copyLink(from, to, status);
-        if (!S_ISDIR(status.st_mode))
-            return failed(EINVAL);
-        return depth < maximumDepth ? copyFolder(from, to, depth) : failed(ENAMETOOLONG);
-    }
+bool copyEntry(Place from, Place to, int depth);
 
-private:
-    bool copyFolder(Place from, Place to, int depth) {
-        const Descriptor source = openForReading(from.folder, from.name, O_DIRECTORY | O_NOFOLLOW);
-        struct stat status {};
-        if (!source || ::fstat(source.get(), &status) != 0)
+bool copyFolder(int source, const struct stat& status, Place to, int depth) {
+    if (depth == maximumDepth)
+        return failed(ENAMETOOLONG);
+    if (::mkdirat(to.folder, to.name, S_IRWXU) != 0)
+        return false;
+    const Descriptor target = openForReading(to.folder, to.name, O_DIRECTORY | O_NOFOLLOW);
+    const auto names = namesIn(source);
+    if (!target || !names)
+        return false;
+    for (const std::string& name : *names)
+        if (!copyEntry({source, name.c_str()}, {target.get(), name.c_str()}, depth + 1))
             return false;
-        if (isTargetOfAll(status))
-            return failed(EINVAL);
-        if (::mkdirat(to.folder, to.name, S_IRWXU) != 0)
-            return false;
-        const Descriptor target = openForReading(to.folder, to.name, O_DIRECTORY | O_NOFOLLOW);
-        if (!target || (depth == 0 && ::fstat(target.get(), &targetOfAll_.emplace()) != 0))
-            return false;
-        const auto names = namesIn(source.get());
-        if (!names)
-            return false;
-        for (const std::string& name : *names) {
-            if (!copy({source.get(), name.c_str()}, {target.get(), name.c_str()}, depth + 1))
-                return false;
-        }
-        // Only now: the mode may forbid what was just done, and every entry has changed the times.
-        return setAttributes(target.get(), status);
-    }
+    // Only now: the mode may forbid what was just done, and every entry has changed the times.
+    return setAttributes(target.get(), status);
+}
 
-    /// A folder copied into itself would never end.
-    bool isTargetOfAll(const struct stat& status) const {
-        return targetOfAll_ && targetOfAll_->st_dev == status.st_dev && targetOfAll_->st_ino == status.st_ino;
-    }
-
-    std::optional<struct stat> targetOfAll_;
-};
+bool copyEntry(Place from, Place to, int depth) {
+    const Descriptor source = openForReading(from.folder, from.name, O_NOFOLLOW);
+    if (!source)
+        return errno == ELOOP && copyLink(from, to);
+    struct stat status {};
+    if (::fstat(source.get(), &status) != 0)
+        return false;
+    if (S_ISDIR(status.st_mode))
+        return copyFolder(source.get(), status, to, depth);
+    return S_ISREG(status.st_mode) ? copyFile(source.get(), status, to) : failed(EINVAL);
+}
 
 } // namespace
 
 bool copyTree(const std::string& source, const std::string& target) {
-    return TreeCopier().copy({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, 0);
+    if (isFolder(source) && withoutLinks(target).starts_with(withoutLinks(source) + "/"))
+        return failed(EINVAL); // it would never end
+    return copyEntry({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, 0);
 }
 
 } // namespace join::platform

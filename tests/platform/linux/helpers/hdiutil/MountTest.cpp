@@ -224,7 +224,7 @@ TEST_F(Mount, TakesThePlaceOfWhateverHadTheName) {
 TEST_F(Mount, RemovesWhatKilledRunsLeft) {
     makeImage(Made::udifZlib);
     test::Child dead({.command = {"true"}});
-    const std::string left = folder_ / ("root/.hdiutil." + std::to_string(dead.process()) + ".partial");
+    const std::string left = folder_ / ("root/.hdiutil." + std::to_string(dead.process()) + ".1.partial");
     dead.wait();
     writeFile(left + "/volume/file", "x");
     mount();
