@@ -23,8 +23,7 @@ std::string markIn(const std::string& path) {
 bool removeVolumes(const SystemRoot& root) {
     LinuxFileManager files(root);
     const std::string real = root.toReal("/Volumes");
-    const Descriptor folder = openForReading(AT_FDCWD, real.c_str(), O_DIRECTORY);
-    const auto names = folder ? namesIn(folder.get()) : std::nullopt;
+    const auto names = namesIn(AT_FDCWD, real.c_str());
     if (!names)
         return errno == ENOENT;
     bool isDone = true;

@@ -3,7 +3,6 @@
 #include "platform/linux/bundles/BootMark.h"
 #include "platform/linux/bundles/MountInfo.h"
 #include "platform/linux/bundles/ProcessTable.h"
-#include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/Folders.h"
 #include "platform/linux/files/LinuxPaths.h"
 
@@ -20,35 +19,9 @@ namespace {
 
 constexpr const char* imageVolumes = "/Volumes";
 
-std::string contentsOf(const std::string& path) {
-    constexpr std::size_t maximumSize = std::size_t{4} << 20;
-    return readFile(path, maximumSize).value_or("");
-}
-
-std::vector<Mount> localMounts() {
-    std::vector<Mount> mounts = parseMountInfo(contentsOf("/proc/self/mountinfo"));
-    std::erase_if(mounts, [](const Mount& mount) { return !isLocalVolume(mount); });
-    return mounts;
-}
-
-bool isRemovable(const Mount& mount) {
-    constexpr int loopDevices = 7; // from the kernel's list of devices
-    if (mount.major == loopDevices || isServedByProgram(mount))
-        return true;
-    // A partition has no such flag; its device, one folder above, has.
-    const std::string device =
-        "/sys/dev/block/" + std::to_string(mount.major) + ":" + std::to_string(mount.minor);
-    return contentsOf(device + "/removable") == "1\n" || contentsOf(device + "/../removable") == "1\n";
-}
-
 /// Returns whether a folder stands for the volume of a disk image. Hidden folders are still being filled.
 bool isImageVolume(const std::string& realFolder, const std::string& name) {
     return !name.starts_with('.') && isFolder(realFolder + "/" + name);
-}
-
-void addOnce(std::vector<std::string>& paths, const std::string& path) {
-    if (std::ranges::find(paths, path) == paths.end())
-        paths.push_back(path);
 }
 
 } // namespace
@@ -94,15 +67,14 @@ std::string LinuxWorkspace::identifierOf(const std::string& realBundlePath) {
 std::vector<std::string> LinuxWorkspace::mountedLocalVolumePaths() {
     std::vector<std::string> paths;
     const std::string folder = root_.toReal(imageVolumes);
-    const bool areOfThisBoot = endVolumesOfEarlierBoots(root_);
-    const Descriptor volumes = openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY);
-    if (areOfThisBoot && volumes)
-        for (const std::string& name : namesIn(volumes.get()).value_or(std::vector<std::string>()))
+    if (endVolumesOfEarlierBoots(root_))
+        for (const std::string& name : namesIn(AT_FDCWD, folder.c_str()).value_or(std::vector<std::string>()))
             if (isImageVolume(folder, name))
                 paths.push_back(std::string(imageVolumes) + "/" + name);
     std::ranges::sort(paths);
     for (const Mount& mount : localMounts())
-        addOnce(paths, mount.path);
+        if (std::ranges::find(paths, mount.path) == paths.end())
+            paths.push_back(mount.path);
     return paths;
 }
 

@@ -3,10 +3,9 @@
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/Folders.h"
 
-#include <algorithm>
 #include <array>
-#include <climits>
 #include <fcntl.h>
+#include <filesystem>
 #include <optional>
 #include <sstream>
 #include <string_view>
@@ -17,61 +16,52 @@ namespace join::platform {
 
 namespace {
 
-constexpr std::size_t processNameSize = 15; // TASK_COMM_LEN less its NUL
-
-/// Returns the beginning of a file, or an empty text if it cannot be read.
-std::string beginningOf(int folder, const char* path) {
-    const Descriptor file = openForReading(folder, path);
+/// Returns the first few parts of a file's beginning, which end with that character.
+std::vector<std::string> firstParts(const std::string& path, std::size_t few, char end) {
+    const Descriptor file = openForReading(AT_FDCWD, path.c_str());
     std::array<char, 4096> buffer{};
-    const ssize_t count = file ? readSome(file.get(), buffer.data(), buffer.size()) : 0;
-    return {buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0))};
+    const ssize_t count = file ? readSome(file.get(), buffer.data(), buffer.size()) : -1;
+    std::vector<std::string> parts;
+    std::istringstream text(count > 0 ? std::string(buffer.data(), static_cast<std::size_t>(count)) : "");
+    for (std::string part; parts.size() < few && std::getline(text, part, end);)
+        parts.push_back(part);
+    return parts;
 }
 
-std::string executableOf(int process) {
-    constexpr std::string_view deleted = " (deleted)";
-    std::array<char, PATH_MAX> buffer{};
-    const ssize_t size = ::readlinkat(process, "exe", buffer.data(), buffer.size());
-    std::string_view path(buffer.data(), static_cast<std::size_t>(std::max<ssize_t>(size, 0)));
-    if (path.ends_with(deleted))
-        path.remove_suffix(deleted.size());
-    return std::string(path);
-}
-
-std::vector<std::string> argumentsIn(const std::string& commandLine) {
-    constexpr std::size_t few = 6; // an interpreter's options come before the script
-    std::vector<std::string> arguments;
-    std::istringstream text(commandLine);
-    for (std::string argument; arguments.size() < few && std::getline(text, argument, '\0');)
-        arguments.push_back(argument);
-    return arguments;
+std::string firstLine(const std::string& path) {
+    const auto lines = firstParts(path, 1, '\n');
+    return lines.empty() ? "" : lines.front();
 }
 
 /// Returns nothing for another user's process and for one that has ended, which no longer has a program.
-std::optional<Process> ownProcess(int proc, const std::string& number) {
-    const Descriptor folder = openForReading(proc, number.c_str(), O_DIRECTORY);
+std::optional<Process> ownProcess(const std::string& folder) {
+    constexpr std::string_view deleted = " (deleted)";
+    constexpr std::size_t few = 6; // an interpreter's options come before the script
     struct stat status {};
-    if (!folder || ::fstat(folder.get(), &status) != 0 || status.st_uid != ::geteuid())
+    std::error_code failed;
+    if (::stat(folder.c_str(), &status) != 0 || status.st_uid != ::geteuid())
         return std::nullopt;
-    std::string executable = executableOf(folder.get());
+    std::string executable = std::filesystem::read_symlink(folder + "/exe", failed);
     if (executable.empty())
         return std::nullopt;
-    std::string name = beginningOf(folder.get(), "comm");
-    if (name.ends_with('\n'))
-        name.pop_back();
-    return Process{std::move(executable), std::move(name), argumentsIn(beginningOf(folder.get(), "cmdline"))};
+    if (executable.ends_with(deleted))
+        executable.resize(executable.size() - deleted.size());
+    return Process{std::move(executable), firstLine(folder + "/comm"),
+                   firstParts(folder + "/cmdline", few, '\0')};
 }
 
-std::string shortName(const std::string& path) { return nameOf(path).substr(0, processNameSize); }
+std::string shortName(const std::string& path) {
+    constexpr std::size_t processNameSize = 15; // TASK_COMM_LEN less its NUL
+    return nameOf(path).substr(0, processNameSize);
+}
 
 /// Returns whether the script's first line makes env look for a program of that name: "#!/usr/bin/env
 /// [OPTION]... NAME".
 bool isRunThroughEnv(const std::string& script, const std::string& processName) {
-    std::istringstream line(beginningOf(AT_FDCWD, script.c_str()));
-    std::string first;
-    std::getline(line, first);
-    if (!first.starts_with("#!"))
+    const std::string line = firstLine(script);
+    if (!line.starts_with("#!"))
         return false;
-    std::istringstream words(first.substr(2));
+    std::istringstream words(line.substr(2));
     std::string word;
     words >> word;
     if (nameOf(word) != "env")
@@ -86,13 +76,14 @@ bool isRunThroughEnv(const std::string& script, const std::string& processName) 
 
 std::vector<Process> ownProcesses() {
     std::vector<Process> processes;
-    const Descriptor proc = openForReading(AT_FDCWD, "/proc", O_DIRECTORY);
-    if (!proc)
-        return processes;
-    for (const std::string& name : namesIn(proc.get()).value_or(std::vector<std::string>()))
+    std::error_code failed;
+    for (std::filesystem::directory_iterator entry("/proc", failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+        const std::string name = entry->path().filename();
         if (name.find_first_not_of("0123456789") == std::string::npos)
-            if (auto process = ownProcess(proc.get(), name))
+            if (auto process = ownProcess(entry->path()))
                 processes.push_back(std::move(*process));
+    }
     return processes;
 }
 
