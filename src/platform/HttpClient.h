@@ -51,11 +51,14 @@ public:
     virtual void downloadDidFinish() = 0;
 };
 
-/// A download in progress or finished. Destroying it stops it, and its delegate hears nothing more.
-class Download {
+/// A download or an upload, in progress or finished. Destroying it stops it, and its delegate hears nothing
+/// more.
+class Transfer {
 public:
-    virtual ~Download() = default;
+    virtual ~Transfer() = default;
 };
+using Download = Transfer;
+using Connection = Transfer;
 
 /// A POST request over HTTPS.
 struct PostRequest {
@@ -82,12 +85,6 @@ public:
     virtual void connectionDidFail(const HttpError& error) = 0;
 };
 
-/// A connection in progress or finished. Destroying it stops it, and its delegate hears nothing more.
-class Connection {
-public:
-    virtual ~Connection() = default;
-};
-
 /// HTTPS with certificates verified against the system's and those named by SSL_CERT_FILE and SSL_CERT_DIR.
 /// Redirects are followed, but never away from HTTPS. Compressed answers are decoded, and their limits apply
 /// to the decoded bytes; the body of a download is left as it is.
@@ -104,13 +101,13 @@ public:
     /// appears only when the body is complete and the status is 2xx; otherwise it is left as it was, and
     /// nothing is left beside it. The delegate must outlive the download. URLs are checked as for get().
     /// Never throws. Main thread only.
-    virtual std::unique_ptr<Download> download(const DownloadRequest& request,
+    virtual std::unique_ptr<Transfer> download(const DownloadRequest& request,
                                                DownloadDelegate& delegate) = 0;
 
     /// Sends a request and returns at once, with nullptr if it could not be started at all. Redirects are not
     /// followed. The delegate must outlive the connection. URLs are checked as for get(). Never throws. Main
     /// thread only.
-    virtual std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) = 0;
+    virtual std::unique_ptr<Transfer> connect(PostRequest request, ConnectionDelegate& delegate) = 0;
 };
 
 } // namespace join::platform

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
-#include <optional>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -11,8 +10,6 @@
 namespace join::platform {
 
 namespace {
-
-using Report = DelegateReport<ConnectionDelegate>;
 
 std::string headerLine(const std::string& name, const std::string& value) {
     return withoutControls(value.empty() ? name + ";" : name + ": " + value);
@@ -32,73 +29,68 @@ std::size_t copyBody(const PostRequest& request, std::uint64_t offset, std::span
                                        std::min<std::uint64_t>(offset, request.bodyBehindFile.size()));
 }
 
-/// One request and its answer.
-class Post {
+class Post final : CurlExchange {
 public:
-    Post(const PostRequest& request, const Report& report, CURL* handle)
-        : request_(request), report_(report), handle_(handle),
-          exchange_(request.url, std::numeric_limits<std::uint64_t>::max()) {}
+    Post(const PostRequest& request, ConnectionDelegate& delegate, CurlHandle& handle,
+         const Reports& reports);
 
-    Failure perform(const std::stop_token& stop);
+    void perform(const std::stop_token& stop);
 
 private:
     static std::size_t send(char* bytes, std::size_t one, std::size_t size, void* post) noexcept;
     static int seek(void* post, curl_off_t offset, int origin) noexcept;
     static std::size_t noteHeader(char* bytes, std::size_t one, std::size_t size, void* post) noexcept;
-    static std::size_t receive(char* bytes, std::size_t one, std::size_t size, void* post) noexcept;
-    bool setOptions();
+    bool take(std::string_view bytes) override;
 
     const PostRequest& request_;
-    const Report& report_;
-    CURL* handle_;
-    CurlExchange exchange_;
+    ConnectionDelegate& delegate_;
+    const Reports& reports_;
     std::uint64_t sent_ = 0;     ///< bytes of the body
     std::uint64_t received_ = 0; ///< bytes of the answer
     bool hasResponse_ = false;
     bool isAnswerCut_ = false;
-    bool isFileShort_ = false;
 };
 
-Failure Post::perform(const std::stop_token& stop) {
-    if (!setOptions())
-        return optionsRefused;
-    const CURLcode code = platform::perform(handle_, stop);
-    if (isFileShort_)
-        return "The file to be sent has become shorter";
-    if (code != CURLE_OK && !isAnswerCut_)
-        return exchange_.descriptionOf(code);
-    return std::nullopt;
+Post::Post(const PostRequest& request, ConnectionDelegate& delegate, CurlHandle& handle,
+           const Reports& reports)
+    : CurlExchange(handle, request.url, std::numeric_limits<std::uint64_t>::max()), request_(request),
+      delegate_(delegate), reports_(reports) {
+    for (const auto& [name, value] : request.headers)
+        addHeader(headerLine(name, value));
+    for (const char* own : {"Accept:", "Content-Type:", "Expect:"}) // unless given above
+        addHeader(own);
+    decodeAnswer();
+    setStallTimeout(request.stallTimeout);
+    set(CURLOPT_FOLLOWLOCATION, 0L);
+    set(CURLOPT_POST, 1L);
+    set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.bodySize()));
+    set(CURLOPT_READFUNCTION, &send);
+    set(CURLOPT_READDATA, this);
+    set(CURLOPT_SEEKFUNCTION, &seek);
+    set(CURLOPT_SEEKDATA, this);
+    set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L); // those of a proxy
+    set(CURLOPT_HEADERFUNCTION, &noteHeader);
+    set(CURLOPT_HEADERDATA, this);
 }
 
-bool Post::setOptions() {
-    CurlOptions options(handle_, exchange_);
-    for (const auto& [name, value] : request_.headers)
-        options.addHeader(headerLine(name, value));
-    for (const char* own : {"Accept:", "Content-Type:", "Expect:"}) // unless given above
-        options.addHeader(own);
-    options.decodeAnswer();
-    options.setStallTimeout(request_.stallTimeout);
-    options.set(CURLOPT_FOLLOWLOCATION, 0L);
-    options.set(CURLOPT_POST, 1L);
-    options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request_.bodySize()));
-    options.set(CURLOPT_READFUNCTION, &send);
-    options.set(CURLOPT_READDATA, this);
-    options.set(CURLOPT_SEEKFUNCTION, &seek);
-    options.set(CURLOPT_SEEKDATA, this);
-    options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L); // those of a proxy
-    options.set(CURLOPT_HEADERFUNCTION, &noteHeader);
-    options.set(CURLOPT_HEADERDATA, this);
-    options.set(CURLOPT_WRITEFUNCTION, &receive);
-    options.set(CURLOPT_WRITEDATA, this);
-    return options.accepted();
+void Post::perform(const std::stop_token& stop) {
+    const CURLcode code = CurlExchange::perform(stop);
+    if (code == CURLE_OK || isAnswerCut_)
+        reports_.tell([to = &delegate_] { to->connectionDidFinishLoading(); });
+    else
+        reports_.tell([to = &delegate_, error = HttpError{descriptionOf(code), request_.url}] {
+            to->connectionDidFail(error);
+        });
 }
 
 std::size_t Post::send(char* bytes, std::size_t one, std::size_t size, void* post) noexcept {
     auto& self = *static_cast<Post*>(post);
     const std::size_t count = copyBody(self.request_, self.sent_, {bytes, one * size});
     self.sent_ += count;
-    self.isFileShort_ = count == 0 && self.sent_ < self.request_.bodySize();
-    return self.isFileShort_ ? CURL_READFUNC_ABORT : count;
+    if (count > 0 || self.sent_ == self.request_.bodySize())
+        return count;
+    self.failure_ = "The file to be sent has become shorter";
+    return CURL_READFUNC_ABORT;
 }
 
 /// Called when the body must be sent again, for example after the server has closed an idle connection.
@@ -111,37 +103,30 @@ int Post::seek(void* post, curl_off_t offset, int /*SEEK_SET*/) noexcept {
 std::size_t Post::noteHeader(char* bytes, std::size_t /*one*/, std::size_t size, void* post) noexcept {
     auto& self = *static_cast<Post*>(post);
     const std::string_view line(bytes, size);
-    long status = 0;
-    curl_easy_getinfo(self.handle_, CURLINFO_RESPONSE_CODE, &status);
-    if ((line == "\r\n" || line == "\n") && status >= 200 && !std::exchange(self.hasResponse_, true))
-        self.report_.tell(&ConnectionDelegate::connectionDidReceiveResponse);
+    if ((line == "\r\n" || line == "\n") && self.status() >= 200 && !std::exchange(self.hasResponse_, true))
+        self.reports_.tell([to = &self.delegate_] { to->connectionDidReceiveResponse(); });
     return size;
 }
 
-std::size_t Post::receive(char* bytes, std::size_t /*one*/, std::size_t size, void* post) noexcept {
-    auto& self = *static_cast<Post*>(post);
-    const std::uint64_t room = self.request_.maximumAnswerSize - self.received_;
-    self.isAnswerCut_ = size > room;
-    const std::string taken(bytes, std::min<std::uint64_t>(size, room));
-    self.received_ += taken.size();
+bool Post::take(std::string_view bytes) {
+    const std::uint64_t room = request_.maximumAnswerSize - received_;
+    isAnswerCut_ = bytes.size() > room;
+    const std::string taken(bytes.substr(0, room));
+    received_ += taken.size();
     if (!taken.empty())
-        self.report_.tell(&ConnectionDelegate::connectionDidReceiveData, taken);
-    return self.isAnswerCut_ ? CURL_WRITEFUNC_ERROR : size;
-}
-
-void post(const PostRequest& request, const Report& report, CURL* handle, const std::stop_token& stop) {
-    if (auto failure = Post(request, report, handle).perform(stop))
-        report.tell(&ConnectionDelegate::connectionDidFail, HttpError{std::move(*failure), request.url});
-    else
-        report.tell(&ConnectionDelegate::connectionDidFinishLoading);
+        reports_.tell([to = &delegate_, taken] { to->connectionDidReceiveData(taken); });
+    return !isAnswerCut_;
 }
 
 } // namespace
 
-std::unique_ptr<Connection> startConnection(PostRequest request, MainQueue& mainQueue,
-                                            ConnectionDelegate& delegate) {
-    using Transfer = CurlTransfer<Connection, PostRequest, ConnectionDelegate>;
-    return std::make_unique<Transfer>(std::move(request), mainQueue, delegate, &post);
+std::unique_ptr<Transfer> startConnection(PostRequest request, MainQueue& mainQueue,
+                                          ConnectionDelegate& delegate) {
+    return std::make_unique<CurlTransfer>(
+        mainQueue, [request = std::move(request), &delegate](CurlHandle& handle, const Reports& reports,
+                                                             const std::stop_token& stop) {
+            Post(request, delegate, handle, reports).perform(stop);
+        });
 }
 
 } // namespace join::platform

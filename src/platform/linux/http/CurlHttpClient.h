@@ -6,6 +6,7 @@
 
 namespace join::platform {
 
+class CurlHandle;
 class MainQueue;
 
 /// HTTPS, by libcurl. The connections of get() are kept for the next request. Proxies are taken from the
@@ -15,17 +16,15 @@ public:
     /// Throws Exception if libcurl cannot be initialised. The queue must outlive the client, its downloads
     /// and its connections.
     explicit CurlHttpClient(MainQueue& mainQueue);
+    ~CurlHttpClient() override;
 
     HttpReply get(const HttpRequest& request) override;
-    std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
-    std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
+    std::unique_ptr<Transfer> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
+    std::unique_ptr<Transfer> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
-    /// Sends the request once. Returns libcurl's code.
-    int perform(const HttpRequest& request, bool decodes, HttpReply& reply);
-
     MainQueue& mainQueue_;
-    std::unique_ptr<void, void (*)(void*)> handle_; ///< a CURL
+    std::unique_ptr<CurlHandle> handle_;
 };
 
 } // namespace join::platform

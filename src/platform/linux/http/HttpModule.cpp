@@ -1,6 +1,6 @@
 #include "platform/linux/http/HttpModule.h"
 
-#include "platform/linux/http/DelegateReport.h"
+#include "platform/linux/http/Reports.h"
 
 #include <dlfcn.h>
 #include <utility>
@@ -9,10 +9,16 @@ namespace join::platform {
 
 namespace {
 
-std::string loaderError() {
-    const char* text = ::dlerror();
-    return text ? text : "unknown error";
-}
+/// A transfer that could not begin. Its delegate is told why, on the main queue like all reports.
+class FailedTransfer final : public Transfer {
+public:
+    FailedTransfer(MainQueue& mainQueue, std::function<void()> report) : reports_(mainQueue) {
+        reports_.tell(std::move(report));
+    }
+
+private:
+    Reports reports_;
+};
 
 } // namespace
 
@@ -31,16 +37,20 @@ HttpReply HttpModule::get(const HttpRequest& request) {
     return client_->get(request);
 }
 
-std::unique_ptr<Download> HttpModule::download(const DownloadRequest& request, DownloadDelegate& delegate) {
-    if (!load())
-        return failedDownload(mainQueue_, delegate, {failure_, request.url});
-    return client_->download(request, delegate);
+std::unique_ptr<Transfer> HttpModule::download(const DownloadRequest& request, DownloadDelegate& delegate) {
+    if (load())
+        return client_->download(request, delegate);
+    return std::make_unique<FailedTransfer>(
+        mainQueue_,
+        [&delegate, error = HttpError{failure_, request.url}] { delegate.downloadDidFail(error); });
 }
 
-std::unique_ptr<Connection> HttpModule::connect(PostRequest request, ConnectionDelegate& delegate) {
-    if (!load())
-        return failedConnection(mainQueue_, delegate, {failure_, std::move(request.url)});
-    return client_->connect(std::move(request), delegate);
+std::unique_ptr<Transfer> HttpModule::connect(PostRequest request, ConnectionDelegate& delegate) {
+    if (load())
+        return client_->connect(std::move(request), delegate);
+    return std::make_unique<FailedTransfer>(
+        mainQueue_,
+        [&delegate, error = HttpError{failure_, request.url}] { delegate.connectionDidFail(error); });
 }
 
 std::unique_ptr<HttpClient> HttpModule::openModule() {
@@ -49,7 +59,7 @@ std::unique_ptr<HttpClient> HttpModule::openModule() {
     void* module = ::dlopen(path_.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* entry = module ? ::dlsym(module, "join_make_http_client") : nullptr;
     if (!entry) {
-        failure_ = "The HTTP module cannot be loaded: " + loaderError();
+        failure_ = std::string("The HTTP module cannot be loaded: ") + ::dlerror();
         return nullptr;
     }
     std::unique_ptr<HttpClient> client(reinterpret_cast<decltype(&join_make_http_client)>(entry)(mainQueue_));

@@ -23,8 +23,8 @@ public:
     /// These load the module if that has not happened yet. Without it, every request, download and connection
     /// fails with an error that says why.
     HttpReply get(const HttpRequest& request) override;
-    std::unique_ptr<Download> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
-    std::unique_ptr<Connection> connect(PostRequest request, ConnectionDelegate& delegate) override;
+    std::unique_ptr<Transfer> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
+    std::unique_ptr<Transfer> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
     std::unique_ptr<HttpClient> openModule();

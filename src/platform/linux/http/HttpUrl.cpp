@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdint>
+#include <strings.h>
 
 namespace join::platform {
 
@@ -18,10 +19,7 @@ bool consistsOf(std::string_view text, std::string_view characters) {
 }
 
 bool beginsWithScheme(std::string_view url) {
-    const auto sameLetter = [](char expected, char given) {
-        return expected == given || (given >= 'A' && given <= 'Z' && expected == given - 'A' + 'a');
-    };
-    return url.size() >= scheme.size() && std::equal(scheme.begin(), scheme.end(), url.begin(), sameLetter);
+    return url.size() >= scheme.size() && ::strncasecmp(url.data(), scheme.data(), scheme.size()) == 0;
 }
 
 bool hasBrokenEscape(std::string_view url) {
