@@ -15,8 +15,8 @@ void tryOut(std::string_view input) {
                             .activationToken = std::string(takeText(input))};
     if (!isLaunchUrl(*message.url))
         message.url.reset();
-    const auto bytes = instanceMessageBytes(message);
-    require(bytes && bytes->size() <= maximumInstanceMessageSize && parseInstanceMessage(*bytes) == message);
+    const std::string bytes = instanceMessageBytes(message);
+    require(bytes.size() <= maximumInstanceMessageSize && parseInstanceMessage(bytes) == message);
 }
 
 } // namespace join::fuzz

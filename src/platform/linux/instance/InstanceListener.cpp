@@ -1,10 +1,9 @@
 #include "platform/linux/instance/InstanceListener.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <poll.h>
 #include <sys/socket.h>
+#include <sys/time.h>
 #include <unistd.h>
 #include <utility>
 
@@ -12,12 +11,9 @@ namespace join::platform {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-using namespace std::chrono_literals;
-
-/// A start that connects and then sends nothing has been stopped.
-constexpr auto patience = 5s;
-constexpr std::size_t maximumConnections = 256;
+/// A start sends its message as soon as it is connected; one that does not has been stopped, and would hold up
+/// the others. If it was only slow, it connects again.
+constexpr timeval patience{.tv_sec = 0, .tv_usec = 500'000};
 
 } // namespace
 
@@ -26,12 +22,6 @@ bool isOwnPeer(int socket) {
     socklen_t size = sizeof peer;
     return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 && peer.uid == ::geteuid();
 }
-
-struct InstanceListener::Connection {
-    Descriptor socket;
-    Clock::time_point limit;
-    bool isReady = false;
-};
 
 InstanceListener::InstanceListener(Descriptor socket)
     : socket_(std::move(socket)), buffer_(maximumInstanceMessageSize + 1) {}
@@ -74,45 +64,20 @@ std::vector<InstanceMessage> InstanceListener::close() {
 }
 
 void InstanceListener::serve() {
-    std::vector<Connection> connections;
     for (;;) {
-        const bool isFull = connections.size() >= maximumConnections;
-        std::vector<pollfd> polled = {{socket_.get(), static_cast<short>(isFull ? 0 : POLLIN), 0}};
-        for (const Connection& connection : connections)
-            polled.push_back({connection.socket.get(), POLLIN, 0});
-        const int timeout =
-            connections.empty() ? -1 : static_cast<int>(std::chrono::milliseconds(1s).count());
-        if (::poll(polled.data(), polled.size(), timeout) < 0 && errno != EINTR)
+        const Descriptor sender(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (sender && isOwnPeer(sender.get()))
+            answer(sender);
+        else if (!sender && errno == EINVAL) // the socket has been shut down
             return;
-        if ((polled.front().revents & POLLHUP) != 0)
-            return;
-        for (std::size_t i = 0; i < connections.size(); ++i)
-            connections[i].isReady = polled[i + 1].revents != 0;
-        std::erase_if(connections, [this](Connection& connection) {
-            if (connection.isReady)
-                answer(connection.socket);
-            return connection.isReady || Clock::now() > connection.limit;
-        });
-        acceptAll(connections);
-    }
-}
-
-void InstanceListener::acceptAll(std::vector<Connection>& connections) {
-    while (connections.size() < maximumConnections) {
-        Descriptor socket(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
-        if (socket && isOwnPeer(socket.get()))
-            connections.push_back({std::move(socket), Clock::now() + patience});
-        else if (!socket && errno == EAGAIN)
-            return;
-        else if (!socket && errno != EINTR && errno != ECONNABORTED) {
-            std::this_thread::sleep_for(10ms); // out of descriptors for now, and poll would not wait
-            return;
-        }
+        else if (!sender)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10)); // perhaps out of descriptors for now
     }
 }
 
 /// A message that cannot be answered is not accepted, and one that is not accepted gets no answer.
 void InstanceListener::answer(const Descriptor& sender) {
+    ::setsockopt(sender.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     const ssize_t size = ::recv(sender.get(), buffer_.data(), buffer_.size(), 0);
     if (size <= 0)
         return;

@@ -45,10 +45,7 @@ public:
     std::vector<InstanceMessage> close();
 
 private:
-    struct Connection;
-
     void serve();
-    void acceptAll(std::vector<Connection>& connections);
     void answer(const Descriptor& sender);
 
     Descriptor socket_;

@@ -17,11 +17,12 @@ bool isLaunchUrl(const std::string& text) {
     return ::strncasecmp(text.c_str(), scheme.data(), scheme.size()) == 0;
 }
 
-std::optional<std::string> instanceMessageBytes(const InstanceMessage& message) {
-    std::string bytes(greeting);
-    bytes.append(1, '\0').append(message.url.value_or("")).append(1, '\0');
-    bytes.append(message.activationToken).append(1, '\0');
-    return bytes.size() <= maximumInstanceMessageSize ? std::optional(bytes) : std::nullopt;
+std::string instanceMessageBytes(const InstanceMessage& message) {
+    std::string bytes;
+    for (const std::string& field :
+         {std::string(greeting), message.url.value_or(""), message.activationToken})
+        bytes.append(field).append(1, '\0');
+    return bytes;
 }
 
 std::optional<InstanceMessage> parseInstanceMessage(std::string_view bytes) {

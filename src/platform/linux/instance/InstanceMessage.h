@@ -22,11 +22,11 @@ struct InstanceMessage {
 /// On Linux no argument of a program is longer than 128 KiB, and a token is far shorter than the rest.
 inline constexpr std::size_t maximumInstanceMessageSize = std::size_t{128 + 4} * 1024;
 
-/// Returns the bytes of a message, sent as one packet, or nothing if there would be too many. None of its
-/// texts can contain a NUL, since they come from the arguments and the environment.
+/// Returns the bytes of a message, sent as one packet. None of its texts can contain a NUL, since they come
+/// from the arguments and the environment.
 ///
 ///   message = "tavojoin 1" NUL [ url ] NUL [ token ] NUL      ; url is a launch URL
-std::optional<std::string> instanceMessageBytes(const InstanceMessage& message);
+std::string instanceMessageBytes(const InstanceMessage& message);
 
 /// Returns the message in such a packet, or nothing if the packet is not a message.
 std::optional<InstanceMessage> parseInstanceMessage(std::string_view bytes);

@@ -54,15 +54,6 @@ void setPatience(const Descriptor& socket, SteadyClock::time_point limit) {
     ::setsockopt(socket.get(), SOL_SOCKET, SO_RCVTIMEO, &value, sizeof value);
 }
 
-/// Returns whether the name in the folder is still that of the open file, not of a later one.
-bool isStillNamed(const Descriptor& file, const Descriptor& folder, const char* name) {
-    struct stat open {};
-    struct stat named {};
-    return ::fstat(file.get(), &open) == 0 &&
-           ::fstatat(folder.get(), name, &named, AT_SYMLINK_NOFOLLOW) == 0 && open.st_dev == named.st_dev &&
-           open.st_ino == named.st_ino;
-}
-
 Descriptor openOrMakePrivateFolder(int parent, const char* name) {
     ::mkdirat(parent, name, S_IRWXU); // it may exist already; it is checked below
     return openPrivateFolder(parent, name, O_NOFOLLOW);
@@ -98,14 +89,12 @@ bool SingleInstance::handOver(const InstanceMessage& message) {
 }
 
 SingleInstance::Start SingleInstance::meet(const InstanceMessage& message, bool mayBeFirst) {
-    const auto bytes = instanceMessageBytes(message);
+    const std::string bytes = instanceMessageBytes(message);
     const auto limit = SteadyClock::now() + patience_;
     for (;;) {
         if (mayBeFirst && takePlace())
             return Start::first;
-        if (!bytes)
-            return Start::unanswered;
-        const Answer answer = send(*bytes, limit);
+        const Answer answer = send(bytes, limit);
         if (answer == Answer::taken)
             return Start::handedOver;
         if (answer == Answer::none || SteadyClock::now() > limit)
@@ -134,8 +123,6 @@ bool SingleInstance::takePlace() {
             raise("The lock file takes no lock");
         return false;
     }
-    if (!isStillNamed(lock, folder_, lockName))
-        return false; // somebody has removed the file; the next attempt finds the new one
     listener_.emplace(listeningSocket());
     lock_ = std::move(lock);
     return true;
@@ -146,7 +133,7 @@ Descriptor SingleInstance::listeningSocket() const {
     const sockaddr_un address = addressIn(folder_);
     ::unlinkat(folder_.get(), socketName, 0); // whoever left it is dead: we hold the lock
     if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
-        ::listen(socket.get(), SOMAXCONN) != 0 || ::fcntl(socket.get(), F_SETFL, O_NONBLOCK) != 0)
+        ::listen(socket.get(), SOMAXCONN) != 0)
         raise("The socket cannot be made");
     return socket;
 }

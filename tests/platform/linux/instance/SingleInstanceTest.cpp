@@ -44,9 +44,7 @@ TEST(InstanceMessage, IsReadBackAsItWasWrittenAndNothingElseIsAMessage) {
         {.url = "tavojoin:" + std::string(std::size_t{127} * 1024, 'x'), .activationToken = "token"},
     };
     for (const InstanceMessage& message : messages)
-        EXPECT_EQ(parseInstanceMessage(instanceMessageBytes(message).value()), message);
-    EXPECT_EQ(instanceMessageBytes(urlMessage("tavojoin:" + std::string(maximumInstanceMessageSize, 'x'))),
-              std::nullopt);
+        EXPECT_EQ(parseInstanceMessage(instanceMessageBytes(message)), message);
 
     for (const std::string& none :
          {""s, "\0\0\0"s, "tavojoin 1\0"s, "tavojoin 1\0\0"s, "tavojoin 1\0\0\0x"s, "tavojoin 2\0\0\0"s,
