@@ -58,9 +58,7 @@ bool ApiHandler::checkSessionApi() {
     try {
         JoinSessionDetails& details = session();
         const std::string url = sessionCheckUrl(details);
-        platform::HttpRequest request;
-        request.url = url;
-        const platform::HttpReply reply = platform::services().httpClient->get(request);
+        const platform::HttpReply reply = platform::services().httpClient->get({.url = url});
 
         const Text description = reply.error ? Text(reply.error->description) : std::nullopt;
         if (reply.error)

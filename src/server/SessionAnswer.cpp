@@ -5,7 +5,6 @@
 #include "session/JoinSessionDetails.h"
 
 #include <algorithm>
-#include <array>
 #include <type_traits>
 #include <variant>
 
@@ -20,7 +19,7 @@ using platform::Value;
     throw Exception(formatted("The member \"%@\" of the answer is of a wrong type", name));
 }
 
-bool truthOf(std::string_view name, const Value& value) {
+bool truthOf(const platform::Member& member) {
     return std::visit(
         [&](const auto& held) -> bool {
             using Held = std::decay_t<decltype(held)>;
@@ -29,52 +28,38 @@ bool truthOf(std::string_view name, const Value& value) {
             else if constexpr (std::is_same_v<Held, std::string>)
                 return truthOfText(held);
             else
-                raiseWrongType(name);
+                raiseWrongType(member.name);
         },
-        value.data);
+        member.value.data);
 }
 
-const std::string& textOf(std::string_view name, const Value& value) {
-    const std::string* text = value.text();
+const std::string& textOf(const platform::Member& member) {
+    const std::string* text = member.value.text();
     if (!text)
-        raiseWrongType(name);
+        raiseWrongType(member.name);
     return *text;
 }
 
-void applyUpdateNeeded(const platform::Member& member, JoinSessionDetails& details) {
-    details.isUpdateNeeded.set(truthOf(member.name, member.value));
-}
-
-void applyAwsUrl(const platform::Member& member, JoinSessionDetails& details) {
-    if (const std::string& url = textOf(member.name, member.value); !url.empty()) {
-        details.awsUrl.set(url);
-        details.isAwsAvailable.set(true);
+/// Keeps a text that is not empty; an empty one changes nothing.
+void applySource(const platform::Member& member, Atomic<Text>& source, Atomic<bool>& isAvailable) {
+    if (const std::string& text = textOf(member); !text.empty()) {
+        source.set(text);
+        isAvailable.set(true);
     }
 }
 
-void applyAwsServer(const platform::Member& member, JoinSessionDetails& details) {
-    const std::string* server = member.value.text();
-    details.awsServer.set(server ? Text(*server) : std::nullopt);
-}
-
-void applyCdnLink(const platform::Member& member, JoinSessionDetails& details) {
-    if (const std::string& link = textOf(member.name, member.value); !link.empty()) {
-        details.cdnUrl.set(link);
-        details.isCdnAvailable.set(true);
+void applyMember(const platform::Member& member, JoinSessionDetails& details) {
+    if (member.name == "update_needed") {
+        details.isUpdateNeeded.set(truthOf(member));
+    } else if (member.name == "aws_server_download_url") {
+        applySource(member, details.awsUrl, details.isAwsAvailable);
+    } else if (member.name == "aws_server") {
+        const std::string* server = member.value.text();
+        details.awsServer.set(server ? Text(*server) : std::nullopt);
+    } else if (member.name == "cdn_link") {
+        applySource(member, details.cdnUrl, details.isCdnAvailable);
     }
 }
-
-struct Rule {
-    std::string_view name;
-    void (*apply)(const platform::Member&, JoinSessionDetails&);
-};
-
-constexpr std::array<Rule, 4> rules = {{
-    {"update_needed", applyUpdateNeeded},
-    {"aws_server_download_url", applyAwsUrl},
-    {"aws_server", applyAwsServer},
-    {"cdn_link", applyCdnLink},
-}};
 
 } // namespace
 
@@ -101,11 +86,8 @@ const Value* meetingOf(const Value& answer) {
 }
 
 void applyMeeting(const Value& meeting, JoinSessionDetails& details) {
-    for (const platform::Member& member : *meeting.dictionary()) {
-        const auto rule = std::ranges::find(rules, member.name, &Rule::name);
-        if (rule != rules.end())
-            rule->apply(member, details);
-    }
+    for (const platform::Member& member : *meeting.dictionary())
+        applyMember(member, details);
 }
 
 } // namespace join

@@ -17,17 +17,6 @@ constexpr std::array<std::string_view, 7> keptNames = {
     "writeSocketDataToFile", "webSiteDomainName", "joinDomainName",
 };
 
-/// The host names to remember, in the order in which a piece is tested for them.
-struct RememberedHost {
-    std::string_view name;
-    Text OldJoinDetails::*value;
-};
-constexpr std::array<RememberedHost, 3> rememberedHosts = {{
-    {"webServerName", &OldJoinDetails::webServerName},
-    {"gatewayName", &OldJoinDetails::gatewayName},
-    {"defaultGatewayName", &OldJoinDetails::defaultGatewayName},
-}};
-
 void appendPair(std::string& text, std::string_view name, const Text& value) {
     text.append("&").append(name).append("=").append(value ? std::string_view(*value) : absentText);
 }
@@ -51,11 +40,12 @@ OldJoinDetails readOldJoinDetails(std::string_view body) {
             old.keptPieces.push_back(piece);
         } else if (begins("role_change_on_init")) {
             old.roleChangePieces.push_back(piece);
-        } else {
-            const auto host = std::ranges::find_if(rememberedHosts, begins, &RememberedHost::name);
-            if (host != rememberedHosts.end())
-                old.*host->value = joinParameterValue(piece, host->name);
         }
+        for (const auto& [name, value] : {std::pair{"webServerName", &old.webServerName},
+                                          {"gatewayName", &old.gatewayName},
+                                          {"defaultGatewayName", &old.defaultGatewayName}})
+            if (begins(name))
+                *value = joinParameterValue(piece, name);
     }
     return old;
 }

@@ -37,57 +37,39 @@ struct Row {
     std::string_view name;
     std::string_view otherName;
     Atomic<Text> Details::*property;
+    std::string_view logged = {}; ///< how the value is named in the log; empty if it is not logged
 };
 
-void apply(const Row& row, const LaunchUrlParameters& parameters) {
-    if (const auto value = valueOf(parameters, row.name, row.otherName); isUsable(value))
-        (session().*row.property).set(trimmed(*value));
-}
-
-void applyGateway(const LaunchUrlParameters& parameters) {
-    apply({"gwn", {}, &Details::gatewayName}, parameters);
-    if (const auto number = valueOf(parameters, "gatewayhost"); isUsable(number))
-        session().gatewayName.set(formatted("gw%@", trimmed(*number)));
-    apply({"gwn1", {}, &Details::defaultGatewayName}, parameters);
-}
-
-void applyVersions(const LaunchUrlParameters& parameters) {
-    if (const auto version = valueOf(parameters, "tav"); isUsable(version)) {
-        session().tavoAppVersion.set(trimmed(*version));
-        log("%s : ###Latest Tavo app Version (tav) : %@", method, *version);
-    }
-    if (const auto version = valueOf(parameters, "jav"); isUsable(version)) {
-        session().joinAppVersion.set(trimmed(*version));
-        log("%s : ###Latest Join app Version (jav) : %@", method, *version);
-    }
-    if (const auto version = valueOf(parameters, "cav"); isUsable(version)) {
-        session().crashDetectorAppVersion.set(trimmed(*version));
-        log("%s : ###Latest Crash Detector app Version (cav) : %@", method, *version);
-    }
-}
-
-void applyPerSessionValues(const LaunchUrlParameters& parameters) {
-    constexpr std::array<Row, 5> rows = {{
-        {"vid", "viewerid", &Details::viewerId},
-        {"rcoi", "rolechangeoninit", &Details::roleChangeOnInit},
-        {"fti", {}, &Details::firstTimeInstall},
-        {"authkey", {}, &Details::authkey},
-        {"group", {}, &Details::group},
-    }};
-    for (const Row& row : rows)
-        apply(row, parameters);
-    session().isDemoMode.set(valueOf(parameters, "demo") == "true" ? "true" : "false");
-    session().isDemoTech.set(valueOf(parameters, "isDemoTech") == "true" ? "true" : "false");
-}
+constexpr std::array<Row, 11> rows = {{
+    {"gwn", {}, &Details::gatewayName},
+    {"gwn1", {}, &Details::defaultGatewayName},
+    {"wsn", "web_server", &Details::webServerName},
+    {"tav", {}, &Details::tavoAppVersion, "Tavo app Version (tav)"},
+    {"jav", {}, &Details::joinAppVersion, "Join app Version (jav)"},
+    {"cav", {}, &Details::crashDetectorAppVersion, "Crash Detector app Version (cav)"},
+    {"vid", "viewerid", &Details::viewerId},
+    {"rcoi", "rolechangeoninit", &Details::roleChangeOnInit},
+    {"fti", {}, &Details::firstTimeInstall},
+    {"authkey", {}, &Details::authkey},
+    {"group", {}, &Details::group},
+}};
 
 /// Applies everything but the key.
 void applyParameters(const LaunchUrlParameters& parameters) {
     const auto email = valueOf(parameters, "e", "email");
     session().emailID.set(isUsable(email) ? trimmed(*email) : "Guest");
-    applyGateway(parameters);
-    apply({"wsn", "web_server", &Details::webServerName}, parameters);
-    applyVersions(parameters);
-    applyPerSessionValues(parameters);
+    for (const Row& row : rows) {
+        const auto value = valueOf(parameters, row.name, row.otherName);
+        if (!isUsable(value))
+            continue;
+        (session().*row.property).set(trimmed(*value));
+        if (!row.logged.empty())
+            log("%s : ###Latest %@ : %@", method, row.logged, *value);
+    }
+    if (const auto number = valueOf(parameters, "gatewayhost"); isUsable(number))
+        session().gatewayName.set(formatted("gw%@", trimmed(*number)));
+    session().isDemoMode.set(valueOf(parameters, "demo") == "true" ? "true" : "false");
+    session().isDemoTech.set(valueOf(parameters, "isDemoTech") == "true" ? "true" : "false");
 }
 
 /// Returns the parameters as one readable text.
