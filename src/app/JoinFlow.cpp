@@ -221,7 +221,7 @@ void AppDelegate::crashDetectorLaunch() {
         if (!isTavoAppRunning())
             return;
         JoinSessionDetails& details = session();
-        tavoJoinWindow->tavoJoinWindow().orderOut();
+        tavoJoinWindow->orderOut();
         if (details.isCrashDetectorLaunched()) {
             log("%s : Crash Detector already launched for this session.", method);
         } else if (files().exists(installedCrashDetector())) {

@@ -26,7 +26,6 @@ public:
 struct SystemVersion {
     int major = 0;
     int minor = 0;
-    int maintenance = 0;
 };
 
 /// The version to assume for a system whose own number says nothing about its age.

@@ -8,80 +8,20 @@
 
 namespace join::platform {
 
-struct Point {
-    int x = 0;
-    int y = 0;
-};
-
-/// In logical pixels.
-struct Size {
-    int width = 0;
-    int height = 0;
-};
-
-struct Color {
-    unsigned char red = 0;
-    unsigned char green = 0;
-    unsigned char blue = 0;
-};
-inline constexpr Color white{255, 255, 255};
-inline constexpr Color black{0, 0, 0};
-inline constexpr Color red{255, 0, 0};
-inline constexpr Color blue{0, 0, 255};
-
-/// How a text is drawn: its colour, and its size in the system's font.
-struct TextAttributes {
-    Color color;
-    int pointSize = 0;
-};
-
 /// A message, part of which may be a link. The link's place is given in bytes of the UTF-8 text.
 struct MessageText {
     struct Link {
         std::size_t offset = 0;
         std::size_t length = 0;
         std::string address; ///< opened in the user's browser
-        Color color;
     };
     std::string text;
-    std::string fontFamily;
-    int pointSize = 0;
     std::optional<Link> link;
 };
 
 /// Levels that keep a window above those of lower levels, as far as the desktop allows it.
-inline constexpr int normalWindowLevel = 0;
 inline constexpr int floatingWindowLevel = 3;
 inline constexpr int statusWindowLevel = 25;
-
-enum class StandardButton { close, minimise, zoom };
-
-/// A window of an interface file. Main thread only, like everything here.
-class Window {
-public:
-    virtual ~Window() = default;
-
-    virtual Size frameSize() const = 0;
-    virtual void setFrameOrigin(Point origin) = 0;
-    virtual void setLevel(int level) = 0;
-    virtual void setBackgroundColor(Color color) = 0;
-    virtual void setTitle(const std::string& title) = 0;
-    virtual void hideStandardButton(StandardButton button) = 0;
-
-    /// Sets the function that decides whether the window closes when the user asks for it.
-    virtual void setShouldClose(std::function<bool()> shouldClose) = 0;
-
-    /// Draws what has changed, if the window is on the screen. It has been painted when this returns.
-    virtual void display() = 0;
-
-    /// Puts the window on the screen, in front, with the keyboard focus. It has been painted when this
-    /// returns.
-    virtual void makeKeyAndOrderFront() = 0;
-
-    /// Takes the window off the screen.
-    virtual void orderOut() = 0;
-    virtual bool isVisible() const = 0;
-};
 
 /// A text to read. Every character is shown as it is: there is no markup.
 class Label {
@@ -89,9 +29,8 @@ public:
     virtual ~Label() = default;
 
     virtual void setStringValue(const std::string& text) = 0;
-    virtual void setTextColor(Color color) = 0;
 
-    /// Shows a message, whose link works with mouse and keyboard.
+    /// Shows a message, whose link is blue and works with mouse and keyboard.
     virtual void setMessage(const MessageText& message) = 0;
 };
 
@@ -107,7 +46,9 @@ public:
 
     /// Sets the prompt that is shown while the field is empty.
     virtual void setPlaceholder(const std::string& text) = 0;
-    virtual void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) = 0;
+
+    /// Sets a prompt that reports an error: in red, at 13 points.
+    virtual void setErrorPlaceholder(const std::string& text) = 0;
 
     /// Takes the keyboard focus.
     virtual void becomeFirstResponder() = 0;
@@ -118,32 +59,52 @@ public:
     virtual ~Button() = default;
 
     virtual void setTitle(const std::string& title) = 0;
-    virtual void setEnabled(bool enabled) = 0;
 
     /// Sets what a click or its keyboard equivalent does. A click while the action runs is lost.
     virtual void setAction(std::function<void()> action) = 0;
 };
 
+/// An indicator is seen only while it is animated.
 class ProgressIndicator {
 public:
     virtual ~ProgressIndicator() = default;
 
     virtual void startAnimation() = 0;
     virtual void stopAnimation() = 0;
-    virtual void setHidden(bool hidden) = 0;
 };
 
-/// A loaded interface file: one window and its controls, the outlets, by name. It owns them all. Throws
-/// Exception for an outlet that the file does not contain, or contains as another kind of control.
-class Interface {
+/// A window from an interface file, and its controls, the outlets, by name. It owns them all. Asking for an
+/// outlet that the file does not contain, or contains as another kind of control, throws Exception. Main
+/// thread only, like everything here.
+class Window {
 public:
-    virtual ~Interface() = default;
+    virtual ~Window() = default;
 
-    virtual Window& window() = 0;
     virtual Label& label(const std::string& outlet) = 0;
     virtual TextField& textField(const std::string& outlet) = 0;
     virtual Button& button(const std::string& outlet) = 0;
     virtual ProgressIndicator& progressIndicator(const std::string& outlet) = 0;
+
+    virtual void setLevel(int level) = 0;
+    virtual void setTitle(const std::string& title) = 0;
+
+    /// Makes the background white, and the text on it black, in every desktop theme.
+    virtual void setWhite() = 0;
+    virtual void hideCloseButton() = 0;
+
+    /// Sets what happens when the user closes the window.
+    virtual void setCloseAction(std::function<void()> action) = 0;
+
+    /// Draws what has changed, if the window is on the screen. It has been painted when this returns.
+    virtual void display() = 0;
+
+    /// Puts the window on the screen, in the middle of it, in front, with the keyboard focus. It has been
+    /// painted when this returns.
+    virtual void makeKeyAndOrderFront() = 0;
+
+    /// Takes the window off the screen.
+    virtual void orderOut() = 0;
+    virtual bool isVisible() const = 0;
 };
 
 class Windows {
@@ -152,10 +113,7 @@ public:
 
     /// Loads a named interface file; its window is not on the screen yet. Throws Exception if there is no
     /// file of that name.
-    virtual std::unique_ptr<Interface> load(const std::string& name) = 0;
-
-    /// Returns the size of the main screen.
-    virtual Size mainScreenSize() = 0;
+    virtual std::unique_ptr<Window> load(const std::string& name) = 0;
 };
 
 /// The application's strings table.

@@ -6,10 +6,8 @@
 
 namespace join {
 
-using platform::services;
-
 platform::MessageText errorMessage(std::string_view localizedMessage, std::string_view linkText) {
-    platform::MessageText message{.text = {}, .fontFamily = "Helvetica", .pointSize = 14, .link = {}};
+    platform::MessageText message;
     for (std::size_t i = 0; i < localizedMessage.size(); ++i) {
         message.text += localizedMessage[i];
         if (localizedMessage.substr(i).starts_with("%%"))
@@ -17,30 +15,20 @@ platform::MessageText errorMessage(std::string_view localizedMessage, std::strin
     }
     const std::size_t offset = linkText.empty() ? std::string::npos : message.text.find(linkText);
     if (offset != std::string::npos)
-        message.link = {offset, linkText.size(), std::string(systemRequirementsAddress), platform::blue};
+        message.link = {offset, linkText.size(), std::string(systemRequirementsAddress)};
     return message;
 }
 
 ErrorWindow::ErrorWindow() : WindowController("ErrorWindow") {}
 
 void ErrorWindow::windowDidLoad() {
-    const auto localized = [](const char* key) { return services().strings->localized(key); };
-    platform::Button& ok = interface().button("ok");
-    ok.setTitle(localized("OK"));
-    ok.setAction([this] { okButton(); });
-    platform::Window& window = interface().window();
-    window.setBackgroundColor(platform::white);
-    centreOnMainScreen(window);
-    window.setLevel(platform::statusWindowLevel);
-    platform::Label& errorText = interface().label("errorText");
-    errorText.setTextColor(platform::black);
-    errorText.setMessage(errorMessage(localized("ERROR_MESSAGE"), localized("CLICK_HERE")));
-    window.setShouldClose([this] {
-        okButton();
-        return true;
-    });
+    const auto okButton = [] { platform::services().application->exitImmediately(); };
+    window().button("ok").setTitle(localized("OK"));
+    window().button("ok").setAction(okButton);
+    window().setWhite();
+    window().setLevel(platform::statusWindowLevel);
+    window().label("errorText").setMessage(errorMessage(localized("ERROR_MESSAGE"), localized("CLICK_HERE")));
+    window().setCloseAction(okButton);
 }
-
-void ErrorWindow::okButton() { services().application->exitImmediately(); }
 
 } // namespace join

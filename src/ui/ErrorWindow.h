@@ -1,9 +1,7 @@
 #pragma once
 
-#include "platform/Windows.h"
 #include "ui/WindowController.h"
 
-#include <string>
 #include <string_view>
 
 namespace join {
@@ -17,9 +15,6 @@ platform::MessageText errorMessage(std::string_view localizedMessage, std::strin
 class ErrorWindow final : public WindowController {
 public:
     ErrorWindow();
-
-    /// Ends the process with status 0, bypassing the application's termination. Never returns.
-    void okButton();
 
 private:
     void windowDidLoad() override;

@@ -1,7 +1,6 @@
 #include "ui/TavoJoinMainWindowHandler.h"
 
 #include "base/Logging.h"
-#include "platform/Application.h"
 #include "platform/HttpClient.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
@@ -16,10 +15,7 @@ using platform::services;
 
 namespace {
 
-constexpr int placeholderPointSize = 13;
 constexpr int statusOk = 200;
-
-std::string localized(const std::string& key) { return services().strings->localized(key); }
 
 std::string_view sessionTypeName(std::int32_t sessionType) {
     switch (sessionType) {
@@ -35,51 +31,35 @@ std::string_view sessionTypeName(std::int32_t sessionType) {
 } // namespace
 
 TavoJoinMainWindowHandler::TavoJoinMainWindowHandler(TavoJoinWindowHandler& joinInfoWindow)
-    : WindowController("TavoJoinMainWindow"),
-      joinInfoWindow_(joinInfoWindow), errorTxtDict_{platform::red, placeholderPointSize} {}
+    : WindowController("TavoJoinMainWindow"), joinInfoWindow_(joinInfoWindow) {}
 
 platform::TextField& TavoJoinMainWindowHandler::keyInputTextfield() {
-    return interface().textField("keyInputTextfield");
+    return window().textField("keyInputTextfield");
 }
 
 platform::TextField& TavoJoinMainWindowHandler::emailInputTextfield() {
-    return interface().textField("emailInputTextfield");
+    return window().textField("emailInputTextfield");
 }
 
 void TavoJoinMainWindowHandler::windowDidLoad() {
-    platform::Window& window = interface().window();
-    centreOnMainScreen(window);
-    window.setLevel(platform::floatingWindowLevel);
+    window().setLevel(platform::floatingWindowLevel);
     // Its close button is hidden, but desktops have other ways to close a window, and a join without this
     // window could not be finished.
-    window.setShouldClose([this] {
-        cancelButtonAction();
-        return true;
-    });
-    platform::Button& cancelButton = interface().button("cancelButton");
-    cancelButton.setTitle(localized("CANCEL"));
-    cancelButton.setEnabled(true);
-    cancelButton.setAction([this] { cancelButtonAction(); });
-    platform::Button& joinButton = interface().button("joinButton");
-    joinButton.setEnabled(true);
-    joinButton.setTitle(localized("JOIN"));
-    joinButton.setAction([this] { joinButtonAction(); });
-    window.setTitle(localized("JOIN"));
+    window().setCloseAction([this] { cancelButtonAction(); });
+    window().hideCloseButton();
+    window().setTitle(localized("JOIN"));
+    window().button("cancelButton").setTitle(localized("CANCEL"));
+    window().button("cancelButton").setAction([this] { cancelButtonAction(); });
+    window().button("joinButton").setTitle(localized("JOIN"));
+    window().button("joinButton").setAction([this] { joinButtonAction(); });
     keyInputTextfield().setPlaceholder(localized("ENTER_KEY"));
     emailInputTextfield().setPlaceholder(localized("ENTER_EMAIL"));
-    for (const auto button : {platform::StandardButton::zoom, platform::StandardButton::minimise,
-                              platform::StandardButton::close})
-        window.hideStandardButton(button);
     keyInputTextfield().becomeFirstResponder();
 }
 
 void TavoJoinMainWindowHandler::showWindowAskingForValidKey() {
-    showError(keyInputTextfield(), "ENTER_VALID_KEY");
+    keyInputTextfield().setErrorPlaceholder(localized("ENTER_VALID_KEY"));
     showWindow();
-}
-
-void TavoJoinMainWindowHandler::showError(platform::TextField& field, const std::string& textKey) {
-    field.setAttributedPlaceholder(localized(textKey), errorTxtDict_);
 }
 
 void TavoJoinMainWindowHandler::close() {
@@ -94,16 +74,13 @@ void TavoJoinMainWindowHandler::joinButtonAction() {
         const std::string email(trimBlanks(emailInputTextfield().stringValue()));
         if (!key.empty() && !email.empty()) {
             joinWith(key, email);
-        } else if (!email.empty()) {
-            showError(keyInputTextfield(), "ENTER_KEY");
-            emailInputTextfield().setPlaceholder(email);
-        } else if (!key.empty()) {
-            showError(emailInputTextfield(), "ENTER_EMAIL");
-            keyInputTextfield().setPlaceholder(key);
-        } else {
-            showError(keyInputTextfield(), "ENTER_KEY");
-            showError(emailInputTextfield(), "ENTER_EMAIL");
+            return;
         }
+        const auto prompt = [](platform::TextField& field, const std::string& value, const char* textKey) {
+            value.empty() ? field.setErrorPlaceholder(localized(textKey)) : field.setPlaceholder(value);
+        };
+        prompt(keyInputTextfield(), key, "ENTER_KEY");
+        prompt(emailInputTextfield(), email, "ENTER_EMAIL");
     });
 }
 
@@ -113,7 +90,7 @@ void TavoJoinMainWindowHandler::joinWith(const std::string& key, const std::stri
     log("%s : Key : %@ Email : %@", "-[TavoJoinMainWindowHandler joinButtonAction:]", key, email);
     keyInputTextfield().setStringValue("");
     if (!isKeyValid(key)) {
-        showError(keyInputTextfield(), "ENTER_VALID_KEY");
+        keyInputTextfield().setErrorPlaceholder(localized("ENTER_VALID_KEY"));
         keyInputTextfield().becomeFirstResponder();
         return;
     }
@@ -139,8 +116,7 @@ bool TavoJoinMainWindowHandler::isKeyValid(const std::string& key) {
         log("%s : Error getting while checking key %@, HTTP status code %li", method, key, status);
         return false;
     }
-    const bool isText = reply.body && platform::isUtf8(*reply.body);
-    const Text body = isText ? reply.body : std::nullopt;
+    const Text body = reply.body && platform::isUtf8(*reply.body) ? reply.body : std::nullopt;
     const auto validity = body ? keyValidity(*body) : std::nullopt;
     log("%s : Response string : %@ isvalid : %@", method, body, validity ? Text(*validity) : std::nullopt);
     return validity && validity->starts_with("true");
@@ -150,8 +126,7 @@ void TavoJoinMainWindowHandler::cancelButtonAction() {
     orderOut();
     log("%s : Terminating tavo join from main window cancel button event",
         "-[TavoJoinMainWindowHandler cancelButtonAction:]");
-    logSessionEnd();
-    services().application->terminate();
+    quit();
 }
 
 } // namespace join

@@ -24,22 +24,18 @@ public:
     /// The Join button: continues the join if both fields are filled and the web server accepts the key.
     void joinButtonAction();
 
-    /// The Cancel button: quits.
-    void cancelButtonAction();
-
     /// Asks the web server about a key; blocks until it has answered. Returns whether the key is valid.
     bool isKeyValid(const std::string& key);
 
 private:
     void windowDidLoad() override;
     void joinWith(const std::string& key, const std::string& email);
+    void cancelButtonAction();
 
     platform::TextField& keyInputTextfield();
     platform::TextField& emailInputTextfield();
-    void showError(platform::TextField& field, const std::string& textKey);
 
     TavoJoinWindowHandler& joinInfoWindow_;
-    platform::TextAttributes errorTxtDict_; ///< for the red prompts
 };
 
 } // namespace join

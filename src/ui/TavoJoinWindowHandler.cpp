@@ -1,51 +1,38 @@
 #include "ui/TavoJoinWindowHandler.h"
 
 #include "base/Logging.h"
-#include "platform/Application.h"
-#include "platform/Services.h"
 
 namespace join {
 
-using platform::services;
-
 TavoJoinWindowHandler::TavoJoinWindowHandler() : WindowController("TavoJoinWindow") {}
 
-platform::Window& TavoJoinWindowHandler::tavoJoinWindow() { return interface().window(); }
-
-platform::Label& TavoJoinWindowHandler::infoLabel() { return interface().label("infoLabel"); }
-
 platform::ProgressIndicator& TavoJoinWindowHandler::progress() {
-    return interface().progressIndicator("progress");
+    return window().progressIndicator("progress");
 }
 
+platform::Label& TavoJoinWindowHandler::infoLabel() { return window().label("infoLabel"); }
+
 void TavoJoinWindowHandler::windowDidLoad() {
-    platform::Window& window = tavoJoinWindow();
-    centreOnMainScreen(window);
-    window.setLevel(platform::floatingWindowLevel);
-    window.setShouldClose([this] { return windowShouldClose(); });
-    window.setBackgroundColor(platform::white);
-    progress().startAnimation();
-    infoLabel().setStringValue(services().strings->localized("JOIN_PROGRESS"));
-    window.setTitle(services().strings->localized("JOIN"));
-    window.hideStandardButton(platform::StandardButton::zoom);
-    window.hideStandardButton(platform::StandardButton::minimise);
+    window().setLevel(platform::floatingWindowLevel);
+    window().setCloseAction([this] { windowShouldClose(); });
+    window().setWhite();
+    window().setTitle(localized("JOIN"));
+    showProgress();
 }
 
 void TavoJoinWindowHandler::showProgress() {
-    if (!isProblemShown_)
+    if (isProgressShown_)
         return;
-    isProblemShown_ = false;
-    progress().setHidden(false);
+    isProgressShown_ = true;
     progress().startAnimation();
-    infoLabel().setStringValue(services().strings->localized("JOIN_PROGRESS"));
-    tavoJoinWindow().display();
+    infoLabel().setStringValue(localized("JOIN_PROGRESS"));
+    window().display();
 }
 
 void TavoJoinWindowHandler::showProblem() {
-    isProblemShown_ = true;
-    infoLabel().setStringValue(services().strings->localized("PROBLEM_OCCURED"));
+    infoLabel().setStringValue(localized("PROBLEM_OCCURED"));
     progress().stopAnimation();
-    progress().setHidden(true);
+    isProgressShown_ = false;
 }
 
 void TavoJoinWindowHandler::closeWindow() {
@@ -58,17 +45,14 @@ void TavoJoinWindowHandler::closeWindow() {
 void TavoJoinWindowHandler::close() {
     orderOut();
     log("%s : Agent invoked successfully", "-[TavoJoinWindowHandler close]");
-    logSessionEnd();
-    services().application->terminate();
+    quit();
 }
 
-bool TavoJoinWindowHandler::windowShouldClose() {
+void TavoJoinWindowHandler::windowShouldClose() {
     orderOut();
     progress().stopAnimation();
     log("%s : Terminating tavo join", "-[TavoJoinWindowHandler windowShouldClose:]");
-    logSessionEnd();
-    services().application->terminate();
-    return true;
+    quit();
 }
 
 } // namespace join

@@ -10,12 +10,7 @@ class TavoJoinWindowHandler final : public WindowController {
 public:
     TavoJoinWindowHandler();
 
-    /// The outlets, loaded on first use.
-    platform::Window& tavoJoinWindow();
-    platform::Label& infoLabel();
-    platform::ProgressIndicator& progress();
-
-    /// Shows again that the join is in progress. Does not bring the window to the screen.
+    /// Shows that the join is in progress. Does not bring the window to the screen.
     void showProgress();
 
     /// Shows that the session could not be joined, and stops the indicator.
@@ -27,13 +22,14 @@ public:
     /// Takes the window off the screen and quits. Never returns.
     void close();
 
-    /// Called when the user closes the window: quits.
-    bool windowShouldClose();
-
 private:
     void windowDidLoad() override;
+    void windowShouldClose();
 
-    bool isProblemShown_ = false;
+    platform::ProgressIndicator& progress();
+    platform::Label& infoLabel();
+
+    bool isProgressShown_ = false;
 };
 
 } // namespace join

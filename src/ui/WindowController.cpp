@@ -1,37 +1,41 @@
 #include "ui/WindowController.h"
 
+#include "base/Logging.h"
+#include "platform/Application.h"
 #include "platform/Services.h"
 
 #include <utility>
 
 namespace join {
 
+using platform::services;
+
 WindowController::WindowController(std::string windowNibName) : windowNibName_(std::move(windowNibName)) {}
 
 WindowController::~WindowController() = default;
 
-void WindowController::showWindow() { interface().window().makeKeyAndOrderFront(); }
-
-bool WindowController::isVisible() const { return interface_ && interface_->window().isVisible(); }
-
-platform::Interface& WindowController::interface() {
-    if (!interface_) {
-        interface_ = platform::services().windows->load(windowNibName_);
-        windowDidLoad();
-    }
-    return *interface_;
-}
+void WindowController::showWindow() { window().makeKeyAndOrderFront(); }
 
 void WindowController::orderOut() {
-    if (interface_)
-        interface_->window().orderOut();
+    if (window_)
+        window_->orderOut();
 }
 
-void centreOnMainScreen(platform::Window& window) {
-    const platform::Size screen = platform::services().windows->mainScreenSize();
-    const platform::Size size = window.frameSize();
-    window.setFrameOrigin({screen.width / 2 - size.width / 2, screen.height / 2 - size.height / 2});
-    window.display();
+bool WindowController::isVisible() const { return window_ && window_->isVisible(); }
+
+platform::Window& WindowController::window() {
+    if (!window_) {
+        window_ = services().windows->load(windowNibName_);
+        windowDidLoad();
+    }
+    return *window_;
 }
+
+void WindowController::quit() {
+    logSessionEnd();
+    services().application->terminate();
+}
+
+std::string localized(const std::string& key) { return services().strings->localized(key); }
 
 } // namespace join

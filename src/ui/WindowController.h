@@ -16,7 +16,10 @@ public:
     WindowController& operator=(const WindowController&) = delete;
 
     /// Brings the window to the front with the keyboard focus. The window has been painted when this returns.
-    virtual void showWindow();
+    void showWindow();
+
+    /// Takes the window off the screen, if it has been loaded. The program continues.
+    void orderOut();
 
     /// Returns whether the window is on the screen. Does not load it.
     bool isVisible() const;
@@ -25,18 +28,18 @@ protected:
     /// Sets up the window after it has been loaded.
     virtual void windowDidLoad() = 0;
 
-    /// Returns the interface file, loading it if necessary.
-    platform::Interface& interface();
+    /// Returns the window, loading it if necessary.
+    platform::Window& window();
 
-    /// Takes the window off the screen, if it has been loaded.
-    void orderOut();
+    /// Ends the session in the log and quits. Never returns.
+    static void quit();
 
 private:
     std::string windowNibName_;
-    std::unique_ptr<platform::Interface> interface_;
+    std::unique_ptr<platform::Window> window_;
 };
 
-/// Moves a window to the middle of the main screen, keeping its size.
-void centreOnMainScreen(platform::Window& window);
+/// Returns the text of the key in the user's language.
+std::string localized(const std::string& key);
 
 } // namespace join

@@ -88,7 +88,7 @@ TEST_F(DiskImageInstall, AnImageThatCannotBeMountedStartsNothingAndTheUserIsTold
     downloadAgentImage();
     EXPECT_TRUE(happenedInOrder(
         journal, {"log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 1",
-                  launched, "infoLabel: [PROBLEM_OCCURED]", "progress: stop", "progress: hidden"}));
+                  launched, "infoLabel: [PROBLEM_OCCURED]", "progress: stop"}));
     EXPECT_FALSE(files.exists(agent));
     EXPECT_TRUE(files.exists(agentImage));
     EXPECT_TRUE(progressWindow().isVisible());

@@ -16,7 +16,7 @@ public:
     using Recorder::Recorder;
 
     std::string bundle = "/Applications/Join.app";
-    platform::SystemVersion version{11, 0, 0};
+    platform::SystemVersion version{11, 0};
     bool staysWhenItEnds = false;
 
     void run(platform::ApplicationDelegate& /*delegate*/) override { throw std::logic_error("no run loop"); }

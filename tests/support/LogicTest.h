@@ -105,7 +105,7 @@ protected:
     }
 
     JoinSessionDetails& session() { return *JoinSessionDetails::getInstance(); }
-    RecordingWindow& progressWindow() { return windows.loaded.at("TavoJoinWindow")->window(); }
+    FakeWindow& progressWindow() { return *windows.loaded.at("TavoJoinWindow"); }
 
     Journal journal;
     FakeApplication application{journal};

@@ -6,21 +6,9 @@ namespace join::test {
 
 class ProgressWindow : public LogicTest {};
 
-TEST_F(ProgressWindow, IsSetUpOnceInOrderBeforeItIsShown) {
-    TavoJoinWindowHandler window;
-    window.showWindow();
-    EXPECT_EQ(journal,
-              (Journal{"load TavoJoinWindow", "TavoJoinWindow: origin 760,465", "TavoJoinWindow: display",
-                       "TavoJoinWindow: level 3", "TavoJoinWindow: background 255,255,255", "progress: start",
-                       "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: title [JOIN]",
-                       "TavoJoinWindow: no zoom", "TavoJoinWindow: no minimise", "TavoJoinWindow: front"}));
-    window.showWindow();
-    EXPECT_EQ(journal.size(), 12U);
-}
-
 TEST_F(ProgressWindow, QuitsByTheUsersHandOrTheDelegates) {
     prepared();
-    EXPECT_THROW(progressWindow().shouldClose(), Terminated);
+    EXPECT_THROW(progressWindow().close(), Terminated);
     EXPECT_EQ(journal, (Journal{"TavoJoinWindow: out", "progress: stop",
                                 "log: -[TavoJoinWindowHandler windowShouldClose:] : Terminating tavo join",
                                 sessionEnd, "terminate"}));

@@ -144,7 +144,7 @@ TEST_F(LaunchUrlHandler, ReArmsLoggingThenUpdatesTheDetailsThenChecksTheVersions
 
 TEST_F(LaunchUrlHandler, ShowsTheProgressWindowAsNewForAKey) {
     const std::pair<Journal, std::function<void()>> cases[] = {
-        {{"progress: shown", "progress: start", "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: display"},
+        {{"progress: start", "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: display"},
          [this] { delegate.tavoJoinWindow->showProblem(); }},
         {{}, [this] { delegate.tavoJoinWindow->closeWindow(); }},
         {{"TavoJoinMainWindow: out"}, [this] { urlEvents.deliver("tavojoin://e=ann"); }},

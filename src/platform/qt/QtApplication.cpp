@@ -58,7 +58,7 @@ SystemVersion QtApplication::systemVersion() {
     if (!text || !text->text())
         return oldestSupported;
     const auto version = QVersionNumber::fromString(QString::fromStdString(*text->text()));
-    return {version.majorVersion(), version.minorVersion(), version.microVersion()};
+    return {version.majorVersion(), version.minorVersion()};
 }
 
 } // namespace join::platform

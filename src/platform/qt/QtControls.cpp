@@ -1,13 +1,11 @@
 #include "platform/qt/QtControls.h"
 
 #include "platform/qt/QtMainQueue.h"
-#include "platform/qt/SpinningIndicator.h"
 
 #include <QApplication>
-#include <QKeyEvent>
+#include <QFocusEvent>
 #include <QRegularExpression>
 #include <QScopedValueRollback>
-#include <QShortcut>
 
 #include <algorithm>
 #include <utility>
@@ -24,8 +22,6 @@ constexpr int promptAlpha = 160;
 
 QString toQString(const std::string& text) { return QString::fromStdString(text); }
 
-QColor toQColor(Color color) { return {color.red, color.green, color.blue}; }
-
 QString part(const std::string& text, std::size_t offset, std::size_t length = std::string::npos) {
     return toQString(text.substr(offset, length)).toHtmlEscaped().replace('\n', "<br>");
 }
@@ -37,14 +33,12 @@ QString richText(const MessageText& message) {
         return part(text, 0);
     const MessageText::Link& link = *message.link;
     return part(text, 0, link.offset) +
-           QString("<a href=\"%1\" style=\"color: %2\">%3</a>")
-               .arg(toQString(link.address).toHtmlEscaped(), toQColor(link.color).name(),
-                    part(text, link.offset, link.length)) +
+           QString("<a href=\"%1\" style=\"color: blue\">%2</a>")
+               .arg(toQString(link.address).toHtmlEscaped(), part(text, link.offset, link.length)) +
            part(text, link.offset + link.length);
 }
 
-/// Makes a label's link reachable by keyboard: Tab selects it, and Return then opens it instead of clicking
-/// the window's default button.
+/// Makes a label's link reachable by keyboard: Tab selects it, so that Return opens it.
 class LinkKeys final : public QObject {
 public:
     LinkKeys(QLabel& label, qsizetype start, qsizetype length)
@@ -53,11 +47,6 @@ public:
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::ShortcutOverride && label_.hasSelectedText()) {
-            const int key = static_cast<QKeyEvent*>(event)->key();
-            event->setAccepted(key == Qt::Key_Return || key == Qt::Key_Enter);
-            return event->isAccepted();
-        }
         if ((event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut) &&
             isByTab(*static_cast<QFocusEvent*>(event)))
             label_.setSelection(start_, event->type() == QEvent::FocusIn ? length_ : 0);
@@ -78,19 +67,9 @@ private:
 
 QtLabel::QtLabel(QLabel& label) : label_(label) { label_.setTextFormat(Qt::PlainText); }
 
-void QtLabel::setStringValue(const std::string& text) {
-    label_.setTextFormat(Qt::PlainText);
-    label_.setText(toQString(text));
-}
-
-void QtLabel::setTextColor(Color color) {
-    QPalette palette = label_.palette();
-    palette.setColor(QPalette::WindowText, toQColor(color));
-    label_.setPalette(palette);
-}
+void QtLabel::setStringValue(const std::string& text) { label_.setText(toQString(text)); }
 
 void QtLabel::setMessage(const MessageText& message) {
-    label_.setFont(QFont(toQString(message.fontFamily), message.pointSize));
     label_.setTextFormat(Qt::RichText);
     label_.setTextInteractionFlags(Qt::TextBrowserInteraction);
     label_.setOpenExternalLinks(true);
@@ -123,12 +102,7 @@ void QtLineEdit::setPlaceholder(const std::string& text) {
     setPrompt(text, color);
 }
 
-void QtLineEdit::setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) {
-    QFont font = edit_.font();
-    font.setPointSize(attributes.pointSize);
-    edit_.setFont(font);
-    setPrompt(text, toQColor(attributes.color));
-}
+void QtLineEdit::setErrorPlaceholder(const std::string& text) { setPrompt(text, Qt::red); }
 
 void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color) {
     QPalette palette;
@@ -149,25 +123,14 @@ void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color) {
 void QtLineEdit::becomeFirstResponder() { edit_.setFocus(); }
 
 QtButton::QtButton(QPushButton& button, QtMainQueue& mainQueue) : button_(button), mainQueue_(mainQueue) {
-    const auto clickedBy = [&](int key) {
-        auto* const shortcut = new QShortcut(QKeySequence(key), button_.window()); // owned by the window
-        QObject::connect(shortcut, &QShortcut::activated, &button_, &QPushButton::click);
-    };
-    if (button_.isDefault()) {
-        clickedBy(Qt::Key_Return);
-        clickedBy(Qt::Key_Enter);
+    if (button_.isDefault())
         button_.setFocus(); // unless another control takes it
-    }
-    if (button_.property("cancels").toBool())
-        clickedBy(Qt::Key_Escape);
     QObject::connect(&button_, &QPushButton::clicked, &button_, [this] { act(); });
 }
 
 void QtButton::setTitle(const std::string& title) {
     button_.setText(toQString(title).replace('&', "&&")); // so that no character becomes a shortcut
 }
-
-void QtButton::setEnabled(bool enabled) { button_.setEnabled(enabled); }
 
 void QtButton::setAction(std::function<void()> action) { action_ = std::move(action); }
 
@@ -180,15 +143,5 @@ void QtButton::act() {
     const QtMainQueue::Hold hold(mainQueue_);
     QCoreApplication::processEvents();
 }
-
-QtProgressIndicator::QtProgressIndicator(SpinningIndicator& indicator) : indicator_(indicator) {
-    indicator_.setAccessibleName(qtTrId("JOIN_PROGRESS"));
-}
-
-void QtProgressIndicator::startAnimation() { indicator_.setAnimated(true); }
-
-void QtProgressIndicator::stopAnimation() { indicator_.setAnimated(false); }
-
-void QtProgressIndicator::setHidden(bool hidden) { indicator_.setHidden(hidden); }
 
 } // namespace join::platform

@@ -9,7 +9,6 @@
 namespace join::platform {
 
 class QtMainQueue;
-class SpinningIndicator;
 
 /// A line of text to read. Like all controls here, it does not own its widget.
 class QtLabel final : public Label {
@@ -17,7 +16,6 @@ public:
     explicit QtLabel(QLabel& label);
 
     void setStringValue(const std::string& text) override;
-    void setTextColor(Color color) override;
     void setMessage(const MessageText& message) override;
 
 private:
@@ -32,7 +30,7 @@ public:
     void setStringValue(const std::string& text) override;
     std::string stringValue() const override;
     void setPlaceholder(const std::string& text) override;
-    void setAttributedPlaceholder(const std::string& text, const TextAttributes& attributes) override;
+    void setErrorPlaceholder(const std::string& text) override;
     void becomeFirstResponder() override;
 
 private:
@@ -42,13 +40,11 @@ private:
     int leastWidth_;
 };
 
-/// A button. Return also clicks its window's default button, and Escape the one with the property "cancels".
 class QtButton final : public Button {
 public:
     QtButton(QPushButton& button, QtMainQueue& mainQueue);
 
     void setTitle(const std::string& title) override;
-    void setEnabled(bool enabled) override;
     void setAction(std::function<void()> action) override;
 
 private:
@@ -58,18 +54,6 @@ private:
     QtMainQueue& mainQueue_;
     std::function<void()> action_;
     bool isActing_ = false;
-};
-
-class QtProgressIndicator final : public ProgressIndicator {
-public:
-    explicit QtProgressIndicator(SpinningIndicator& indicator);
-
-    void startAnimation() override;
-    void stopAnimation() override;
-    void setHidden(bool hidden) override;
-
-private:
-    SpinningIndicator& indicator_;
 };
 
 } // namespace join::platform

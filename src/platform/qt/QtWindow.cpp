@@ -1,6 +1,8 @@
 #include "platform/qt/QtWindow.h"
 
+#include "platform/Exception.h"
 #include "platform/qt/QtMainQueue.h"
+#include "platform/qt/SpinningIndicator.h"
 
 #include <QCloseEvent>
 #include <QEventLoop>
@@ -22,65 +24,78 @@ constexpr std::chrono::milliseconds longestWaitForPainting{500};
 /// On Wayland the compositor decides, and the toolkit warns of any attempt.
 bool mayRaise() { return !QGuiApplication::platformName().startsWith("wayland"); }
 
-Qt::WindowFlags flagOf(StandardButton button) {
-    switch (button) {
-    case StandardButton::close:
-        return Qt::WindowCloseButtonHint;
-    case StandardButton::minimise:
-        return Qt::WindowMinimizeButtonHint;
-    case StandardButton::zoom:
-        return Qt::WindowMaximizeButtonHint;
-    }
-    return {};
+/// Makes the controls of a kind for the window's widgets of that kind.
+template <class Widget, class Control, class... Services>
+void make(std::map<std::string, Control>& controls, const QWidget& window, Services&... services) {
+    for (Widget* widget : window.findChildren<Widget*>())
+        controls.try_emplace(widget->objectName().toStdString(), *widget, services...);
+}
+
+Exception noOutlet(const std::string& outlet) {
+    return Exception("The interface file has no outlet " + outlet + " of that kind");
+}
+
+template <class Control>
+Control& at(std::map<std::string, Control>& controls, const std::string& outlet) {
+    const auto found = controls.find(outlet);
+    if (found == controls.end())
+        throw noOutlet(outlet);
+    return found->second;
 }
 
 } // namespace
 
-void TopWidget::closeEvent(QCloseEvent* event) { event->setAccepted(!shouldClose || shouldClose()); }
+void TopWidget::reject() {
+    for (QPushButton* button : findChildren<QPushButton*>())
+        if (button->property("cancels").toBool())
+            button->click();
+}
+
+void TopWidget::closeEvent(QCloseEvent* /*event*/) {
+    if (closed)
+        closed();
+}
 
 void TopWidget::paintEvent(QPaintEvent* /*event*/) {
     if (painted)
         painted();
 }
 
-QtWindow::QtWindow(TopWidget& widget, QtMainQueue& mainQueue) : widget_(widget), mainQueue_(mainQueue) {
-    widget_.setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
-                           Qt::WindowSystemMenuHint | Qt::WindowMinMaxButtonsHint |
-                           Qt::WindowCloseButtonHint);
+QtWindow::QtWindow(void (*setUp)(QWidget&), QtMainQueue& mainQueue) : mainQueue_(mainQueue) {
+    setUp(widget_);
+    make<QLabel>(labels_, widget_);
+    make<QLineEdit>(textFields_, widget_);
+    make<QPushButton>(buttons_, widget_, mainQueue);
 }
 
-Size QtWindow::frameSize() const {
-    const QSize size = widget_.frameGeometry().size();
-    return {size.width(), size.height()};
+Label& QtWindow::label(const std::string& outlet) { return at(labels_, outlet); }
+
+TextField& QtWindow::textField(const std::string& outlet) { return at(textFields_, outlet); }
+
+Button& QtWindow::button(const std::string& outlet) { return at(buttons_, outlet); }
+
+ProgressIndicator& QtWindow::progressIndicator(const std::string& outlet) {
+    auto* const found =
+        dynamic_cast<SpinningIndicator*>(widget_.findChild<QWidget*>(QString::fromStdString(outlet)));
+    if (!found)
+        throw noOutlet(outlet);
+    return *found;
 }
 
-void QtWindow::setFrameOrigin(Point origin) {
-    widget_.move(QGuiApplication::primaryScreen()->geometry().topLeft() + QPoint(origin.x, origin.y));
-}
-
-void QtWindow::setLevel(int level) {
-    widget_.setWindowFlag(Qt::WindowStaysOnTopHint, level > normalWindowLevel);
-}
-
-void QtWindow::setBackgroundColor(Color color) {
-    // Text must stay readable in every desktop theme.
-    const QColor background(color.red, color.green, color.blue);
-    QPalette palette = widget_.palette();
-    palette.setColor(QPalette::Window, background);
-    palette.setColor(QPalette::WindowText, background.lightness() > 127 ? Qt::black : Qt::white);
-    widget_.setPalette(palette);
-    widget_.setAutoFillBackground(true);
-}
+void QtWindow::setLevel(int level) { widget_.setWindowFlag(Qt::WindowStaysOnTopHint, level > 0); }
 
 void QtWindow::setTitle(const std::string& title) { widget_.setWindowTitle(QString::fromStdString(title)); }
 
-void QtWindow::hideStandardButton(StandardButton button) {
-    widget_.setWindowFlags(widget_.windowFlags() & ~flagOf(button));
+void QtWindow::setWhite() {
+    QPalette palette = widget_.palette();
+    palette.setColor(QPalette::Window, Qt::white);
+    palette.setColor(QPalette::WindowText, Qt::black);
+    widget_.setPalette(palette);
 }
 
-void QtWindow::setShouldClose(std::function<bool()> shouldClose) {
-    widget_.shouldClose = std::move(shouldClose);
-}
+void QtWindow::hideCloseButton() { widget_.setWindowFlag(Qt::WindowCloseButtonHint, false); }
+
+void QtWindow::setCloseAction(std::function<void()> action) { widget_.closed = std::move(action); }
 
 void QtWindow::display() {
     if (!widget_.isVisible())
@@ -91,7 +106,11 @@ void QtWindow::display() {
 
 void QtWindow::makeKeyAndOrderFront() {
     const bool comesOnScreen = !widget_.isVisible();
-    widget_.show();
+    if (comesOnScreen) {
+        widget_.adjustSize();
+        widget_.move(QGuiApplication::primaryScreen()->geometry().center() - widget_.rect().center());
+        widget_.show();
+    }
     if (mayRaise()) {
         widget_.raise();
         widget_.activateWindow();

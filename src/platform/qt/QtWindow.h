@@ -1,38 +1,45 @@
 #pragma once
 
 #include "platform/Windows.h"
+#include "platform/qt/QtControls.h"
 
-#include <QWidget>
+#include <QDialog>
 
 #include <functional>
+#include <map>
 
 namespace join::platform {
 
 class QtMainQueue;
 
-/// The top widget of an interface file. Reports when it has been painted, and asks before it is closed.
-class TopWidget final : public QWidget {
+/// The top widget of an interface file. Escape clicks the button with the property "cancels", if there is
+/// one, and Return the default button.
+class TopWidget final : public QDialog {
 public:
-    std::function<bool()> shouldClose;
+    std::function<void()> closed;
     std::function<void()> painted;
+
+    void reject() override;
 
 protected:
     void closeEvent(QCloseEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 };
 
-/// A window on a top widget, which it does not own.
+/// A window made from a compiled interface file.
 class QtWindow final : public Window {
 public:
-    QtWindow(TopWidget& widget, QtMainQueue& mainQueue);
+    QtWindow(void (*setUp)(QWidget&), QtMainQueue& mainQueue);
 
-    Size frameSize() const override;
-    void setFrameOrigin(Point origin) override;
+    Label& label(const std::string& outlet) override;
+    TextField& textField(const std::string& outlet) override;
+    Button& button(const std::string& outlet) override;
+    ProgressIndicator& progressIndicator(const std::string& outlet) override;
     void setLevel(int level) override;
-    void setBackgroundColor(Color color) override;
     void setTitle(const std::string& title) override;
-    void hideStandardButton(StandardButton button) override;
-    void setShouldClose(std::function<bool()> shouldClose) override;
+    void setWhite() override;
+    void hideCloseButton() override;
+    void setCloseAction(std::function<void()> action) override;
     void display() override;
     void makeKeyAndOrderFront() override;
     void orderOut() override;
@@ -41,8 +48,11 @@ public:
 private:
     void waitUntilPainted();
 
-    TopWidget& widget_;
+    TopWidget widget_;
     QtMainQueue& mainQueue_;
+    std::map<std::string, QtLabel> labels_;
+    std::map<std::string, QtLineEdit> textFields_;
+    std::map<std::string, QtButton> buttons_;
 };
 
 } // namespace join::platform

@@ -13,8 +13,7 @@ class QtWindows final : public Windows {
 public:
     explicit QtWindows(QtMainQueue& mainQueue);
 
-    std::unique_ptr<Interface> load(const std::string& name) override;
-    Size mainScreenSize() override;
+    std::unique_ptr<Window> load(const std::string& name) override;
 
     /// Brings the visible windows to the front, as far as the desktop allows it. Wayland requires the
     /// activation token that it gave to the start that asks for this; the token is empty if there was none.

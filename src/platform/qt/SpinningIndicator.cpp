@@ -12,19 +12,14 @@ constexpr int spokes = 12;
 constexpr int stepMilliseconds = 90; // a turn in about a second; quicker looks no better and costs more
 } // namespace
 
-SpinningIndicator::SpinningIndicator(QWidget* parent) : QWidget(parent) {}
-
-void SpinningIndicator::setAnimated(bool animated) {
-    animated_ = animated;
-    followState();
+SpinningIndicator::SpinningIndicator(QWidget* parent) : QWidget(parent) {
+    setAccessibleName(qtTrId("JOIN_PROGRESS"));
+    hide();
 }
 
-void SpinningIndicator::followState() {
-    if (!animated_ || !isVisible())
-        timer_.stop();
-    else if (!timer_.isActive())
-        timer_.start(stepMilliseconds, this);
-}
+void SpinningIndicator::startAnimation() { show(); }
+
+void SpinningIndicator::stopAnimation() { hide(); }
 
 QSize SpinningIndicator::sizeHint() const { return {32, 32}; }
 
@@ -50,8 +45,8 @@ void SpinningIndicator::timerEvent(QTimerEvent* /*event*/) {
     update();
 }
 
-void SpinningIndicator::showEvent(QShowEvent* /*event*/) { followState(); }
+void SpinningIndicator::showEvent(QShowEvent* /*event*/) { timer_.start(stepMilliseconds, this); }
 
-void SpinningIndicator::hideEvent(QHideEvent* /*event*/) { followState(); }
+void SpinningIndicator::hideEvent(QHideEvent* /*event*/) { timer_.stop(); }
 
 } // namespace join::platform

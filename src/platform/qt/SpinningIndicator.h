@@ -1,16 +1,19 @@
 #pragma once
 
+#include "platform/Windows.h"
+
 #include <QBasicTimer>
 #include <QWidget>
 
 namespace join::platform {
 
 /// A ring of spokes that turns while work is in progress. Costs nothing while it is not on the screen.
-class SpinningIndicator final : public QWidget {
+class SpinningIndicator final : public QWidget, public ProgressIndicator {
 public:
     explicit SpinningIndicator(QWidget* parent = nullptr);
 
-    void setAnimated(bool animated);
+    void startAnimation() override;
+    void stopAnimation() override;
     QSize sizeHint() const override;
 
 protected:
@@ -20,10 +23,7 @@ protected:
     void hideEvent(QHideEvent* event) override;
 
 private:
-    void followState();
-
     QBasicTimer timer_;
-    bool animated_ = false;
     int step_ = 0;
 };
 
