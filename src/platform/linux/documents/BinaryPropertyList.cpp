@@ -3,8 +3,14 @@
 #include "platform/Utf8.h"
 #include "platform/linux/documents/ValueBuilder.h"
 
+#include <glib.h>
+
+#include <algorithm>
+#include <array>
 #include <bit>
 #include <cstdint>
+#include <cstdio>
+#include <ctime>
 #include <utility>
 
 namespace join::platform {
@@ -32,30 +38,32 @@ double realFrom(std::string_view bytes) {
     return std::bit_cast<double>(number);
 }
 
-void appendUtf8(std::string& text, std::uint64_t codePoint) {
-    if (codePoint < 0x80) {
-        text += static_cast<char>(codePoint);
-        return;
-    }
-    unsigned further = codePoint < 0x800 ? 1 : codePoint < 0x10000 ? 2 : 3; // six bits each
-    text += static_cast<char>(0xFF00U >> (further + 1) | codePoint >> 6 * further);
-    while (further-- > 0)
-        text += static_cast<char>(0x80 | (codePoint >> 6 * further & 0x3F));
+/// Returns nothing for a surrogate without its other half, or a text that contains a NUL.
+std::optional<std::string> utf8From(std::string_view utf16) {
+    std::vector<gunichar2> units;
+    for (std::size_t at = 0; at < utf16.size(); at += 2)
+        units.push_back(static_cast<gunichar2>(numberFrom(utf16.substr(at, 2))));
+    const auto count = static_cast<glong>(units.size());
+    units.push_back(0); // there is always an array to point at
+    glong countRead = 0;
+    g_autofree char* text = g_utf16_to_utf8(units.data(), count, &countRead, nullptr, nullptr);
+    return text && countRead == count ? std::optional<std::string>(text) : std::nullopt;
 }
 
-/// A surrogate without its other half becomes bytes that are not UTF-8.
-std::string utf8From(std::string_view utf16) {
-    std::string text;
-    const auto unit = [&](std::size_t at) { return numberFrom(utf16.substr(at, 2)); };
-    for (std::size_t at = 0; at < utf16.size(); at += 2) {
-        std::uint64_t codePoint = unit(at);
-        if (codePoint >> 10U == 0x36 && at + 2 < utf16.size() && unit(at + 2) >> 10U == 0x37) {
-            at += 2;
-            codePoint = 0x10000 + ((codePoint & 0x3FF) << 10U) + (unit(at) & 0x3FF);
-        }
-        appendUtf8(text, codePoint);
-    }
-    return text;
+/// Returns a date, given in seconds since the beginning of 2001. One outside the calendar becomes its first
+/// or last.
+std::string dateText(double seconds) {
+    constexpr double firstDate = -63'114'076'800; // 0001-01-01 00:00:00
+    constexpr double lastDate = 252'423'993'599;  // 9999-12-31 23:59:59
+    constexpr std::time_t beginning = 978'307'200;
+    const std::time_t time =
+        beginning + static_cast<std::time_t>(std::min(std::max(firstDate, seconds), lastDate));
+    tm parts{};
+    ::gmtime_r(&time, &parts);
+    std::array<char, 96> text{};
+    std::snprintf(text.data(), text.size(), "%04d-%02d-%02d %02d:%02d:%02d +0000", parts.tm_year + 1900,
+                  parts.tm_mon + 1, parts.tm_mday, parts.tm_hour, parts.tm_min, parts.tm_sec);
+    return text.data();
 }
 
 enum class Kind : unsigned char { // the upper half of an object's first byte
@@ -91,11 +99,8 @@ private:
     std::optional<Object> object(std::uint64_t number);
     std::optional<Object> sized(Kind kind, unsigned nibble, std::string_view rest) const;
     bool read(std::uint64_t number);
+    bool readElements(std::string_view names, std::string_view elements);
     bool readName(std::uint64_t number);
-
-    std::uint64_t reference(std::string_view references, std::uint64_t index) const {
-        return numberFrom(references.substr(index * referenceSize_, referenceSize_));
-    }
 
     std::string_view bytes_;
     std::uint64_t offsetSize_ = 0;
@@ -183,11 +188,10 @@ std::optional<Object> List::sized(Kind kind, unsigned nibble, std::string_view r
 }
 
 std::optional<std::string> textOf(const Object& object) {
-    if (object.kind != Kind::asciiText && object.kind != Kind::utf16Text)
-        return std::nullopt;
-    std::string text =
-        object.kind == Kind::utf16Text ? utf8From(object.payload) : std::string(object.payload);
-    return isUtf8(text) ? std::optional(std::move(text)) : std::nullopt;
+    if (object.kind == Kind::utf16Text)
+        return utf8From(object.payload);
+    const bool isText = object.kind == Kind::asciiText && isUtf8(object.payload);
+    return isText ? std::optional<std::string>(object.payload) : std::nullopt;
 }
 
 bool List::read(std::uint64_t number) {
@@ -195,8 +199,6 @@ bool List::read(std::uint64_t number) {
     if (!found)
         return false;
     const std::string_view payload = found->payload;
-    const std::uint64_t count = payload.size() / referenceSize_; // of a container
-    bool isRead = true;
     switch (found->kind) {
     case Kind::simple:
         return builder_.add(found->nibble == 0 ? Value{} : Value{found->nibble == 9});
@@ -212,19 +214,25 @@ bool List::read(std::uint64_t number) {
         return builder_.add({std::to_string(numberFrom(payload))});
     case Kind::array:
     case Kind::set:
-        isRead = builder_.begin({Value::Array()});
-        for (std::uint64_t index = 0; isRead && index < count; ++index)
-            isRead = read(reference(payload, index));
-        return isRead && builder_.end();
+        return builder_.begin({Value::Array()}) && readElements({}, payload);
     case Kind::dictionary: // all names come first
-        isRead = builder_.begin({Value::Dictionary()});
-        for (std::uint64_t index = 0; isRead && index < count / 2; ++index)
-            isRead = readName(reference(payload, index)) && read(reference(payload, count / 2 + index));
-        return isRead && builder_.end();
+        return builder_.begin({Value::Dictionary()}) &&
+               readElements(payload.substr(0, payload.size() / 2), payload.substr(payload.size() / 2));
     default:
         auto text = textOf(*found);
         return text && builder_.add({std::move(*text)});
     }
+}
+
+/// Reads what these references lead to. The elements of a dictionary have names.
+bool List::readElements(std::string_view names, std::string_view elements) {
+    for (std::size_t at = 0; at < elements.size(); at += referenceSize_) {
+        if (!names.empty() && !readName(numberFrom(names.substr(at, referenceSize_))))
+            return false;
+        if (!read(numberFrom(elements.substr(at, referenceSize_))))
+            return false;
+    }
+    return builder_.end();
 }
 
 bool List::readName(std::uint64_t number) {

@@ -12,6 +12,7 @@ namespace join::platform {
 namespace {
 
 using Parser = nlohmann::json;
+using Writer = nlohmann::ordered_json;
 
 /// Passes the parser's events on. A handler that returns false ends the parse.
 class Events : public nlohmann::json_sax<Parser> {
@@ -47,44 +48,22 @@ private:
     ValueBuilder& builder_;
 };
 
-void append(std::string& text, const Parser& scalar) {
-    text += scalar.dump(-1, ' ', false, Parser::error_handler_t::replace);
-}
-
-class Writer {
-public:
-    explicit Writer(std::string& text) : text_(text) {}
-
-    void operator()(std::monostate /*null*/) { text_ += "null"; }
-    void operator()(const Value::Array& elements) {
-        writeList('[', elements, [this](const Value& element) { std::visit(*this, element.data); });
-        text_ += ']';
+/// Turns a value into the library's own, whose members keep their order and may share a name.
+struct Conversion {
+    Writer operator()(std::monostate /*null*/) const { return nullptr; }
+    Writer operator()(const auto& scalar) const { return scalar; }
+    Writer operator()(const Value::Array& elements) const {
+        Writer::array_t array;
+        for (const Value& element : elements)
+            array.push_back(std::visit(*this, element.data));
+        return array;
     }
-    void operator()(const Value::Dictionary& members) {
-        writeList('{', members, [this](const Member& member) {
-            append(text_, member.name);
-            text_ += ':';
-            std::visit(*this, member.value.data);
-        });
-        text_ += '}';
+    Writer operator()(const Value::Dictionary& members) const {
+        Writer::object_t object;
+        for (const Member& member : members)
+            object.emplace_back(member.name, std::visit(*this, member.value.data));
+        return object;
     }
-    template <typename Scalar>
-    void operator()(const Scalar& scalar) {
-        append(text_, scalar);
-    }
-
-private:
-    template <typename List, typename WriteItem>
-    void writeList(char opening, const List& list, const WriteItem& writeItem) {
-        text_ += opening;
-        for (const auto& item : list) {
-            if (&item != &list.front())
-                text_ += ',';
-            writeItem(item);
-        }
-    }
-
-    std::string& text_;
 };
 
 } // namespace
@@ -106,9 +85,7 @@ std::optional<Value> NlohmannJson::parse(std::string_view document) {
 }
 
 std::string NlohmannJson::serialise(const Value& value) {
-    std::string text;
-    std::visit(Writer(text), value.data);
-    return text;
+    return std::visit(Conversion(), value.data).dump(-1, ' ', false, Writer::error_handler_t::replace);
 }
 
 } // namespace join::platform

@@ -20,10 +20,6 @@ std::optional<Value> parseXmlPropertyList(std::string_view bytes);
 /// that doubles with every level: the limits apply to the tree. Objects outside it are ignored.
 std::optional<Value> parseBinaryPropertyList(std::string_view bytes);
 
-/// Returns a date, given in seconds since the beginning of 2001, as text. A date outside the calendar becomes
-/// its first or last.
-std::string dateText(double seconds);
-
 /// Returns data as text: "<0fe1>".
 std::string dataText(std::string_view bytes);
 

@@ -3,10 +3,10 @@
 #include "platform/linux/documents/ValueBuilder.h"
 
 #include <expat.h>
+#include <glib.h>
 
-#include <array>
-#include <charconv>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <utility>
 
@@ -23,24 +23,9 @@ std::string_view trimmed(std::string_view text) {
 }
 
 /// Reads a decimal number, or a hexadecimal one after "0x". Anything else is 0.
-std::int64_t integerFrom(std::string_view text) {
-    const bool isNegative = text.starts_with('-');
-    if (isNegative || text.starts_with('+'))
-        text.remove_prefix(1);
-    const bool isHexadecimal = text.starts_with("0x") || text.starts_with("0X");
-    if (isHexadecimal)
-        text.remove_prefix(2);
-    std::uint64_t number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number, isHexadecimal ? 16 : 10);
-    return static_cast<std::int64_t>(isNegative ? 0 - number : number);
-}
-
-double realFrom(std::string_view text) {
-    if (text.starts_with('+'))
-        text.remove_prefix(1);
-    double number = 0;
-    std::from_chars(text.data(), text.data() + text.size(), number);
-    return number;
+std::int64_t integerFrom(const std::string& text) {
+    const bool isHexadecimal = text.find_first_of("xX") <= 2; // there may be a sign
+    return static_cast<std::int64_t>(std::strtoull(text.c_str(), nullptr, isHexadecimal ? 16 : 10));
 }
 
 /// Converts "2026-11-22T21:56:36Z" to the form of binary lists. Anything else is unchanged.
@@ -53,24 +38,10 @@ std::string dateFrom(std::string_view text) {
     return date;
 }
 
-/// Returns the bytes of base64 (RFC 4648, section 4), ignoring other characters.
-std::string bytesFrom(std::string_view base64) {
-    constexpr std::string_view alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string bytes;
-    std::uint32_t bits = 0;
-    int count = 0;
-    for (const char character : base64.substr(0, base64.find('='))) {
-        const auto digit = alphabet.find(character);
-        if (digit == std::string_view::npos)
-            continue;
-        bits = bits << 6U | static_cast<std::uint32_t>(digit);
-        count += 6;
-        if (count >= 8) {
-            count -= 8;
-            bytes += static_cast<char>(bits >> static_cast<unsigned>(count));
-        }
-    }
-    return bytes;
+std::string bytesFrom(const std::string& base64) {
+    gsize size = 0;
+    g_autofree guchar* bytes = g_base64_decode(base64.c_str(), &size);
+    return {reinterpret_cast<const char*>(bytes), size};
 }
 
 /// One document while it is being parsed.
@@ -146,9 +117,9 @@ bool Document::addScalar(std::string_view name) {
     if (name == "true" || name == "false")
         return builder_.add({name == "true"});
     if (name == "integer")
-        return builder_.add({integerFrom(trimmed(text_))});
+        return builder_.add({integerFrom(std::string(trimmed(text_)))});
     if (name == "real")
-        return builder_.add({realFrom(trimmed(text_))});
+        return builder_.add({g_ascii_strtod(text_.c_str(), nullptr)});
     if (name == "date")
         return builder_.add({dateFrom(trimmed(text_))});
     return name == "data" && builder_.add({dataText(bytesFrom(text_))});

@@ -1,8 +1,7 @@
 #include "platform/linux/system/SystemClock.h"
 
-#include <algorithm>
-#include <cerrno>
 #include <ctime>
+#include <thread>
 
 namespace join::platform {
 
@@ -21,11 +20,6 @@ LocalTime SystemClock::localTime() {
             .millisecond = static_cast<int>(now.tv_nsec / 1'000'000)};
 }
 
-void SystemClock::sleep(std::chrono::milliseconds duration) {
-    const auto milliseconds = std::max<std::chrono::milliseconds::rep>(duration.count(), 0);
-    timespec rest{milliseconds / 1000, milliseconds % 1000 * 1'000'000};
-    while (::nanosleep(&rest, &rest) != 0 && errno == EINTR) {
-    }
-}
+void SystemClock::sleep(std::chrono::milliseconds duration) { std::this_thread::sleep_for(duration); }
 
 } // namespace join::platform

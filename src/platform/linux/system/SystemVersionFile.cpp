@@ -4,50 +4,19 @@
 #include "platform/Utf8.h"
 #include "platform/linux/files/Folders.h"
 
+#include <glib.h>
+
 #include <algorithm>
-#include <optional>
 #include <regex>
 
 namespace join::platform {
 
 namespace {
 
-constexpr std::size_t maximumOsReleaseSize = 65536;
-
-bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }
-
-/// Removes the text up to the next separator, or all of it, from the front. Returns it.
-std::string_view takeUntil(std::string_view& text, char separator) {
-    const auto end = text.find(separator);
-    const auto taken = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    return taken;
-}
-
-/// Returns the text of one word as a shell reads it, or nothing if a quote or an escape is incomplete.
-std::optional<std::string> unquoted(std::string_view word) {
-    static constexpr std::string_view escapableInQuotes = "\"\\$`";
-    std::string text;
-    char quote = 0;
-    for (std::size_t index = 0; index < word.size(); ++index) {
-        const char character = word[index];
-        if (quote == 0 && isBlank(character))
-            break;
-        if (character == '\\' && quote != '\'') {
-            if (++index == word.size())
-                return std::nullopt;
-            if (quote != 0 && escapableInQuotes.find(word[index]) == std::string_view::npos)
-                text += character;
-            text += word[index];
-        } else if (character == quote) {
-            quote = 0;
-        } else if (quote == 0 && (character == '"' || character == '\'')) {
-            quote = character;
-        } else {
-            text += character;
-        }
-    }
-    return quote == 0 ? std::optional(text) : std::nullopt;
+/// Returns what the distribution's os-release file says, or nothing.
+std::string release(const char* name) {
+    g_autofree char* value = g_get_os_info(name);
+    return value ? value : "";
 }
 
 /// Returns whether a character, given as UTF-8, is a control character or not allowed in XML.
@@ -88,46 +57,23 @@ std::string reportedVersion(const std::string& version) {
 
 } // namespace
 
-SystemRelease parseOsRelease(std::string_view text) {
-    SystemRelease release;
-    text = text.substr(0, maximumOsReleaseSize);
-    while (!text.empty()) {
-        std::string_view line = takeUntil(text, '\n');
-        while (!line.empty() && isBlank(line.front()))
-            line.remove_prefix(1);
-        const std::string_view name = takeUntil(line, '=');
-        if (name != "NAME" && name != "VERSION_ID")
-            continue;
-        if (const auto value = unquoted(line))
-            (name == "NAME" ? release.name : release.version) = *value;
-    }
-    return release;
-}
-
-std::string systemVersionList(const SystemRelease& release) {
+std::string systemVersionList(const std::string& name, const std::string& version) {
     std::string list = R"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
 <plist version="1.0">
 <dict>
 )";
-    list += "\t<key>ProductName</key>\n\t<string>" + escaped(release.name) + "</string>\n";
-    list += "\t<key>ProductVersion</key>\n\t<string>" + reportedVersion(release.version) + "</string>\n";
+    list += "\t<key>ProductName</key>\n\t<string>" + escaped(name) + "</string>\n";
+    list += "\t<key>ProductVersion</key>\n\t<string>" + reportedVersion(version) + "</string>\n";
     list += "</dict>\n</plist>\n";
     return list;
 }
 
-bool makeSystemVersionFile(FileManager& files, const std::vector<std::string>& osReleasePaths) {
-    if (files.exists(systemVersionPath))
-        return true;
-    SystemRelease release;
-    for (const std::string& path : osReleasePaths) {
-        if (const auto text = files.read(path)) {
-            release = parseOsRelease(*text);
-            break;
-        }
-    }
-    return files.createFolder(parentOf(systemVersionPath)) &&
-           files.create(systemVersionPath, systemVersionList(release));
+bool makeSystemVersionFile(FileManager& files) {
+    return files.exists(systemVersionPath) ||
+           (files.createFolder(parentOf(systemVersionPath)) &&
+            files.create(systemVersionPath,
+                         systemVersionList(release(G_OS_INFO_KEY_NAME), release(G_OS_INFO_KEY_VERSION_ID))));
 }
 
 } // namespace join::platform

@@ -73,13 +73,13 @@ TEST(PlistPropertyLists, ReadXmlLists) {
 TEST(PlistPropertyLists, ReadBinaryLists) {
     EXPECT_EQ(
         read(binary({"\xD3\x01\x02\x03\x04\x05\x06"s, "Qb", "Qa", "Qd", "\x5F\x10\x10" + "sixteen letters!"s,
-                     "\xA9\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F"s, "\x42\x0F\xE1"s, "\x09", "\x10\x2A",
+                     "\xAA\x07\x08\x09\x0A\x0B\x0C\x0D\x0E\x0F\x10"s, "\x42\x0F\xE1"s, "\x09", "\x10\x2A",
                      "\x65\x00\xE9\x65\xE5\xD8\x3D\xDE\x00\x00z"s, "\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xF9",
                      "\x80\x05"s, "\x14\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\x07"s, "\x22\xC0\x20\0\0"s,
-                     "\x33\x41\xC8\x59\xCE\x4A\0\0\0"s, "\x33\x7F\xE0\0\0\0\0\0\0"s})),
+                     "\x33\x41\xC8\x59\xCE\x4A\0\0\0"s, "\x33\x7F\xE0\0\0\0\0\0\0"s, "\x60"})),
         "{\"b\":\"sixteen "
         "letters!\",\"a\":[true,42,\"\xC3\xA9\xE6\x97\xA5\xF0\x9F\x98\x80z\",-7,\"5\",7,-2.5,"
-        "\"2026-11-22 21:56:36 +0000\",\"9999-12-31 23:59:59 +0000\"],\"d\":\"<0fe1>\"}");
+        "\"2026-11-22 21:56:36 +0000\",\"9999-12-31 23:59:59 +0000\",\"\"],\"d\":\"<0fe1>\"}");
 }
 
 TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothing) {
@@ -146,6 +146,7 @@ TEST(PlistPropertyLists, ListsOutOfProportionAreRefused) {
         {"text longer than the list", binary({"\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})},
         {"array longer than the list", binary({"\xAF\x13\x20\x00\x00\x00\x00\x00\x00\x00"s})},
         {"half a character", binary({"\x61\xD8\x3D"})},
+        {"UTF-16 with a NUL", binary({"\x62\0x\0\0"s})},
         {"unknown kind", binary({"\xB0"})},
         {"integer of 32 bytes", binary({"\x15" + std::string(32, '\1')})},
     };
