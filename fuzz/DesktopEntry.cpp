@@ -40,16 +40,16 @@ std::string programOf(std::string command) {
 } // namespace
 
 void tryOut(std::string_view input) {
-    const platform::DesktopEntry entry{.executable = "/" + std::string(takeText(input)),
-                                       .icon = "/" + std::string(input)};
-    const auto text = platform::desktopEntryText(entry);
+    const std::string executable = "/" + std::string(takeText(input));
+    const std::string icon = "/" + std::string(input);
+    const auto text = platform::desktopEntryText(executable, icon);
     if (!text)
         return;
     require(platform::isUtf8(*text));
     require(std::ranges::count(*text, '\n') ==
-            std::ranges::count(*platform::desktopEntryText({.executable = "/a", .icon = "b"}), '\n'));
-    require(programOf(valueOf(*text, "Exec")) == entry.executable);
-    require(valueOf(*text, "TryExec") == entry.executable && valueOf(*text, "Icon") == entry.icon);
+            std::ranges::count(*platform::desktopEntryText("/a", "b"), '\n'));
+    require(programOf(valueOf(*text, "Exec")) == executable);
+    require(valueOf(*text, "TryExec") == executable && valueOf(*text, "Icon") == icon);
 }
 
 } // namespace join::fuzz

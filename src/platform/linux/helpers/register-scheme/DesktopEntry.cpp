@@ -3,6 +3,8 @@
 #include "platform/linux/helpers/register-scheme/DesktopEntryTemplate.h"
 #include "platform/linux/system/LogText.h"
 
+#include <string_view>
+
 namespace join::platform {
 
 namespace {
@@ -36,19 +38,10 @@ std::string command(std::string_view path) {
 
 } // namespace
 
-std::optional<std::string> desktopEntryText(const DesktopEntry& entry) {
-    if (!canStandInAFile(entry.executable) || !canStandInAFile(entry.icon) ||
-        entry.executable.find('=') != std::string::npos)
+std::optional<std::string> desktopEntryText(const std::string& executable, const std::string& icon) {
+    if (!canStandInAFile(executable) || !canStandInAFile(icon) || executable.find('=') != std::string::npos)
         return std::nullopt;
-    return desktopEntryFile(stringValue(command(entry.executable)), stringValue(entry.executable),
-                            stringValue(entry.icon));
-}
-
-bool isPlainName(std::string_view text) {
-    constexpr std::string_view signs = ".+_-";
-    constexpr std::string_view all = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789.+_-";
-    return !text.empty() && signs.find(text.front()) == std::string_view::npos &&
-           text.find_first_not_of(all) == std::string_view::npos;
+    return desktopEntryFile(stringValue(command(executable)), stringValue(executable), stringValue(icon));
 }
 
 } // namespace join::platform

@@ -18,7 +18,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace join::platform::registerscheme {
+namespace join::platform {
 
 namespace {
 
@@ -52,19 +52,18 @@ Descriptor lockMark(const std::string& path) {
     throw Exception(path + " cannot be locked: " + std::strerror(errno));
 }
 
-std::string entryText(const Registration& registration) {
-    const std::string executable = registration.bundle + "/Contents/MacOS/Join";
-    const std::string icon = registration.bundle + "/Contents/Resources/Join.svg";
+std::string entryText(const std::string& bundle, const std::string& bundleIdentifier) {
+    const std::string executable = bundle + "/Contents/MacOS/Join";
+    const std::string icon = bundle + "/Contents/Resources/Join.svg";
     const bool hasIcon = ::access(icon.c_str(), R_OK) == 0;
-    const auto text =
-        desktopEntryText({.executable = executable, .icon = hasIcon ? icon : registration.bundleIdentifier});
+    const auto text = desktopEntryText(executable, hasIcon ? icon : bundleIdentifier);
     if (!text)
         throw Exception("no desktop entry can name the program " + executable);
     return *text;
 }
 
-void write(const std::string& path, std::string_view text) {
-    if (!makeFolders(parentOf(path), privateFolder) || !writeStaged(path, text))
+void write(const std::string& path, std::string_view text, mode_t mode) {
+    if (!makeFolders(parentOf(path), privateFolder) || !writeStaged(path, text, mode))
         raise(path, std::strerror(errno));
 }
 
@@ -77,36 +76,29 @@ void ensureEntry(const std::string& path, const std::string& text) {
         if (readFile(path, maximumEntry, O_NOFOLLOW) == text)
             return;
     }
-    write(path, text);
-    if (const Descriptor written = openForReading(AT_FDCWD, path.c_str(), O_NOFOLLOW))
-        ::fchmod(written.get(), readableFile);
-}
-
-/// Reads the whole list, if it exists. Throws Exception if it cannot be read.
-void readDefaults(GKeyFile* file, const std::string& list) {
-    struct stat found {};
-    if (::stat(list.c_str(), &found) != 0 || found.st_size == 0)
-        return;
-    constexpr auto flags =
-        static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
-    g_autoptr(GError) error = nullptr;
-    if (!g_key_file_load_from_file(file, list.c_str(), flags, &error))
-        throw Exception(list + " is left as it is: " + error->message);
+    write(path, text, readableFile);
 }
 
 /// Makes the entry the list's default for the type and leaves the rest of the list as it is. GIO's own
 /// function drops comments, and all of a list that it cannot read.
 void ensureDefault(const std::string& list, const std::string& type, const std::string& entryId) {
     constexpr const char* group = "Default Applications";
+    constexpr auto flags =
+        static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
     g_autoptr(GKeyFile) file = g_key_file_new();
-    readDefaults(file, list);
+    g_autoptr(GError) error = nullptr;
+    struct stat found {};
+    const bool hasContents = ::stat(list.c_str(), &found) == 0 && found.st_size > 0;
+    if (hasContents && !g_key_file_load_from_file(file, list.c_str(), flags, &error))
+        throw Exception(list + " is left as it is: " + error->message);
     g_autofree char* value = g_key_file_get_string(file, group, type.c_str(), nullptr);
     const std::string_view entries = value ? value : "";
     if (entries.substr(0, entries.find(';')) == entryId)
         return;
     g_key_file_set_string(file, group, type.c_str(), entryId.c_str());
     g_autofree char* text = g_key_file_to_data(file, nullptr, nullptr);
-    write(withoutLinks(list), text); // the list may be a link into a folder that the user maintains
+    write(withoutLinks(list), text,
+          privateFile); // the list may be a link into a folder that the user maintains
 }
 
 /// The desktop accepts an entry only if it can be started, and its own lists override the user's.
@@ -119,27 +111,20 @@ void requireDefault(const std::string& type, const std::string& entryId) {
 
 } // namespace
 
-std::optional<Registration> registrationFrom(const std::vector<std::string>& arguments) {
-    if (arguments.size() != 3 || !isPlainName(arguments[0]) || !isPlainName(arguments[1]) ||
-        !arguments[2].starts_with('/'))
-        return std::nullopt;
-    return Registration{arguments[0], arguments[1], arguments[2]};
-}
-
-void registerScheme(const Registration& registration) {
+void registerScheme(const std::string& scheme, const std::string& bundleIdentifier,
+                    const std::string& bundle) {
     setEnvironment();
-    const RegistrationFiles files(registration.bundleIdentifier);
+    const RegistrationFiles files(bundleIdentifier);
     const Descriptor mark = lockMark(files.mark);
     if (!mark)
         return;
-    ensureEntry(files.entry, entryText(registration));
-    const std::string type = "x-scheme-handler/" + registration.scheme;
+    ensureEntry(files.entry, entryText(bundle, bundleIdentifier));
+    const std::string type = "x-scheme-handler/" + scheme;
     const std::string entryId = nameOf(files.entry);
     ensureDefault(files.defaults, type, entryId);
     requireDefault(type, entryId);
-    if (::ftruncate(mark.get(), 0) != 0 ||
-        !writeAll(mark.get(), registrationFacts(files, registration.bundle)))
+    if (::ftruncate(mark.get(), 0) != 0 || !writeAll(mark.get(), registrationFacts(files, bundle)))
         raise(files.mark, std::strerror(errno));
 }
 
-} // namespace join::platform::registerscheme
+} // namespace join::platform

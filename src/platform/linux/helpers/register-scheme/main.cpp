@@ -4,7 +4,10 @@
 #include "platform/linux/system/LogText.h"
 #include "platform/linux/system/StandardStreams.h"
 
+#include <algorithm>
+#include <cctype>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <linux/close_range.h>
 #include <unistd.h>
@@ -32,19 +35,25 @@ void standAlone() {
         complain("the folder / cannot be entered");
 }
 
+/// Whether the text may be a scheme, or a bundle identifier and so the name of a file.
+bool isPlainName(std::string_view text) {
+    const auto fits = [](unsigned char c) {
+        return std::isalnum(c) != 0 || std::strchr(".+_-", c) != nullptr;
+    };
+    return std::ranges::all_of(text, fits) && !text.empty() && std::isalnum(text.front()) != 0;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     standAlone();
     ::signal(SIGPIPE, SIG_IGN);
-    const auto registration =
-        registerscheme::registrationFrom(std::vector<std::string>(argv + (argc > 0 ? 1 : 0), argv + argc));
-    if (!registration) {
+    if (argc != 4 || !isPlainName(argv[1]) || !isPlainName(argv[2]) || *argv[3] != '/') {
         writeAll(STDERR_FILENO, "usage: register-scheme SCHEME BUNDLEIDENTIFIER BUNDLE\n");
         return usage;
     }
     try {
-        registerscheme::registerScheme(*registration);
+        registerScheme(argv[1], argv[2], argv[3]);
         return succeeded;
     } catch (const Exception& exception) {
         complain(exception.what());
