@@ -32,8 +32,7 @@ bool AppDelegate::checkCompatibility() {
 }
 
 void AppDelegate::awakeFromNib() {
-    constexpr auto method = "-[AppDelegate awakeFromNib]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate awakeFromNib]", [&](std::string_view method) {
         MonitoringHandler::addkey("M1",
                                   formatted("Join Launched time : %@", MonitoringHandler::currentTime()));
         if (!checkCompatibility()) {
@@ -65,16 +64,14 @@ void AppDelegate::registerForLaunchUrls() {
 }
 
 void AppDelegate::applicationWillFinishLaunching() {
-    constexpr auto method = "-[AppDelegate applicationWillFinishLaunching:]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate applicationWillFinishLaunching:]", [&](std::string_view method) {
         registerForLaunchUrls();
         log("%s : apple event manger initiated from will finish!!", method);
     });
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    constexpr auto method = "-[AppDelegate applicationDidFinishLaunching:]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate applicationDidFinishLaunching:]", [&](std::string_view method) {
         if (!checkCompatibility())
             return;
         log("%s : Join bundle Path : %@", method, runningFolder());

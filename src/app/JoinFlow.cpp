@@ -26,8 +26,7 @@ using platform::services;
 
 // 1. The join starts with a launch URL, ...
 void AppDelegate::handleGetURLEvent(const std::string& url) {
-    constexpr auto method = "-[AppDelegate handleGetURLEvent:withReplyEvent:]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate handleGetURLEvent:withReplyEvent:]", [&](std::string_view method) {
         slots().launchApp = true;
         if (!tavoJoinWindow) {
             log("%s : Launch URL ignored: nothing is prepared on a system that is not supported", method);
@@ -77,8 +76,7 @@ void AppDelegate::registerNotificationHandlers() {
 
 // 2. After a launch URL: check the Join app itself. The download of its image ends with "LaunchTavoApp".
 void AppDelegate::joinAppVersionCheck() {
-    constexpr auto method = "-[AppDelegate joinAppVersionCheck]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate joinAppVersionCheck]", [&](std::string_view method) {
         JoinSessionDetails& details = session();
         const Text localVersion = installedVersion(systemJoinCopy());
         const JoinAppStep step = joinAppStep(localVersion, details.joinAppVersion(), slots().launchApp);
@@ -112,9 +110,8 @@ void AppDelegate::versionCheckChain() {
 }
 
 bool AppDelegate::isCrashDetectorUpdateNeeded() {
-    constexpr auto method = "-[AppDelegate isCrashDetectorUpdateNeeded]";
     bool isNeeded = false;
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate isCrashDetectorUpdateNeeded]", [&](std::string_view method) {
         if (!files().exists(installedCrashDetector()))
             return;
         JoinSessionDetails& details = session();
@@ -129,8 +126,7 @@ bool AppDelegate::isCrashDetectorUpdateNeeded() {
 }
 
 void AppDelegate::downloadCrashDetector() {
-    constexpr auto method = "-[AppDelegate downloadCrashDetector]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate downloadCrashDetector]", [&](std::string_view method) {
         if (files().exists(installedCrashDetector()) || !files().exists(installedAgent()))
             return;
         log("%s : CrashDetector is not available. Download crash detector Mount from tavoDmg file", method);
@@ -139,8 +135,7 @@ void AppDelegate::downloadCrashDetector() {
 }
 
 void AppDelegate::tavoAppVersionCheck() {
-    constexpr auto method = "-[AppDelegate tavoAppVersionCheck]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate tavoAppVersionCheck]", [&](std::string_view method) {
         JoinSessionDetails& details = session();
         details.setJoinTypeOf(JoinRun::later);
 
@@ -174,8 +169,7 @@ void AppDelegate::tavoAppVersionCheck() {
 // 4. The download of the agent image installs both programs, starts the agent and posts "Terminate". If it
 // fails, it posts "RetryDMGDownloadig".
 void AppDelegate::retryDownloading() {
-    constexpr auto method = "-[AppDelegate retryDownloading]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate retryDownloading]", [&](std::string_view method) {
         JoinSessionDetails& details = session();
         details.retryCounter.set(details.retryCounter() + 1);
         const DownloadRetry retry = downloadRetryAfter(details.retryCounter());
@@ -196,8 +190,7 @@ void AppDelegate::retryDownloading() {
 
 // 5. Start an installed agent, ...
 void AppDelegate::appLaunch() {
-    constexpr auto method = "-[AppDelegate appLaunch]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate appLaunch]", [&](std::string_view method) {
         log("%s : App Path : %@", method, runningFolder());
         files().createFolder(slots().tavoMeetingNativeFolder);
         if (files().exists(installedAgent())) {

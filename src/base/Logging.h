@@ -4,7 +4,7 @@
 
 #include <exception>
 #include <string_view>
-#include <utility>
+#include <type_traits>
 
 namespace join {
 
@@ -24,11 +24,15 @@ void logSessionEnd();
 /// Writes the exception line of the singletons and of the log upload.
 void logExceptionBanner(std::string_view method, const std::exception& exception);
 
-/// Runs an operation of the delegate. Logs an exception that ends it, and returns normally.
+/// Runs an operation of the delegate, which may take its own name for its log lines. Logs an exception that ends
+/// it, and returns normally.
 template <class Operation>
 void reportingExceptions(std::string_view method, Operation&& operation) {
     try {
-        std::forward<Operation>(operation)();
+        if constexpr (std::is_invocable_v<Operation, std::string_view>)
+            operation(method);
+        else
+            operation();
     } catch (const std::exception& exception) {
         log("Exception in %s : %@", method, exception.what());
     }
