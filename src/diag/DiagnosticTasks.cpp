@@ -24,8 +24,7 @@ Text networkLocations(std::vector<std::string> arguments) {
 } // namespace
 
 void sendJoinLogTask(LogUpload& upload, const Text& comment) {
-    constexpr auto method = "-[AppDelegate sendJoinLogTask:]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate sendJoinLogTask:]", [&](std::string_view method) {
         const bool saysSomething = isFilled(comment) && *comment != absentText;
         const std::string flag = upload.sendLogFiles(saysSomething ? *comment : defaultComment);
         log("%s : SendlogTask output \n%@", "-[AppDelegate sendJoinLogTask:]_block_invoke",
@@ -35,8 +34,7 @@ void sendJoinLogTask(LogUpload& upload, const Text& comment) {
 }
 
 void joinFeatureTrackTask(std::string_view /*milestone*/) {
-    constexpr auto method = "-[AppDelegate joinFeatureTrackTask:]";
-    reportingExceptions(method, [&] {
+    reportingExceptions("-[AppDelegate joinFeatureTrackTask:]", [&](std::string_view method) {
         log("%s : joinFeaturelogTask output \n%@", "-[AppDelegate joinFeatureTrackTask:]_block_invoke",
             networkLocations({}));
         log("%s : joinFeaturelogTask called succesfully !!! ", method);

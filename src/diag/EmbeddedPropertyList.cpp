@@ -53,23 +53,16 @@ std::optional<Bytes> embeddedPropertyList(Bytes file) {
     for (auto commands = numberAt<std::uint32_t>(file, 16); commands > 0; --commands) {
         if (!holds(file, command, commandHeaderSize))
             return std::nullopt;
+        const bool isSegment = numberAt<std::uint32_t>(file, command) == segment64;
         const std::uint64_t size = numberAt<std::uint32_t>(file, command + 4);
         if (size == 0) // the walk would never advance
             return std::nullopt;
-        if (!holds(file, command, size))
+        if (!holds(file, command, isSegment ? std::max(size, segmentCommandSize) : size))
             return std::nullopt;
-        if (numberAt<std::uint32_t>(file, command) != segment64) {
-            command += size;
-            continue;
-        }
-        if (!holds(file, command, segmentCommandSize))
-            return std::nullopt;
-        std::uint64_t sections = numberAt<std::uint32_t>(file, command + 64);
-        if (!isNamed(file, command + 8, "__TEXT") || sections == 0) {
-            command += size;
-            continue;
-        }
+        const bool isText = isSegment && isNamed(file, command + 8, "__TEXT");
+        auto sections = isText ? numberAt<std::uint32_t>(file, command + 64) : 0;
         std::uint64_t section = command + segmentCommandSize;
+        command = sections == 0 ? command + size : section + sections * sectionSize;
         for (; sections > 0; --sections, section += sectionSize) {
             if (!holds(file, section, sectionSize))
                 return std::nullopt;
@@ -81,7 +74,6 @@ std::optional<Bytes> embeddedPropertyList(Bytes file) {
                 return std::nullopt;
             return file.subspan(dataOffset, dataSize);
         }
-        command = section;
     }
     return std::nullopt;
 }

@@ -16,29 +16,26 @@ namespace {
 constexpr std::string_view currentLog = "join.log";
 constexpr std::chrono::milliseconds tickInterval{100};
 
-std::string logGeneration(std::int32_t number) { return formatted("join%d.log", number); }
+/// The generations are join0.log, the newest, to join10.log.
+constexpr std::int32_t highestLogGeneration = 10;
+
+std::string inLogFolder(std::string_view name) {
+    return appendingPathComponent(slots().tavoJoinLogFolder, name);
+}
+
+std::string generation(std::int32_t number) { return inLogFolder(formatted("join%d.log", number)); }
 
 } // namespace
 
-std::vector<LogCopy> logRotation(std::int32_t highestGeneration) {
-    std::vector<LogCopy> steps;
-    for (std::int32_t i = highestGeneration; i >= 0; --i)
-        steps.push_back({i == 0 ? std::string(currentLog) : logGeneration(i - 1), logGeneration(i)});
-    return steps;
-}
-
 void loggingFile() {
     reportingExceptions("-[AppDelegate loggingFile:]", [] {
-        const auto inLogFolder = [](std::string_view name) {
-            return appendingPathComponent(slots().tavoJoinLogFolder, name);
-        };
         if (platform::services().log->redirectStandardStreams(inLogFolder(currentLog)) < logRotationSize)
             return;
 
-        for (const LogCopy& step : logRotation(slots().logFileNameCount)) {
-            if (const std::string destination = inLogFolder(step.destination); files().exists(destination))
-                files().remove(destination);
-            files().copy(inLogFolder(step.source), inLogFolder(step.destination));
+        for (std::int32_t number = slots().logFileNameCount; number >= 0; --number) {
+            if (files().exists(generation(number)))
+                files().remove(generation(number));
+            files().copy(number == 0 ? inLogFolder(currentLog) : generation(number - 1), generation(number));
         }
         if (slots().logFileNameCount != highestLogGeneration)
             ++slots().logFileNameCount;

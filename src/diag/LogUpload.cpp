@@ -76,7 +76,7 @@ std::string LogUpload::sendLogFiles(const Text& comment) {
         platform::PostRequest request;
         request.url = formatted("%@://%@/api/v1/send_log_mail", "https", session().webServerName());
         log("%s : Logger URL : %@", method, request.url);
-        slots_.receivedData.emplace();
+        receivedData_.clear();
         if (services().fileManager->exists(folder))
             getFileDataWith(zipDirectoryWithPath(folder), request);
         else
@@ -92,38 +92,32 @@ std::string LogUpload::sendLogFiles(const Text& comment) {
     } catch (const std::exception& exception) {
         logExceptionBanner(method, exception);
     }
-    return slots_.response;
+    return response_;
 }
 
 void LogUpload::openUpload(platform::PostRequest request) {
-    constexpr auto method = "-[AppDelegate sendLogFiles:]_block_invoke";
-    reportingExceptions(method, [&] {
-        if (slots_.underWay == 0)
-            slots_.connections.clear(); // each keeps its archive open
+    reportingExceptions("-[AppDelegate sendLogFiles:]_block_invoke", [&](std::string_view method) {
+        if (underWay_ == 0)
+            connections_.clear(); // each keeps its archive open
         auto connection = services().httpClient->connect(std::move(request), *this);
-        slots_.theConnection = connection.get();
         if (!connection)
             return;
-        slots_.connections.push_back(std::move(connection));
-        ++slots_.underWay;
+        connections_.push_back(std::move(connection));
+        ++underWay_;
         log("%s : Log sending url connection established!! ", method);
-        slots_.response = "true";
+        response_ = "true";
     });
 }
 
-void LogUpload::connectionDidReceiveResponse() { slots_.receivedData.emplace(); }
+void LogUpload::connectionDidReceiveResponse() { receivedData_.clear(); }
 
-void LogUpload::connectionDidReceiveData(std::string_view data) {
-    if (slots_.receivedData)
-        slots_.receivedData->append(data);
-}
+void LogUpload::connectionDidReceiveData(std::string_view data) { receivedData_ += data; }
 
 void LogUpload::connectionDidFinishLoading() {
     constexpr auto method = "-[AppDelegate connectionDidFinishLoading:]";
-    --slots_.underWay;
-    const std::string data = slots_.receivedData.value_or(std::string());
-    const Text text = textOf(data);
-    log("%s : Succeeded! Received %lu bytes of data", method, data.size());
+    --underWay_;
+    const Text text = textOf(receivedData_);
+    log("%s : Succeeded! Received %lu bytes of data", method, receivedData_.size());
     log("%s : Received data %@", method, text);
     if (text == "SUCCESS")
         log("%s : Log File sent succesfully!", method);
@@ -132,9 +126,7 @@ void LogUpload::connectionDidFinishLoading() {
 }
 
 void LogUpload::connectionDidFail(const platform::HttpError& error) {
-    --slots_.underWay;
-    slots_.theConnection = nullptr;
-    slots_.receivedData.reset();
+    --underWay_;
     log("%s : Join Log send NSURLConnection failed! Error - %@ %@",
         "-[AppDelegate connection:didFailWithError:]", error.description, error.failingUrl);
 }

@@ -4,23 +4,10 @@
 #include "platform/HttpClient.h"
 
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace join {
-
-/// The state of the log upload, kept for the whole run.
-struct LogUploadSlots {
-    std::optional<std::string> receivedData;       ///< the current upload's response so far
-    platform::Connection* theConnection = nullptr; ///< the current upload; nullptr after a failure
-    std::string response = "false";                ///< "true" once an upload connection has been opened
-
-    /// All uploads, including unfinished ones that a later upload has replaced. Finished ones are destroyed
-    /// when the next upload begins and none is under way.
-    std::vector<std::unique_ptr<platform::Connection>> connections;
-    int underWay = 0; ///< how many have not reported their end
-};
 
 /// Sends the product's log folder to the session's web server, and logs the result. Must live as long as the
 /// main queue may hold its work. Main thread only.
@@ -29,8 +16,6 @@ public:
     /// Starts an upload. Returns the upload flag: "true" if an earlier upload of this run has been opened.
     std::string sendLogFiles(const Text& comment);
 
-    const LogUploadSlots& slots() const { return slots_; }
-
 private:
     void connectionDidReceiveResponse() override;
     void connectionDidReceiveData(std::string_view data) override;
@@ -38,7 +23,13 @@ private:
     void connectionDidFail(const platform::HttpError& error) override;
     void openUpload(platform::PostRequest request);
 
-    LogUploadSlots slots_;
+    std::string receivedData_;       ///< the answer to the current upload so far
+    std::string response_ = "false"; ///< "true" once an upload connection has been opened
+
+    /// All uploads, including unfinished ones that a later upload has replaced. Finished ones are destroyed
+    /// when the next upload begins and none is under way.
+    std::vector<std::unique_ptr<platform::Connection>> connections_;
+    int underWay_ = 0; ///< how many have not reported their end
 };
 
 } // namespace join

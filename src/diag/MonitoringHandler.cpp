@@ -20,21 +20,13 @@ std::string twoDigits(int number) {
 } // namespace
 
 void MonitoringHandler::addkey(const std::string& key, const std::string& value) {
-    platform::Json& json = *platform::services().json;
-    Text& jsonData = slots().jsonData;
-    platform::Value::Dictionary postDict;
-    if (jsonData)
-        if (const auto document = json.parse(*jsonData); document && document->dictionary())
-            postDict = *document->dictionary();
-
-    const auto entry = std::ranges::find(postDict, key, &platform::Member::name);
-    if (entry == postDict.end())
-        postDict.push_back({key, {value}});
+    platform::Value::Dictionary& milestones = slots().milestones;
+    const auto entry = std::ranges::find(milestones, key, &platform::Member::name);
+    if (entry == milestones.end())
+        milestones.push_back({key, {value}});
     else
         entry->value = {value};
-
-    jsonData = json.serialise({postDict});
-    log("%s : Time stamp : %@", "+[MonitoringHandler addkey:value:]", *jsonData);
+    log("%s : Time stamp : %@", "+[MonitoringHandler addkey:value:]", getJsonString());
 }
 
 std::string MonitoringHandler::currentTime() {
@@ -43,6 +35,9 @@ std::string MonitoringHandler::currentTime() {
     return formatted("%@:%@:%@", twoDigits(hour), twoDigits(now.minute), twoDigits(now.second));
 }
 
-std::string MonitoringHandler::getJsonString() { return slots().jsonData.value_or(std::string()); }
+std::string MonitoringHandler::getJsonString() {
+    const platform::Value::Dictionary& milestones = slots().milestones;
+    return milestones.empty() ? "" : platform::services().json->serialise({milestones});
+}
 
 } // namespace join

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "base/Text.h"
 #include "platform/Timers.h"
+#include "platform/Value.h"
 #include "session/JoinSessionDetails.h"
 
 #include <cstdint>
@@ -24,7 +24,7 @@ struct ProcessSlots {
     std::string tavoMeetingNativeFolder;                   ///< the support folder
     std::string joinParametersTavoJoinFilePath;            ///< the delivered join parameter file
     std::unique_ptr<JoinSessionDetails> joinInfo;          ///< created by JoinSessionDetails::getInstance()
-    Text jsonData;                         ///< the milestones of this run as JSON; absent before the first
+    platform::Value::Dictionary milestones;                ///< those that this run has reached
     std::int32_t logFileNameCount = 0;     ///< the highest generation that the next log rotation writes
     std::int32_t copyCounter = 0;          ///< how often the agent has been copied and launched
     std::int32_t joinDownloadFailures = 0; ///< of the Join app's own image

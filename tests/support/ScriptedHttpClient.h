@@ -43,6 +43,7 @@ public:
     /// The connections that were started, for the test to carry on with.
     std::vector<std::pair<platform::PostRequest, platform::ConnectionDelegate*>> connections;
     bool refusesConnections = false; ///< none can be started at all
+    int livingConnections = 0;       ///< those that have not been destroyed
 
     std::unique_ptr<platform::Connection> connect(platform::PostRequest request,
                                                   platform::ConnectionDelegate& delegate) override {
@@ -50,10 +51,16 @@ public:
         if (refusesConnections)
             return nullptr;
         connections.emplace_back(std::move(request), &delegate);
-        return std::make_unique<platform::Connection>();
+        return std::make_unique<CountedConnection>(livingConnections);
     }
 
 private:
+    struct CountedConnection final : platform::Connection {
+        explicit CountedConnection(int& living) : count(living) { ++count; }
+        ~CountedConnection() override { --count; }
+        int& count;
+    };
+
     std::multimap<std::string, platform::HttpReply> expected_;
 };
 
