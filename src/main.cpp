@@ -7,6 +7,7 @@
 #include <dlfcn.h>
 #include <sysexits.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <iostream>
@@ -52,8 +53,10 @@ int main(int argc, char* argv[]) {
         return refuse("Join takes one optional argument, a launch URL, tavojoin://…", usageError);
 
     InstanceMessage message{.url = {}, .activationToken = activationToken()};
-    if (argc == 2)
+    if (argc == 2) {
         message.url = argv[1];
+        std::fill_n(argv[1], message.url->size(), '\0'); // every user can read the arguments of a process
+    }
     std::optional<SingleInstance> starts;
     try {
         starts.emplace(openInstanceFolder());

@@ -55,14 +55,28 @@ public:
     JoinWorld(const JoinWorld&) = delete;
     JoinWorld& operator=(const JoinWorld&) = delete;
 
-    /// Kills everything started in this world that has outlived its starter.
-    void endAll() const {
+    /// The processes started in this world, with those that have outlived their starter.
+    std::vector<int> processes() const {
+        std::vector<int> found;
         for (const auto& process : fs::directory_iterator("/proc")) {
             const std::string number = process.path().filename();
             if (number.find_first_not_of("0123456789") == std::string::npos &&
                 contentsOf(process.path() / "environ").find("HOME=" + home() + '\0') != std::string::npos)
-                ::kill(std::stoi(number), SIGKILL);
+                found.push_back(std::stoi(number));
         }
+        return found;
+    }
+    void endAll() const {
+        for (const int process : processes())
+            ::kill(process, SIGKILL);
+    }
+
+    /// What every user of the computer can read of them.
+    std::string commandLines() const {
+        std::string lines;
+        for (const int process : processes())
+            lines += contentsOf("/proc/" + std::to_string(process) + "/cmdline");
+        return lines;
     }
 
     std::string home() const { return folder_ / "home"; }

@@ -52,12 +52,15 @@ TEST(LaterStart, NeedNotWaitForAFirstWhoseMainThreadIsBlocked) {
     EXPECT_EQ(statusOf(world.launch({keyless(1)})), 0);
     EXPECT_EQ(handledUrls(world).size(), 1U); // the request is still under way
     EXPECT_FALSE(world.logHolds("Session Validated"));
+    EXPECT_EQ(world.commandLines().find("tavojoin:"), std::string::npos);
     EXPECT_EQ(first.wait(), 0);
     // The first one ends when its agent runs. The message that it had taken is not lost: the next Join gets
     // it.
     EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 2; })) << world.log();
     EXPECT_EQ(handledUrls(world).back(), keyless(1));
     ASSERT_TRUE(world.logs("Launch app called : 1"));
+    EXPECT_NE(world.commandLines().find("Join"), std::string::npos);
+    EXPECT_EQ(world.commandLines().find("tavojoin:"), std::string::npos);
     EXPECT_EQ(statusOf(world.launch({keyless(2)})), 0);
     EXPECT_TRUE(eventually([&] { return handledUrls(world).size() == 3; }));
 }
