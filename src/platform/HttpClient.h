@@ -33,12 +33,16 @@ struct HttpReply {
     std::optional<HttpError> error;
 };
 
+/// How long a download or an upload may last in all; no honest one comes near it.
+inline constexpr std::chrono::hours longestTransfer{24};
+
 /// A GET request over HTTPS whose body goes into a file.
 struct DownloadRequest {
     std::string url;         ///< absolute, in the syntax of RFC 3986
     std::string userAgent;   ///< the "User-Agent" header
     std::string destination; ///< absolute path of the file; an existing one is replaced
     std::chrono::milliseconds stallTimeout{240'000}; ///< how long it may go without receiving a byte
+    std::chrono::milliseconds timeout{longestTransfer};
 };
 
 /// Receives the events of a download, on the main queue: one for its beginning, one for its end. A download
@@ -67,7 +71,8 @@ struct PostRequest {
     std::string body;                         ///< the whole body, or what precedes the file's bytes
     std::shared_ptr<const ReadableFile> file; ///< read while it is sent, on another thread; may be null
     std::string bodyBehindFile;
-    std::chrono::milliseconds stallTimeout{60'000};       ///< how long it may go without transferring a byte
+    std::chrono::milliseconds stallTimeout{60'000}; ///< how long it may go without transferring a byte
+    std::chrono::milliseconds timeout{longestTransfer};
     std::size_t maximumAnswerSize = std::size_t{1} << 16; ///< in bytes; a longer answer is cut off there
 
     /// Returns the size of the whole body, in bytes.

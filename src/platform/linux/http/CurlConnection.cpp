@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <limits>
 #include <span>
 #include <string_view>
 #include <utility>
@@ -45,23 +44,22 @@ private:
     const PostRequest& request_;
     ConnectionDelegate& delegate_;
     const Reports& reports_;
-    std::uint64_t sent_ = 0;     ///< bytes of the body
-    std::uint64_t received_ = 0; ///< bytes of the answer
+    std::uint64_t sent_ = 0; ///< bytes of the body
     bool hasResponse_ = false;
-    bool isAnswerCut_ = false;
 };
 
 Post::Post(const PostRequest& request, ConnectionDelegate& delegate, CurlHandle& handle,
            const Reports& reports)
-    : CurlExchange(handle, request.url, std::numeric_limits<std::uint64_t>::max()), request_(request),
+    : CurlExchange(handle, request.url, request.maximumAnswerSize, request.timeout), request_(request),
       delegate_(delegate), reports_(reports) {
+    followsRedirects_ = false;
     for (const auto& [name, value] : request.headers)
         addHeader(headerLine(name, value));
     for (const char* own : {"Accept:", "Content-Type:", "Expect:"}) // unless given above
         addHeader(own);
     decodeAnswer();
     setStallTimeout(request.stallTimeout);
-    set(CURLOPT_FOLLOWLOCATION, 0L);
+    set(CURLOPT_MAXFILESIZE_LARGE, curl_off_t{0}); // a longer answer is cut off
     set(CURLOPT_POST, 1L);
     set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.bodySize()));
     set(CURLOPT_READFUNCTION, &send);
@@ -75,7 +73,7 @@ Post::Post(const PostRequest& request, ConnectionDelegate& delegate, CurlHandle&
 
 void Post::perform(const std::stop_token& stop) {
     const CURLcode code = CurlExchange::perform(stop);
-    if (code == CURLE_OK || isAnswerCut_)
+    if (code == CURLE_OK || isTooLong_)
         reports_.tell([to = &delegate_] { to->connectionDidFinishLoading(); });
     else
         reports_.tell([to = &delegate_, error = HttpError{descriptionOf(code), request_.url}] {
@@ -109,13 +107,9 @@ std::size_t Post::noteHeader(char* bytes, std::size_t /*one*/, std::size_t size,
 }
 
 bool Post::take(std::string_view bytes) {
-    const std::uint64_t room = request_.maximumAnswerSize - received_;
-    isAnswerCut_ = bytes.size() > room;
-    const std::string taken(bytes.substr(0, room));
-    received_ += taken.size();
-    if (!taken.empty())
-        reports_.tell([to = &delegate_, taken] { to->connectionDidReceiveData(taken); });
-    return !isAnswerCut_;
+    if (!bytes.empty())
+        reports_.tell([to = &delegate_, taken = std::string(bytes)] { to->connectionDidReceiveData(taken); });
+    return true;
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 
 #include "platform/linux/files/StagedFile.h"
 
-#include <openssl/ssl.h>
-
 #include <cerrno>
 #include <string_view>
 #include <system_error>
@@ -31,8 +29,6 @@ public:
     Failure perform(const std::stop_token& stop);
 
 private:
-    static int noteEndOfTls(void* body, curl_off_t total, curl_off_t now, curl_off_t sendTotal,
-                            curl_off_t sentNow) noexcept;
     bool take(std::string_view bytes) override;
     Failure reasonToRefuseAnswer() const;
     curl_off_t announcedLength() const;
@@ -41,17 +37,14 @@ private:
     const DownloadRequest& request_;
     StagedFile file_;
     bool hasBody_ = false;
-    bool hasEndOfTls_ = false; ///< for the connection used last
 };
 
 Body::Body(const DownloadRequest& request, CurlHandle& handle)
-    : CurlExchange(handle, request.url, maximumDownloadSize), request_(request), file_(request.destination) {
+    : CurlExchange(handle, request.url, maximumDownloadSize, request.timeout), request_(request),
+      file_(request.destination) {
     set(CURLOPT_USERAGENT, withoutControls(request.userAgent).c_str());
     setStallTimeout(request.stallTimeout);
     set(CURLOPT_BUFFERSIZE, bufferSize);
-    set(CURLOPT_XFERINFOFUNCTION, &noteEndOfTls);
-    set(CURLOPT_XFERINFODATA, this);
-    set(CURLOPT_NOPROGRESS, 0L);
 }
 
 Failure Body::prepare() {
@@ -66,6 +59,8 @@ Failure Body::perform(const std::stop_token& stop) {
         return descriptionOf(code);
     if (!hasBody_)
         return reasonToRefuseAnswer().value_or("The server has sent no file");
+    // libcurl accepts the end of the network connection as that of TLS, so anyone on the way could shorten a
+    // file whose length was not announced.
     if (endsWithConnection() && !hasEndOfTls_)
         return "No whole answer has come: the connection was cut off";
     if (!file_.commit())
@@ -106,18 +101,6 @@ bool Body::endsWithConnection() const {
     curl_header* coding = nullptr;
     return announcedLength() < 0 && version < CURL_HTTP_VERSION_2_0 &&
            curl_easy_header(handle(), "Transfer-Encoding", 0, CURLH_HEADER, -1, &coding) != CURLHE_OK;
-}
-
-/// libcurl accepts the end of the network connection as that of TLS, so anyone on the way could shorten a
-/// file whose length was not announced. libcurl calls this one last time before it closes the connection.
-int Body::noteEndOfTls(void* body, curl_off_t /*total*/, curl_off_t /*now*/, curl_off_t /*sendTotal*/,
-                       curl_off_t /*sentNow*/) noexcept {
-    auto& self = *static_cast<Body*>(body);
-    curl_tlssessioninfo* session = nullptr;
-    curl_easy_getinfo(self.handle(), CURLINFO_TLS_SSL_PTR, &session);
-    if (session && session->internals)
-        self.hasEndOfTls_ = SSL_get_shutdown(static_cast<SSL*>(session->internals)) & SSL_RECEIVED_SHUTDOWN;
-    return 0;
 }
 
 void download(const DownloadRequest& request, DownloadDelegate& delegate, CurlHandle& handle,

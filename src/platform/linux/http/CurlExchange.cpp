@@ -3,13 +3,21 @@
 #include "platform/Exception.h"
 #include "platform/linux/http/HttpUrl.h"
 
+#include <openssl/ssl.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 namespace join::platform {
 
 namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int maximumRedirects = 20;
+constexpr std::uint64_t mostOverhead = std::uint64_t{16} << 20; ///< of a short answer, in bytes
 
 /// Returns whether the environment holds the password of a proxy. libcurl repeats a proxy's address in its
 /// errors, and takes a part of an unusual password for the proxy's name.
@@ -50,14 +58,11 @@ CURLcode CurlHandle::perform(const std::stop_token& stop) {
     return code;
 }
 
-CurlExchange::CurlExchange(CurlHandle& handle, const std::string& url, std::uint64_t maximumBodySize)
-    : failure_(reasonToRefuseUrl(url)), handle_(handle), maximumBodySize_(maximumBodySize) {
-    constexpr std::uint64_t largest = std::numeric_limits<curl_off_t>::max();
-    set(CURLOPT_URL, url.c_str());
+CurlExchange::CurlExchange(CurlHandle& handle, std::string url, std::uint64_t maximumBodySize,
+                           std::chrono::milliseconds timeout)
+    : failure_(reasonToRefuseUrl(url)), handle_(handle), url_(std::move(url)),
+      maximumBodySize_(maximumBodySize), timeout_(timeout) {
     set(CURLOPT_PROTOCOLS_STR, "https");
-    set(CURLOPT_REDIR_PROTOCOLS_STR, "https");
-    set(CURLOPT_FOLLOWLOCATION, 1L);
-    set(CURLOPT_MAXREDIRS, 20L);
     set(CURLOPT_SSL_VERIFYPEER, 1L);
     set(CURLOPT_SSL_VERIFYHOST, 2L);
     set(CURLOPT_CAINFO, static_cast<const char*>(nullptr)); // left to CurlTrust
@@ -67,29 +72,69 @@ CurlExchange::CurlExchange(CurlHandle& handle, const std::string& url, std::uint
     // Without this, a request that ends during the lookup of its host's name would wait for the lookup, half
     // a minute or more. The lookup's thread frees its own resources when it is done.
     set(CURLOPT_QUICK_EXIT, 1L);
-    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(std::min(maximumBodySize_, largest)));
+    set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(maximumBodySize_));
     set(CURLOPT_ERRORBUFFER, curlError_.data());
     set(CURLOPT_WRITEFUNCTION, &receive);
     set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_XFERINFOFUNCTION, &watch);
+    set(CURLOPT_XFERINFODATA, this);
+    set(CURLOPT_NOPROGRESS, 0L);
 }
 
 /// The handle must not keep pointers to this object.
 CurlExchange::~CurlExchange() { curl_easy_reset(handle()); }
 
 CURLcode CurlExchange::perform(const std::stop_token& stop) {
-    if (failure_ || !accepted_)
-        return CURLE_FAILED_INIT;
-    return handle_.perform(stop);
+    const auto deadline = Clock::now() + timeout_;
+    for (int redirects = 0;; ++redirects) {
+        set(CURLOPT_URL, url_.c_str());
+        setTimeout(CURLOPT_TIMEOUT_MS, std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()));
+        if (failure_ || !accepted_)
+            return CURLE_FAILED_INIT;
+        const CURLcode code = handle_.perform(stop);
+        const char* location = redirection();
+        if (code != CURLE_OK || !location)
+            return code;
+        follow(location);
+        if (redirects == maximumRedirects)
+            failure_ = "There are more than " + std::to_string(maximumRedirects) + " redirects";
+    }
+}
+
+/// Returns where the latest answer leads, perhaps relative to the latest URL; nullptr unless it is a redirect
+/// to be followed.
+const char* CurlExchange::redirection() const {
+    curl_header* location = nullptr;
+    const bool leads = followsRedirects_ && status() >= 300 && status() <= 399 &&
+                       curl_easy_header(handle(), "Location", 0, CURLH_HEADER, -1, &location) == CURLHE_OK;
+    return leads ? location->value : nullptr;
+}
+
+/// Reads the location as libcurl itself would. libcurl could follow it too, but nobody could look at the hosts.
+void CurlExchange::follow(const char* location) {
+    const std::unique_ptr<CURLU, void (*)(CURLU*)> target(curl_url(), curl_url_cleanup);
+    constexpr unsigned asFound = CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME;
+    char* text = nullptr;
+    CURLUcode code = curl_url_set(target.get(), CURLUPART_URL, url_.c_str(), 0);
+    if (code == CURLUE_OK)
+        code = curl_url_set(target.get(), CURLUPART_URL, location, asFound);
+    if (code == CURLUE_OK)
+        code = curl_url_get(target.get(), CURLUPART_URL, &text, 0);
+    if (code != CURLUE_OK)
+        failure_ = std::string("A redirect leads nowhere: ") + curl_url_strerror(code);
+    else
+        url_ = text;
+    curl_free(text);
 }
 
 std::string CurlExchange::descriptionOf(CURLcode code) const {
     if (failure_)
         return *failure_;
+    if (isTooLong_ || code == CURLE_FILESIZE_EXCEEDED)
+        return "The answer is longer than " + std::to_string(maximumBodySize_) + " bytes";
     const std::string text =
         curlError_.front() && !isProxySecret() ? curlError_.data() : curl_easy_strerror(code);
     switch (code) {
-    case CURLE_FILESIZE_EXCEEDED:
-        return "The answer is longer than " + std::to_string(maximumBodySize_) + " bytes";
     case CURLE_UNSUPPORTED_PROTOCOL: // only after a redirect: the first URL has been checked
         return "A redirect leaves HTTPS: " + text;
     case CURLE_GOT_NOTHING:
@@ -106,10 +151,37 @@ std::string CurlExchange::descriptionOf(CURLcode code) const {
 std::size_t CurlExchange::receive(char* bytes, std::size_t /*one*/, std::size_t size,
                                   void* exchange) noexcept {
     auto& self = *static_cast<CurlExchange*>(exchange);
-    self.received_ += size;
-    if (self.received_ > self.maximumBodySize_)
-        self.failure_ = self.descriptionOf(CURLE_FILESIZE_EXCEEDED);
-    return !self.failure_ && self.take({bytes, size}) ? size : CURL_WRITEFUNC_ERROR;
+    if (self.redirection())
+        return size;
+    const std::uint64_t room = self.maximumBodySize_ - self.received_;
+    const std::string_view taken = std::string_view(bytes, size).substr(0, room);
+    self.received_ += taken.size();
+    self.isTooLong_ = size > room;
+    return self.take(taken) && !self.isTooLong_ ? size : CURL_WRITEFUNC_ERROR;
+}
+
+/// libcurl calls this again and again while something is expected or arrives, and one last time before it
+/// closes the connection.
+int CurlExchange::watch(void* exchange, curl_off_t /*total*/, curl_off_t /*now*/, curl_off_t /*sendTotal*/,
+                        curl_off_t /*sentNow*/) noexcept {
+    auto& self = *static_cast<CurlExchange*>(exchange);
+    curl_tlssessioninfo* session = nullptr;
+    curl_easy_getinfo(self.handle(), CURLINFO_TLS_SSL_PTR, &session);
+    if (session && session->internals)
+        self.noteTls(static_cast<SSL*>(session->internals));
+    const std::uint64_t maximum = 2 * self.maximumBodySize_ + mostOverhead;
+    if (self.traffic_ > maximum)
+        self.failure_ = "The server has sent more than " + std::to_string(maximum) + " bytes";
+    return self.failure_ ? 1 : 0;
+}
+
+/// The connection may have served earlier requests: only what it brings from now on counts.
+void CurlExchange::noteTls(SSL* tls) {
+    const std::uint64_t brought = BIO_number_read(SSL_get_rbio(tls));
+    if (tls == std::exchange(tls_, tls) && brought > broughtByTls_)
+        traffic_ += brought - broughtByTls_;
+    broughtByTls_ = brought;
+    hasEndOfTls_ = (SSL_get_shutdown(tls) & SSL_RECEIVED_SHUTDOWN) != 0;
 }
 
 void CurlExchange::setTimeout(CURLoption option, std::chrono::milliseconds timeout) {

@@ -42,18 +42,22 @@ private:
 
 using Failure = std::optional<std::string>; ///< a description; nothing if all went well
 
-/// One request and its answer: what all kinds of request have in common. HTTPS only, even after a redirect,
-/// and verified certificates. The handle is used by one exchange at a time.
+/// One request, its redirects and its answer: what all kinds of request have in common. HTTPS only, even after
+/// a redirect, and verified certificates. The handle is used by one exchange at a time.
 class CurlExchange {
 public:
-    CurlExchange(CurlHandle& handle, const std::string& url, std::uint64_t maximumBodySize);
+    /// The timeout is for everything together. All bytes of the connections count, not only the body's: an
+    /// honest server needs less than twice the longest body and 16 MiB.
+    CurlExchange(CurlHandle& handle, std::string url, std::uint64_t maximumBodySize,
+                 std::chrono::milliseconds timeout);
     CurlExchange(const CurlExchange&) = delete;
     CurlExchange& operator=(const CurlExchange&) = delete;
 
 protected:
     virtual ~CurlExchange();
 
-    /// Takes bytes of the body as they arrive. Returns false to end the exchange.
+    /// Takes bytes of the body as they arrive, up to the maximum; a redirect has none. Returns false to end the
+    /// exchange.
     virtual bool take(std::string_view bytes) = 0;
 
     /// Sends the request and waits for the end of the exchange.
@@ -86,14 +90,27 @@ protected:
     long status() const;
 
     Failure failure_; ///< why the exchange cannot begin, or cannot go on
+    bool followsRedirects_ = true;
+    bool isTooLong_ = false;   ///< more than the longest body has come
+    bool hasEndOfTls_ = false; ///< on the connection used last
 
 private:
     static std::size_t receive(char* bytes, std::size_t one, std::size_t size, void* exchange) noexcept;
+    static int watch(void* exchange, curl_off_t total, curl_off_t now, curl_off_t sendTotal,
+                     curl_off_t sentNow) noexcept;
+    const char* redirection() const;
+    void follow(const char* location);
+    void noteTls(ssl_st* tls);
 
     CurlHandle& handle_;
+    std::string url_; ///< the latest one
     std::uint64_t maximumBodySize_;
-    std::uint64_t received_ = 0; ///< bytes of the body
-    bool accepted_ = true;       ///< libcurl knows all options and has had memory for them
+    std::chrono::milliseconds timeout_;
+    std::uint64_t received_ = 0;     ///< bytes of the body
+    std::uint64_t traffic_ = 0;      ///< all bytes that the connections have brought
+    const ssl_st* tls_ = nullptr;    ///< the latest connection
+    std::uint64_t broughtByTls_ = 0; ///< all bytes that it has brought, also before this exchange
+    bool accepted_ = true;           ///< libcurl knows all options and has had memory for them
     CurlTrust trust_;
     std::unique_ptr<curl_slist, void (*)(curl_slist*)> headers_{nullptr, curl_slist_free_all};
     std::array<char, CURL_ERROR_SIZE> curlError_{};

@@ -12,8 +12,7 @@ namespace {
 class Get final : CurlExchange {
 public:
     Get(CurlHandle& handle, const HttpRequest& request, bool decodes)
-        : CurlExchange(handle, request.url, request.maximumBodySize), url_(request.url) {
-        setTimeout(CURLOPT_TIMEOUT_MS, request.timeout);
+        : CurlExchange(handle, request.url, request.maximumBodySize, request.timeout), url_(request.url) {
         if (decodes)
             decodeAnswer();
     }

@@ -76,6 +76,9 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
         {{200, zipped, {"Content-Encoding: gzip"}}, {"response", "SUCCESS", "finish"}, ""},
         {{200, "half of it", {}, Fault::cutBody}, {"response", "half ", "fail"}, "No whole answer"},
         {{200, "half of it", {}, Fault::stallBody}, {"response", "half ", "fail"}, "slow"},
+        {{200, "1;xxxxxxxxxxxx", {"Transfer-Encoding: chunked"}, Fault::endless},
+         {"response", "fail"},
+         "sent more than"},
         {{.fault = Fault::reset}, {"fail"}, "No whole answer"},
     };
     for (const auto& [answer, news, error] : cases) {

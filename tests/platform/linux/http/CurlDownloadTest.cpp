@@ -129,6 +129,7 @@ TEST(CurlDownload, AnAnswerThatIsNotAWholeBodyFailsOnceAndLeavesTheOldFile) {
         ScriptedAnswer answer;
         std::string description;
         std::chrono::milliseconds stallTimeout = 60s;
+        std::chrono::milliseconds timeout = 60s;
     } cases[] = {
         {{.status = 404, .body = "no such thing"}, "status 404"},
         {{.status = 500}, "status 500"},
@@ -141,12 +142,14 @@ TEST(CurlDownload, AnAnswerThatIsNotAWholeBodyFailsOnceAndLeavesTheOldFile) {
         {{.fault = Fault::reset}, "No whole answer"},
         {{.fault = Fault::silence}, "slow", 1s},
         {{.body = "half of this", .fault = Fault::stallBody}, "slow", 1s},
+        {{.body = "x", .fault = Fault::endless}, "timed out", 60s, 300ms},
         {{.body = "x", .headers = {"Content-Length: 9000000000"}, .fault = Fault::endless}, "longer than"},
     };
     writeFile(world.request.destination, "old");
-    for (const auto& [answer, description, stallTimeout] : cases) {
+    for (const auto& [answer, description, stallTimeout, timeout] : cases) {
         world.server.expect("/", answer);
         world.request.stallTimeout = stallTimeout;
+        world.request.timeout = timeout;
         world.expectFailure(description);
         EXPECT_TRUE(contentsOf(world.request.destination) == "old") << description;
         EXPECT_EQ(namesIn(world.folder.path()), News{"Image.dmg"}) << description;

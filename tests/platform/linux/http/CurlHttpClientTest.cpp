@@ -44,9 +44,10 @@ TEST_F(CurlHttpClientTest, GivesStatusAndBodyOfEveryStatusAndSendsNeitherCookies
 
 TEST_F(CurlHttpClientTest, FollowsRedirects) {
     const std::string elsewhere = "Location: " + server.url("/new", "127.0.0.1");
-    server.expect("/moved", {.status = 302, .body = "ignored", .headers = {elsewhere}});
+    server.expect("/first", {.status = 307, .headers = {"Location: moved to\xC3\xA4?a b"}});
+    server.expect("/moved%20to%c3%a4?a+b", {.status = 302, .body = "ignored", .headers = {elsewhere}});
     server.expect("/new", {.body = "here"});
-    EXPECT_EQ(get("/moved").body, "here");
+    EXPECT_EQ(get("/first").body, "here");
 }
 
 TEST_F(CurlHttpClientTest, AnExchangeThatFailsHasNeitherStatusNorBody) {
@@ -57,6 +58,10 @@ TEST_F(CurlHttpClientTest, AnExchangeThatFailsHasNeitherStatusNorBody) {
         {"/loop", {.status = 302, .headers = {"Location: /loop"}}, "redirects"},
         {"/announced", {.body = body + "x"}, "longer than 1000 bytes"},
         {"/endless", {.body = body, .fault = Fault::endless}, "longer than 1000 bytes"},
+        {"/interim", {.status = 103, .body = "HTTP/1.1 103 Early\r\n\r\n", .fault = Fault::endless}, ""},
+        {"/framing",
+         {.body = "1;xxxxxxxxxxxxxxx", .headers = {"Transfer-Encoding: chunked"}, .fault = Fault::endless},
+         "more than"},
         {"/cut", {.body = "half of this", .fault = Fault::cutBody}, ""},
         {"/reset", {.fault = Fault::reset}, ""}};
     for (const auto& [path, answer, error] : cases) {
