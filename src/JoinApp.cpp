@@ -6,6 +6,7 @@
 #include "platform/Services.h"
 #include "platform/linux/bundles/LinuxBundles.h"
 #include "platform/linux/bundles/LinuxWorkspace.h"
+#include "platform/linux/desktop/Policy.h"
 #include "platform/linux/desktop/SchemeRegistration.h"
 #include "platform/linux/documents/NlohmannJson.h"
 #include "platform/linux/documents/PlistPropertyLists.h"
@@ -57,6 +58,7 @@ public:
                       .strings = &strings_,
                       .tasks = &tasks_,
                       .timers = &timers_,
+                      .trustPolicy = &policy_,
                       .urlEvents = &urlEvents_,
                       .windows = &windows_,
                       .workspace = &workspace_};
@@ -81,7 +83,8 @@ private:
     LinuxBundles bundles_{fileManager_, propertyLists_, root_};
     NotificationCenter notificationCenter_;
     QtMainQueue mainQueue_;
-    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_};
+    Policy policy_{Policy::ofComputer()};
+    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_, policy_};
     QtTimers timers_;
     LinuxTasks tasks_{root_, bundle_ / "Contents/Helpers"};
     LinuxWorkspace workspace_{root_, bundles_, log_,

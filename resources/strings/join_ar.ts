@@ -10,6 +10,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>يرجى إدخال مفتاح صالح</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>يتم الآن الاتصال بجلستك…</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>حدثت مشكلة وتعذر الانضمام إلى الجلسة. يرجى إغلاق هذه النافذة والمحاولة مرة أخرى.</translation></message>
+    <message id="LINK_NOT_ALLOWED"><source></source><translation>لا يسمح مسؤول هذا الكمبيوتر بهذا الرابط. يرجى إغلاق هذه النافذة.</translation></message>
     <message id="OK"><source></source><translation>موافق</translation></message>
     <message id="ERROR_MESSAGE"><source></source><translation>لا يستوفي نظام تشغيل هذا الكمبيوتر متطلبات الجلسة. انقر هنا للاطلاع على متطلبات النظام.</translation></message>
     <message id="CLICK_HERE"><source></source><translation>انقر هنا</translation></message>

@@ -10,6 +10,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>Veuillez saisir une clé valide</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>Connexion à votre session en cours…</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>Un problème est survenu et la session n’a pas pu être rejointe. Veuillez fermer cette fenêtre et réessayer.</translation></message>
+    <message id="LINK_NOT_ALLOWED"><source></source><translation>L’administrateur de cet ordinateur n’autorise pas ce lien. Veuillez fermer cette fenêtre.</translation></message>
     <message id="OK"><source></source><translation>OK</translation></message>
     <message id="ERROR_MESSAGE"><source></source><translation>Le système d’exploitation de cet ordinateur ne répond pas aux exigences de la session. Cliquez ici pour consulter la configuration requise.</translation></message>
     <message id="CLICK_HERE"><source></source><translation>Cliquez ici</translation></message>

@@ -75,9 +75,11 @@ void AppDelegate::applicationDidFinishLaunching() {
         if (!checkCompatibility())
             return;
         log("%s : Join bundle Path : %@", method, runningFolder());
-        copyCurrentJoinAppFile();
+        const bool isDeliveredFileAllowed = copyCurrentJoinAppFile();
         if (!slots().launchApp) {
-            if (firstTimeCheck()) {
+            if (!isDeliveredFileAllowed) {
+                tavoJoinWindow->showProblem("LINK_NOT_ALLOWED");
+            } else if (firstTimeCheck()) {
                 joinForTheFirstTime();
             } else {
                 tavoJoinWindow->closeWindow();

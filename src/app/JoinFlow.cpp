@@ -34,7 +34,13 @@ void AppDelegate::handleGetURLEvent(const std::string& url) {
         }
         loggingFile();
         startLoggingTimer();
-        if (!applyLaunchUrl(url)) {
+        const LaunchUrlOutcome outcome = applyLaunchUrl(url);
+        if (outcome == LaunchUrlOutcome::refused) {
+            tavoJoinWindow->showProblem("LINK_NOT_ALLOWED");
+            tavoJoinWindow->showWindow();
+            return;
+        }
+        if (outcome == LaunchUrlOutcome::withoutKey) {
             log("%s : Key not received in launchapp!", method);
             tavoJoinWindow->closeWindow();
             joinMainWindow->showWindowAskingForValidKey();

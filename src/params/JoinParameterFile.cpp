@@ -2,6 +2,8 @@
 
 #include "base/Logging.h"
 #include "platform/FileManager.h"
+#include "platform/Services.h"
+#include "platform/TrustPolicy.h"
 #include "platform/Utf8.h"
 #include "session/ProcessSlots.h"
 
@@ -51,6 +53,18 @@ const JoinParameter* joinParameterOf(std::string_view item) {
 
 std::string joinParameterValue(std::string_view item, std::string_view name) {
     return removingAll(item, std::string(name) + '=');
+}
+
+Text reasonToRefuseParameters(std::string_view body) {
+    for (const std::string_view item : split(body, "&")) {
+        const JoinParameter* parameter = joinParameterOf(item);
+        if (!parameter || parameter->property != &Details::webServerName)
+            continue;
+        const std::string server = joinParameterValue(item, parameter->name);
+        if (auto reason = platform::services().trustPolicy->reasonToRefuse(server))
+            return reason;
+    }
+    return std::nullopt;
 }
 
 Text readJoinParameterFile(std::string_view method, const std::string& path) {

@@ -34,6 +34,10 @@ const JoinParameter* joinParameterOf(std::string_view item);
 /// Returns an item's value: the item without any occurrence of the name followed by "=".
 std::string joinParameterValue(std::string_view item, std::string_view name);
 
+/// Returns why the administrator's policy does not allow the web server that a body names, or nothing if it
+/// names none or allowed ones only.
+Text reasonToRefuseParameters(std::string_view body);
+
 /// Reads a file of this format through the file manager. Returns its body, or nothing if the file is missing
 /// or has no body; then the log says why, under the operation's name.
 Text readJoinParameterFile(std::string_view method, const std::string& path);

@@ -15,6 +15,10 @@ void readJoinParameters() {
         const std::string path = parameterFile();
         log("%s : Join Parameters Path : %@", method, path);
         const Text body = readJoinParameterFile(method, path);
+        if (const Text reason = body ? reasonToRefuseParameters(*body) : std::nullopt) {
+            log("%s : Join parameters file refused : %@", method, reason);
+            return;
+        }
         log("%s : Join parameters file content : %@", method, body);
         if (!body)
             return;

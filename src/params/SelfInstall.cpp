@@ -2,6 +2,7 @@
 
 #include "base/Locations.h"
 #include "base/Logging.h"
+#include "params/JoinParameterFile.h"
 #include "platform/FileManager.h"
 #include "platform/Paths.h"
 #include "platform/Services.h"
@@ -36,17 +37,25 @@ Text deliveredFileOnVolume() {
     return found;
 }
 
-void storeDeliveredParameterFile(const std::string& runningFolder, bool runsFromApplications) {
+/// Returns false if the file is refused.
+bool storeDeliveredParameterFile(const std::string& runningFolder, bool runsFromApplications) {
     std::string& delivered = slots().joinParametersTavoJoinFilePath;
     delivered = appendingPathComponent(runningFolder, deliveredFileName);
     if (!files().exists(delivered))
         delivered = deliveredFileOnVolume().value_or(delivered);
-
+    const Text file = files().read(delivered);
+    const auto body = file ? joinParameterBody(*file) : std::nullopt;
+    if (const Text reason = body ? reasonToRefuseParameters(*body) : std::nullopt) {
+        log("%s : Join parameters file refused : %@", method, reason);
+        delivered.clear();
+        return false;
+    }
     if (!runsFromApplications && files().exists(parameterFile()))
         log("%s : joinparameters.conf file removed in TavoMeetingNative folder : %hhd", method,
             files().remove(parameterFile()));
     if (files().exists(delivered) && files().copy(delivered, parameterFile()))
         log("%s : joinparameters.conf file copied", method);
+    return true;
 }
 
 void installJoinCopies(const std::string& runningFolder, bool runsFromApplications) {
@@ -65,15 +74,17 @@ void installJoinCopies(const std::string& runningFolder, bool runsFromApplicatio
 
 } // namespace
 
-void copyCurrentJoinAppFile() {
-    reportingExceptions(method, [] {
+bool copyCurrentJoinAppFile() {
+    bool isAllowed = true;
+    reportingExceptions(method, [&] {
         const std::string folder = runningFolder();
         const std::string applications = platform::services().paths->localApplications();
         log("%s : Join App Path : %@", method, folder);
         log("%s : Application folder : %@", method, applications);
-        storeDeliveredParameterFile(folder, folder == applications);
+        isAllowed = storeDeliveredParameterFile(folder, folder == applications);
         installJoinCopies(folder, folder == applications);
     });
+    return isAllowed;
 }
 
 void removeJoinCopies() {

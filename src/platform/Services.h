@@ -16,6 +16,7 @@ class PropertyLists;
 class Strings;
 class Tasks;
 class Timers;
+class TrustPolicy;
 class UrlEvents;
 class Windows;
 class Workspace;
@@ -37,6 +38,7 @@ struct Services {
     Strings* strings = nullptr;
     Tasks* tasks = nullptr;
     Timers* timers = nullptr;
+    TrustPolicy* trustPolicy = nullptr;
     UrlEvents* urlEvents = nullptr;
     Windows* windows = nullptr;
     Workspace* workspace = nullptr;

@@ -4,6 +4,7 @@
 #include "platform/HttpClient.h"
 #include "platform/Json.h"
 #include "platform/Services.h"
+#include "platform/TrustPolicy.h"
 #include "server/SessionAnswer.h"
 #include "session/JoinSessionDetails.h"
 
@@ -34,6 +35,14 @@ void applyAnswer(std::string_view method, std::string_view body, JoinSessionDeta
     log("%s : Response : %@", method, meeting ? json.serialise(*meeting) : std::string(absentText));
     if (meeting)
         applyMeeting(*meeting, details);
+    const Text refused =
+        details.isCdnAvailable()
+            ? platform::services().trustPolicy->reasonToRefuse(details.cdnUrl().value_or(std::string()))
+            : std::nullopt;
+    if (refused) {
+        log("%s : The host of the images is refused : %@", method, refused);
+        details.isCdnAvailable.set(false);
+    }
 }
 
 } // namespace

@@ -29,8 +29,8 @@ void TavoJoinWindowHandler::showProgress() {
     window().display();
 }
 
-void TavoJoinWindowHandler::showProblem() {
-    infoLabel().setStringValue(localized("PROBLEM_OCCURED"));
+void TavoJoinWindowHandler::showProblem(const std::string& textKey) {
+    infoLabel().setStringValue(localized(textKey));
     progress().stopAnimation();
     isProgressShown_ = false;
 }

@@ -2,6 +2,8 @@
 
 #include "ui/WindowController.h"
 
+#include <string>
+
 namespace join {
 
 /// The progress window: a spinning indicator and one line of text while the Join app checks, downloads and
@@ -13,8 +15,8 @@ public:
     /// Shows that the join is in progress. Does not bring the window to the screen.
     void showProgress();
 
-    /// Shows that the session could not be joined, and stops the indicator.
-    void showProblem();
+    /// Shows why the session could not be joined, as the text with this key, and stops the indicator.
+    void showProblem(const std::string& textKey = "PROBLEM_OCCURED");
 
     /// Takes the window off the screen, if it is there; the program continues.
     void closeWindow();

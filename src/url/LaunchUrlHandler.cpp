@@ -1,6 +1,8 @@
 #include "url/LaunchUrlHandler.h"
 
 #include "base/Logging.h"
+#include "platform/Services.h"
+#include "platform/TrustPolicy.h"
 #include "session/JoinSessionDetails.h"
 #include "url/LaunchUrl.h"
 
@@ -80,33 +82,43 @@ std::string description(const LaunchUrlParameters& parameters) {
     return text += '}';
 }
 
-LaunchUrl parseAndLog(std::string_view url) {
-    LaunchUrl launchUrl = parseLaunchUrl(url);
+/// Returns why the web server of a URL, or of the session if the URL names none, is not allowed, or nothing.
+std::optional<std::string> reasonToRefuse(const LaunchUrlParameters& parameters) {
+    const auto named = valueOf(parameters, "wsn", "web_server");
+    return platform::services().trustPolicy->reasonToRefuse(
+        isUsable(named) ? trimmed(*named) : session().webServerName().value_or(std::string()));
+}
+
+void logUrl(const std::string& url, const std::string& text, const LaunchUrl& launchUrl) {
+    log("%s : Received Launch App Url : %@", method, text);
+    if (text.size() != url.size())
+        log("%s : Control characters or bytes that are not UTF-8 in the URL are percent-encoded", method);
     if (!launchUrl.hasParameters)
         log("%s : The URL holds no parameters, which follow on \"//\"", method);
     if (launchUrl.skippedPieces > 0)
         log("%s : Pieces of the URL without \"=\" skipped : %lu", method, launchUrl.skippedPieces);
     log("%s : Launch App Param Dict : %@", method, description(launchUrl.parameters));
-    return launchUrl;
 }
 
 } // namespace
 
-bool applyLaunchUrl(const std::string& url) {
+LaunchUrlOutcome applyLaunchUrl(const std::string& url) {
     const std::string text = launchUrlText(url);
-    log("%s : Received Launch App Url : %@", method, text);
-    if (text.size() != url.size())
-        log("%s : Control characters or bytes that are not UTF-8 in the URL are percent-encoded", method);
-    const LaunchUrl launchUrl = parseAndLog(text);
+    const LaunchUrl launchUrl = parseLaunchUrl(text);
+    if (const auto reason = reasonToRefuse(launchUrl.parameters)) {
+        log("%s : Launch URL refused : %@", method, *reason);
+        return LaunchUrlOutcome::refused;
+    }
+    logUrl(url, text, launchUrl);
     applyParameters(launchUrl.parameters);
 
     const auto key = valueOf(launchUrl.parameters, "k", "sessionId");
     if (!isUsable(key))
-        return false;
+        return LaunchUrlOutcome::withoutKey;
     session().key.set(trimmed(*key));
     if (const auto sessionType = sessionTypeForKey(*key))
         session().sessionType.set(*sessionType);
-    return true;
+    return LaunchUrlOutcome::withKey;
 }
 
 } // namespace join

@@ -120,6 +120,28 @@ TEST_F(StartUp, AFirstRunWritesBothFilesAndGoesOnToTheAgent) {
     EXPECT_FALSE(delegate.firstTimeCheck());
 }
 
+TEST_F(StartUp, AParameterFileWithARefusedServerChangesNothingButTheWindow) {
+    const std::string refused =
+        header + "&key=123456789&webServerName=host&firstTime=true&webServerName=evil&";
+    application.bundle = "/Volumes/TavoJoin/Join.app";
+    files.put("/Volumes/TavoJoin/.joinparameters", refused);
+    files.put(parameters, header + "stored earlier");
+    prepared();
+    delegate.applicationDidFinishLaunching();
+    EXPECT_EQ(files.read(parameters), header + "stored earlier");
+    EXPECT_EQ(std::ranges::count(logSink.lines,
+                                 "-[AppDelegate copyCurrentJoinAppFile] : Join parameters file "
+                                 "refused : evil is refused"),
+              1);
+    EXPECT_TRUE(happenedInOrder(journal, {"infoLabel: [LINK_NOT_ALLOWED]"}));
+    EXPECT_FALSE(windows.loaded.contains("TavoJoinMainWindow"));
+    files.put(parameters, refused);
+    EXPECT_FALSE(delegate.firstTimeCheck());
+    EXPECT_EQ(session().webServerName(), "join.example.com");
+    EXPECT_EQ(said("-[AppDelegate readJoinParameters]").back(),
+              "Join parameters file refused : evil is refused");
+}
+
 TEST_F(StartUp, NotificationsReachTheirHandlersOnce) {
     prepared();
     workspace.running = {"com.tavo.fendel.Tavo"};

@@ -79,6 +79,21 @@ TEST(Join, TrustsNoServiceWithAnUnknownCertificate) {
     EXPECT_EQ(world.requests(), "");
 }
 
+TEST(Join, AsksAndKeepsNothingForALinkToAServerThatThePolicyDoesNotAllow) {
+    const JoinWorld world;
+    const std::string policy =
+        writeFile(world.home() + "/xdg/tavojoin/policy.conf", "[Trust]\nWebServers=*.localhost");
+    Launch launch = world.launch({world.url()});
+    launch.environment.emplace_back("XDG_CONFIG_DIRS", world.home() + "/xdg");
+    const Child join(launch);
+    ASSERT_TRUE(world.logs("Launch app called : 1"));
+    EXPECT_TRUE(
+        world.logHolds("refused : " + world.host() + " is not a web server that " + policy + " allows"));
+    EXPECT_FALSE(fs::exists(world.support("tavojoindetails.conf")));
+    EXPECT_EQ(world.requests(), "");
+    EXPECT_TRUE(isAlive(join.process()));
+}
+
 TEST(Join, RefusesArgumentsThatAreNoLaunchUrl) {
     const JoinWorld world;
     const std::vector<std::vector<std::string>> refused = {

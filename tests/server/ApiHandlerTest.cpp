@@ -42,6 +42,7 @@ TEST_F(SessionCheck, MembersOfTheMeetingGoIntoTheSession) {
     const std::pair<std::string, std::string> cases[] = {
         // update needed, storage URL, storage server, is there, content delivery, is there
         {R"("update_needed":false,"cdn_link":"cdn")", "0,(null),(null),0,cdn,1"},
+        {R"("update_needed":false,"cdn_link":"evil")", "0,(null),(null),0,evil,0"}, // refused by the policy
         {R"("cdn_link":"","aws_server":"","aws_server_download_url":"")", "1,(null),,0,(null),0"},
         {R"("aws_server_download_url":"u","aws_server":"s")", "1,u,s,1,(null),0"},
         {R"("Update_needed":false,"cdn_link ":"x","other":null,"list":[1,{}])", untouched},

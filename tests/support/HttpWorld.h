@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/linux/desktop/Policy.h"
 #include "platform/linux/http/CurlHttpClient.h"
 #include "support/Child.h"
 #include "support/Environment.h"
@@ -45,7 +46,8 @@ struct HttpWorld {
                               writeFile(certificates / "server.pem", server.certificate()).c_str()};
     FakeMainQueue queue;
     RecordingDelegate delegate;
-    platform::CurlHttpClient client{queue};
+    platform::Policy policy;
+    platform::CurlHttpClient client{queue, policy};
 
     /// Starts a download or connection to that URL. Checks what the delegate is told until it has ended, and
     /// shortly after.

@@ -4,6 +4,7 @@
 #include "base/Format.h"
 #include "platform/NotificationCenter.h"
 #include "platform/Services.h"
+#include "platform/TrustPolicy.h"
 #include "platform/linux/documents/NlohmannJson.h"
 #include "platform/linux/documents/PlistPropertyLists.h"
 #include "session/JoinSessionDetails.h"
@@ -29,14 +30,24 @@ inline const std::string homeJoin = "/home/ann/Applications/Join.app";
 inline const std::string header = "TAVO_MEETING_IND\n";
 inline const std::string sessionEnd = "log: \n" + std::string(133, '-') + "\n";
 
+/// Refuses one server.
+struct FakePolicy final : platform::TrustPolicy {
+    std::string refused = "evil";
+
+    std::optional<std::string> reasonToRefuse(std::string_view server) const override {
+        return server == refused ? std::optional(refused + " is refused") : std::nullopt;
+    }
+};
+
 /// The delegate on fresh doubles and empty slots. Nothing is installed and no file exists; the program runs
 /// from the system's Applications folder.
 class LogicTest : public ::testing::Test {
 protected:
     LogicTest() {
-        platform::services() = {&application, &bundles,   &clock,         &files,   &http,          &json,
-                                &logSink,     &mainQueue, &notifications, &paths,   &propertyLists, &strings,
-                                &tasks,       &timers,    &urlEvents,     &windows, &workspace};
+        platform::services() = {&application,   &bundles, &clock,     &files,         &http,
+                                &json,          &logSink, &mainQueue, &notifications, &paths,
+                                &propertyLists, &strings, &tasks,     &timers,        &policy,
+                                &urlEvents,     &windows, &workspace};
         slots() = {};
     }
     ~LogicTest() override {
@@ -122,6 +133,7 @@ protected:
     FakeStrings strings;
     RecordingTasks tasks{journal};
     FakeTimers timers{journal};
+    FakePolicy policy;
     FakeUrlEvents urlEvents{journal};
     FakeWindows windows{journal};
     FakeWorkspace workspace{journal};

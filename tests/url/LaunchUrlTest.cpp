@@ -97,6 +97,26 @@ TEST_F(LaunchUrlHandler, LogsWhatItReceivedUntrimmed) {
     EXPECT_TRUE(happenedInOrder(said(method), {"The URL holds no parameters, which follow on \"//\""}));
 }
 
+TEST_F(LaunchUrlHandler, OneWithARefusedServerChangesNothingButTheWindow) {
+    for (const auto& [pairs, refused] : {std::pair{"k=123456789&e=x&gwn=g&wsn= evil", "evil"},
+                                         {"e=x&web_server=evil", "evil"},
+                                         {"k=123456789&wsn=", "join.example.com"}}) { // the session's
+        prepared();
+        policy.refused = refused;
+        const std::string before = state();
+        urlEvents.deliver(std::string("tavojoin://") + pairs);
+        delegate.applicationDidFinishLaunching();
+        EXPECT_EQ(said(method), Journal{"Launch URL refused : " + policy.refused + " is refused"});
+        EXPECT_EQ(state(), before);
+        EXPECT_EQ(formatted("%@ %@", session().key(), session().webServerName()), "(null) join.example.com");
+        EXPECT_FALSE(files.exists(joinDetails));
+        EXPECT_EQ(joinDownloads() + agentDownloads(), 0);
+        EXPECT_TRUE(happenedInOrder(journal, {"infoLabel: [LINK_NOT_ALLOWED]", "TavoJoinWindow: front"}));
+        EXPECT_FALSE(windows.loaded.contains("TavoJoinMainWindow"));
+        windows.loaded.clear();
+    }
+}
+
 TEST_F(LaunchUrlHandler, AKeyIsTrimmedButItsKindToldFromTheLengthReceived) {
     struct {
         std::string pair;

@@ -115,10 +115,11 @@ bool Post::take(std::string_view bytes) {
 } // namespace
 
 std::unique_ptr<Transfer> startConnection(PostRequest request, MainQueue& mainQueue,
-                                          ConnectionDelegate& delegate) {
+                                          const TrustPolicy& policy, ConnectionDelegate& delegate) {
     return std::make_unique<CurlTransfer>(
-        mainQueue, [request = std::move(request), &delegate](CurlHandle& handle, const Reports& reports,
-                                                             const std::stop_token& stop) {
+        mainQueue, policy,
+        [request = std::move(request), &delegate](CurlHandle& handle, const Reports& reports,
+                                                  const std::stop_token& stop) {
             Post(request, delegate, handle, reports).perform(stop);
         });
 }

@@ -121,9 +121,9 @@ void download(const DownloadRequest& request, DownloadDelegate& delegate, CurlHa
 } // namespace
 
 std::unique_ptr<Transfer> startDownload(DownloadRequest request, MainQueue& mainQueue,
-                                        DownloadDelegate& delegate) {
+                                        const TrustPolicy& policy, DownloadDelegate& delegate) {
     return std::make_unique<CurlTransfer>(
-        mainQueue,
+        mainQueue, policy,
         [request = std::move(request), &delegate](auto&... given) { download(request, delegate, given...); });
 }
 

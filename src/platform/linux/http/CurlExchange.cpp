@@ -29,6 +29,14 @@ bool isProxySecret() {
         });
 }
 
+/// Returns a part of a parsed URL, empty if there is none.
+std::string partOf(CURLU* url, CURLUPart part) {
+    char* text = nullptr;
+    curl_url_get(url, part, &text, 0);
+    const std::unique_ptr<char, void (*)(void*)> owned(text, curl_free);
+    return text ? text : "";
+}
+
 } // namespace
 
 CurlHandle::Library::Library() {
@@ -36,8 +44,9 @@ CurlHandle::Library::Library() {
         throw Exception("libcurl cannot be initialised");
 }
 
-CurlHandle::CurlHandle()
-    : multi_(curl_multi_init(), curl_multi_cleanup), easy_(curl_easy_init(), curl_easy_cleanup) {
+CurlHandle::CurlHandle(const TrustPolicy& policy)
+    : policy_(policy), multi_(curl_multi_init(), curl_multi_cleanup),
+      easy_(curl_easy_init(), curl_easy_cleanup) {
     if (!multi_ || !easy_)
         throw Exception("libcurl has no memory for a connection");
 }
@@ -62,6 +71,7 @@ CurlExchange::CurlExchange(CurlHandle& handle, std::string url, std::uint64_t ma
                            std::chrono::milliseconds timeout)
     : failure_(reasonToRefuseUrl(url)), handle_(handle), url_(std::move(url)),
       maximumBodySize_(maximumBodySize), timeout_(timeout) {
+    aimAt(url_.c_str());
     set(CURLOPT_PROTOCOLS_STR, "https");
     set(CURLOPT_SSL_VERIFYPEER, 1L);
     set(CURLOPT_SSL_VERIFYHOST, 2L);
@@ -95,7 +105,8 @@ CURLcode CurlExchange::perform(const std::stop_token& stop) {
         const char* location = redirection();
         if (code != CURLE_OK || !location)
             return code;
-        follow(location);
+        aimAt(location);
+        url_ = partOf(target_.get(), CURLUPART_URL);
         if (redirects == maximumRedirects)
             failure_ = "There are more than " + std::to_string(maximumRedirects) + " redirects";
     }
@@ -110,21 +121,14 @@ const char* CurlExchange::redirection() const {
     return leads ? location->value : nullptr;
 }
 
-/// Reads the location as libcurl itself would. libcurl could follow it too, but nobody could look at the hosts.
-void CurlExchange::follow(const char* location) {
-    const std::unique_ptr<CURLU, void (*)(CURLU*)> target(curl_url(), curl_url_cleanup);
+/// Reads the location as libcurl itself would: libcurl could follow it too, but would ask nobody.
+void CurlExchange::aimAt(const char* location) {
     constexpr unsigned asFound = CURLU_URLENCODE | CURLU_ALLOW_SPACE | CURLU_NON_SUPPORT_SCHEME;
-    char* text = nullptr;
-    CURLUcode code = curl_url_set(target.get(), CURLUPART_URL, url_.c_str(), 0);
-    if (code == CURLUE_OK)
-        code = curl_url_set(target.get(), CURLUPART_URL, location, asFound);
-    if (code == CURLUE_OK)
-        code = curl_url_get(target.get(), CURLUPART_URL, &text, 0);
-    if (code != CURLUE_OK)
-        failure_ = std::string("A redirect leads nowhere: ") + curl_url_strerror(code);
-    else
-        url_ = text;
-    curl_free(text);
+    const CURLUcode code = curl_url_set(target_.get(), CURLUPART_URL, location, asFound);
+    if (!failure_ && code != CURLUE_OK)
+        failure_ = std::string("The URL leads nowhere: ") + curl_url_strerror(code);
+    if (!failure_)
+        failure_ = handle_.policy().reasonToRefuse(partOf(target_.get(), CURLUPART_HOST));
 }
 
 std::string CurlExchange::descriptionOf(CURLcode code) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/TrustPolicy.h"
 #include "platform/linux/http/CurlTrust.h"
 
 #include <curl/curl.h>
@@ -16,13 +17,15 @@
 
 namespace join::platform {
 
-/// A handle of libcurl with its connections, which are kept for the next request.
+/// A handle of libcurl with its connections, which are kept for the next request, and the servers to which they
+/// may lead.
 class CurlHandle {
 public:
-    /// Throws Exception if libcurl cannot provide one. Main thread only.
-    CurlHandle();
+    /// Throws Exception if libcurl cannot provide one. Main thread only. The policy must outlive the handle.
+    explicit CurlHandle(const TrustPolicy& policy);
 
     CURL* get() const { return easy_.get(); }
+    const TrustPolicy& policy() const { return policy_; }
 
     /// Performs the request that has been set. Can be stopped at any time.
     CURLcode perform(const std::stop_token& stop);
@@ -35,6 +38,7 @@ private:
         Library& operator=(const Library&) = delete;
     };
 
+    const TrustPolicy& policy_;
     Library library_;
     std::unique_ptr<CURLM, CURLMcode (*)(CURLM*)> multi_;
     std::unique_ptr<CURL, void (*)(CURL*)> easy_;
@@ -42,8 +46,8 @@ private:
 
 using Failure = std::optional<std::string>; ///< a description; nothing if all went well
 
-/// One request, its redirects and its answer: what all kinds of request have in common. HTTPS only, even after
-/// a redirect, and verified certificates. The handle is used by one exchange at a time.
+/// One request, its redirects and its answer: what all kinds of request have in common. HTTPS only, verified
+/// certificates, and allowed servers, even after a redirect. The handle is used by one exchange at a time.
 class CurlExchange {
 public:
     /// The timeout is for everything together. All bytes of the connections count, not only the body's: an
@@ -99,11 +103,12 @@ private:
     static int watch(void* exchange, curl_off_t total, curl_off_t now, curl_off_t sendTotal,
                      curl_off_t sentNow) noexcept;
     const char* redirection() const;
-    void follow(const char* location);
+    void aimAt(const char* location);
     void noteTls(ssl_st* tls);
 
     CurlHandle& handle_;
-    std::string url_; ///< the latest one
+    std::string url_;                                                               ///< the latest one
+    std::unique_ptr<CURLU, void (*)(CURLU*)> target_{curl_url(), curl_url_cleanup}; ///< the same, parsed
     std::uint64_t maximumBodySize_;
     std::chrono::milliseconds timeout_;
     std::uint64_t received_ = 0;     ///< bytes of the body

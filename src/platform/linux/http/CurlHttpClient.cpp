@@ -39,8 +39,8 @@ private:
 
 } // namespace
 
-CurlHttpClient::CurlHttpClient(MainQueue& mainQueue)
-    : mainQueue_(mainQueue), handle_(std::make_unique<CurlHandle>()) {}
+CurlHttpClient::CurlHttpClient(MainQueue& mainQueue, const TrustPolicy& policy)
+    : mainQueue_(mainQueue), policy_(policy), handle_(std::make_unique<CurlHandle>(policy)) {}
 
 CurlHttpClient::~CurlHttpClient() = default;
 
@@ -55,13 +55,13 @@ HttpReply CurlHttpClient::get(const HttpRequest& request) {
 
 std::unique_ptr<Transfer> CurlHttpClient::download(const DownloadRequest& request,
                                                    DownloadDelegate& delegate) try {
-    return startDownload(request, mainQueue_, delegate);
+    return startDownload(request, mainQueue_, policy_, delegate);
 } catch (const std::exception&) {
     return nullptr;
 }
 
 std::unique_ptr<Transfer> CurlHttpClient::connect(PostRequest request, ConnectionDelegate& delegate) try {
-    return startConnection(std::move(request), mainQueue_, delegate);
+    return startConnection(std::move(request), mainQueue_, policy_, delegate);
 } catch (const std::exception&) {
     return nullptr;
 }

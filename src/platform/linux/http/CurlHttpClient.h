@@ -8,14 +8,15 @@ namespace join::platform {
 
 class CurlHandle;
 class MainQueue;
+class TrustPolicy;
 
 /// HTTPS, by libcurl. The connections of get() are kept for the next request. Proxies are taken from the
 /// environment. SIGPIPE must be ignored in the process. The destination of a download is a real path.
 class CurlHttpClient : public HttpClient {
 public:
-    /// Throws Exception if libcurl cannot be initialised. The queue must outlive the client, its downloads
-    /// and its connections.
-    explicit CurlHttpClient(MainQueue& mainQueue);
+    /// Throws Exception if libcurl cannot be initialised. The queue and the policy must outlive the client, its
+    /// downloads and its connections.
+    CurlHttpClient(MainQueue& mainQueue, const TrustPolicy& policy);
     ~CurlHttpClient() override;
 
     HttpReply get(const HttpRequest& request) override;
@@ -24,6 +25,7 @@ public:
 
 private:
     MainQueue& mainQueue_;
+    const TrustPolicy& policy_;
     std::unique_ptr<CurlHandle> handle_;
 };
 

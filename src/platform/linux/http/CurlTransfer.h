@@ -18,8 +18,8 @@ public:
 
     /// Starts the work. Throws Exception or std::system_error if no handle or no thread can be created. Main
     /// thread only.
-    CurlTransfer(MainQueue& mainQueue, Work work)
-        : reports_(mainQueue), work_(std::move(work)),
+    CurlTransfer(MainQueue& mainQueue, const TrustPolicy& policy, Work work)
+        : reports_(mainQueue), handle_(policy), work_(std::move(work)),
           thread_([this](const std::stop_token& stop) { work_(handle_, reports_, stop); }) {}
 
 private:
@@ -32,7 +32,7 @@ private:
 /// Starts a POST request with the given headers and no others but "Host", and "Content-Length" if it is
 /// missing. Control characters are removed from the headers. Throws like the constructor above.
 std::unique_ptr<Transfer> startConnection(PostRequest request, MainQueue& mainQueue,
-                                          ConnectionDelegate& delegate);
+                                          const TrustPolicy& policy, ConnectionDelegate& delegate);
 
 /// The longest body, in bytes, that a download accepts: no disk image comes near it.
 inline constexpr std::uint64_t maximumDownloadSize = std::uint64_t{8} << 30;
@@ -40,6 +40,6 @@ inline constexpr std::uint64_t maximumDownloadSize = std::uint64_t{8} << 30;
 /// Starts a download. It reports its beginning when its file has been created and the request is about to be
 /// sent. Only one at a time for each destination. Throws like the constructor above.
 std::unique_ptr<Transfer> startDownload(DownloadRequest request, MainQueue& mainQueue,
-                                        DownloadDelegate& delegate);
+                                        const TrustPolicy& policy, DownloadDelegate& delegate);
 
 } // namespace join::platform

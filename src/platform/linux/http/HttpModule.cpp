@@ -22,8 +22,8 @@ private:
 
 } // namespace
 
-HttpModule::HttpModule(std::string path, MainQueue& mainQueue)
-    : path_(std::move(path)), mainQueue_(mainQueue) {}
+HttpModule::HttpModule(std::string path, MainQueue& mainQueue, const TrustPolicy& policy)
+    : path_(std::move(path)), mainQueue_(mainQueue), policy_(policy) {}
 
 bool HttpModule::load() {
     if (!std::exchange(tried_, true))
@@ -62,7 +62,8 @@ std::unique_ptr<HttpClient> HttpModule::openModule() {
         failure_ = std::string("The HTTP module cannot be loaded: ") + ::dlerror();
         return nullptr;
     }
-    std::unique_ptr<HttpClient> client(reinterpret_cast<decltype(&join_make_http_client)>(entry)(mainQueue_));
+    std::unique_ptr<HttpClient> client(
+        reinterpret_cast<decltype(&join_make_http_client)>(entry)(mainQueue_, policy_));
     if (!client)
         failure_ = "The HTTP module cannot make a client";
     return client;

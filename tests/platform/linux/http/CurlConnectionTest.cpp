@@ -91,7 +91,7 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
 TEST(CurlConnection, AServerThatCannotBeAskedFailsItOnce) {
     World world;
     const ScriptedHttpsServer stranger;
-    HttpModule missing(world.folder / "module.so", world.queue);
+    HttpModule missing(world.folder / "module.so", world.queue, world.policy);
     world.expectNews({"fail"}, "module.so", missing);
     for (const auto& [url, error] : {std::pair{stranger.url("/"), "certificate"},
                                      {"https://localhost:1/", "connect"},

@@ -174,7 +174,7 @@ TEST(CurlDownload, ABodyIsWholeWhenItSaysItsEndAndIsNeverDecoded) {
 TEST(CurlDownload, AServerThatCannotBeReachedOrTrustedFailsItOnceAndLeavesNothing) {
     World world;
     const ScriptedHttpsServer stranger;
-    HttpModule missing(world.folder / "module.so", world.queue);
+    HttpModule missing(world.folder / "module.so", world.queue, world.policy);
     world.expectNews({"fail"}, "module.so", missing);
     for (const auto& [url, description] :
          {std::pair{stranger.url("/"), "certificate"}, {"https://localhost:1/", "connect"}}) {

@@ -50,6 +50,19 @@ TEST_F(CurlHttpClientTest, FollowsRedirects) {
     EXPECT_EQ(get("/first").body, "here");
 }
 
+TEST_F(CurlHttpClientTest, AsksNoServerThatThePolicyDoesNotAllowNorFollowsARedirectToOne) {
+    policy = Policy("[Trust]\nWebServers=localhost", "the policy");
+    const std::string elsewhere = server.url("/", "127.0.0.1");
+    expectError(client.get({.url = elsewhere}), elsewhere,
+                "127.0.0.1 is not a web server that the policy allows");
+    EXPECT_EQ(server.connectionCount(), 0U);
+    for (const std::string& location : {elsewhere, "//127.0.0.1:1/"s, "https://localhost@127.0.0.1/"s}) {
+        server.expect("/moved", {.status = 301, .headers = {"Location: " + location}});
+        expectError(get("/moved"), server.url("/moved"), "127.0.0.1 is not");
+    }
+    EXPECT_EQ(server.connectionCount(), 1U);
+}
+
 TEST_F(CurlHttpClientTest, AnExchangeThatFailsHasNeitherStatusNorBody) {
     const std::string body(1000, 'x'); // as long as it may be
     const std::tuple<const char*, ScriptedAnswer, const char*> cases[] = {
@@ -80,11 +93,11 @@ TEST_F(CurlHttpClientTest, ACertificateIsRefusedUnlessItIsKnown) {
     ScriptedHttpsServer stranger;
     expectError(client.get({.url = stranger.url("/")}), stranger.url("/"), "certificate");
     const EnvironmentVariable unset("SSL_CERT_FILE", nullptr);
-    expectError(CurlHttpClient(queue).get({.url = server.url("/")}), server.url("/"), "certificate");
+    expectError(CurlHttpClient(queue, policy).get({.url = server.url("/")}), server.url("/"), "certificate");
     writeFile(certificates / "756b76dc.0", server.certificate()); // the hash of its name, "CN = test"
     const EnvironmentVariable folders("SSL_CERT_DIR", ("/none:" + certificates.path()).c_str());
     server.expect("/", {.body = "text"});
-    EXPECT_EQ(CurlHttpClient(queue).get({.url = server.url("/")}).body, "text");
+    EXPECT_EQ(CurlHttpClient(queue, policy).get({.url = server.url("/")}).body, "text");
 }
 
 TEST_F(CurlHttpClientTest, ACertificateOfAnotherHostOrAnUnreadableFileOfThemIsNamedInTheError) {
@@ -95,7 +108,7 @@ TEST_F(CurlHttpClientTest, ACertificateOfAnotherHostOrAnUnreadableFileOfThemIsNa
     for (const auto& [file, asked, error] :
          {std::tuple{missing, &server, missing}, {broken, &server, broken}, {ofOther, &other, "subject"}}) {
         const EnvironmentVariable variable("SSL_CERT_FILE", file.c_str());
-        expectError(CurlHttpClient(queue).get({.url = asked->url("/")}), asked->url("/"), error);
+        expectError(CurlHttpClient(queue, policy).get({.url = asked->url("/")}), asked->url("/"), error);
     }
 }
 
@@ -143,12 +156,12 @@ TEST_F(CurlHttpClientTest, TextThatIsNoHttpsUrlAsksNobody) {
 TEST_F(CurlHttpClientTest, TheModuleWorksAfterItsFileHasGoneAndWithoutOneAnswersWithTheReason) {
     const std::string file = certificates / "module.so";
     std::filesystem::copy_file(JOIN_HTTP_MODULE, file);
-    HttpModule module(file, queue);
+    HttpModule module(file, queue, policy);
     ASSERT_TRUE(module.load());
     std::filesystem::remove(file);
     server.expect("/", {.body = "text"});
     EXPECT_EQ(module.get({.url = server.url("/")}).body, "text");
-    HttpModule broken(writeFile(certificates / "broken/module.so", "no library"), queue);
+    HttpModule broken(writeFile(certificates / "broken/module.so", "no library"), queue, policy);
     expectError(broken.get({.url = "https://localhost/"}), "https://localhost/", "module.so");
     EXPECT_FALSE(broken.load());
 }
