@@ -7,6 +7,7 @@ foreach(file IN ITEMS copyright changelog)
     configure_file(resources/desktop/${file}.in ${join_configured}/${file} @ONLY)
     install(FILES ${join_configured}/${file} DESTINATION share/doc/tavo-join)
 endforeach()
+install(FILES resources/policy.conf DESTINATION share/doc/tavo-join/examples)
 
 # Programs are stripped, and texts compressed as Debian's policy asks (sections 12.1 and 12.7).
 set(CPACK_STRIP_FILES ON)
