@@ -36,11 +36,12 @@ public:
     /// Returns whether a file or folder exists there. Links are followed.
     virtual bool exists(const std::string& path) = 0;
 
-    /// Creates a folder and its missing parents. Returns true if the folder exists afterwards.
+    /// Creates a folder and its missing parents, closed to other users. One that exists and belongs to the user
+    /// is closed to them as well. Returns true if the folder exists afterwards.
     virtual bool createFolder(const std::string& path) = 0;
 
-    /// Copies a file or a whole folder tree, with modes, times and links. Fails if anything exists at the
-    /// target, and on devices, pipes and sockets.
+    /// Copies a file or a whole folder tree, with times, links, and modes except that only the owner may
+    /// write. Fails if anything exists at the target, and on devices, pipes and sockets.
     virtual bool copy(const std::string& source, const std::string& target) = 0;
 
     /// Copies like copy(), but replaces whatever exists at the target, which is kept if the copy fails.

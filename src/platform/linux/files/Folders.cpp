@@ -56,16 +56,29 @@ bool isFolder(const std::string& path) {
     return std::filesystem::is_directory(std::filesystem::symlink_status(path, failed));
 }
 
-bool makeFolders(const std::string& path, mode_t mode) {
-    if (::mkdir(path.c_str(), mode) == 0 ||
-        (errno == ENOENT && path != "/" && makeFolders(parentOf(path), mode) &&
-         ::mkdir(path.c_str(), mode) == 0))
+bool makeFolders(const std::string& path) {
+    if (::mkdir(path.c_str(), S_IRWXU) == 0 ||
+        (errno == ENOENT && path != "/" && makeFolders(parentOf(path)) &&
+         ::mkdir(path.c_str(), S_IRWXU) == 0))
         return true;
     const int reason = errno;
     std::error_code failed;
     const bool exists = std::filesystem::is_directory(path, failed);
     errno = reason;
     return exists;
+}
+
+Descriptor closeToOthers(int parent, const char* name) {
+    Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
+    struct stat found {};
+    if (!folder || ::fstat(folder.get(), &found) != 0)
+        return {};
+    if (found.st_uid != ::geteuid()) {
+        errno = EPERM;
+        return {};
+    }
+    const bool isClosed = (found.st_mode & ALLPERMS) == S_IRWXU || ::fchmod(folder.get(), S_IRWXU) == 0;
+    return isClosed ? std::move(folder) : Descriptor();
 }
 
 Descriptor openPrivateFolder(int parent, const char* name, int flags) {

@@ -28,9 +28,13 @@ std::optional<std::string> absoluteFromEnvironment(const char* name);
 /// Returns whether a folder exists there; a link to one does not count.
 bool isFolder(const std::string& path);
 
-/// Creates a folder and its missing parents with that mode, less the umask. Returns true if the folder exists
+/// Creates a folder and its missing parents, closed to other users. Returns true if the folder exists
 /// afterwards; otherwise errno says why not.
-bool makeFolders(const std::string& path, mode_t mode);
+bool makeFolders(const std::string& path);
+
+/// Opens a folder and denies all others access to it; what is opened is what is changed. Returns nothing if it
+/// is a link, or belongs to another user (EPERM in errno).
+Descriptor closeToOthers(int parent, const char* name);
 
 /// Opens a folder with these flags, or nothing unless it belongs to the user and nobody else can access it.
 Descriptor openPrivateFolder(int parent, const char* name, int flags);

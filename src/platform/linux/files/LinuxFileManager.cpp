@@ -20,7 +20,6 @@ namespace join::platform {
 namespace {
 
 constexpr mode_t defaultFileMode = S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-constexpr mode_t defaultFolderMode = S_IRWXU | S_IRWXG | S_IRWXO;
 
 /// Returns the size of an open regular file, or nothing for anything else.
 std::optional<std::size_t> regularSize(const Descriptor& file) {
@@ -66,7 +65,10 @@ bool LinuxFileManager::exists(const std::string& path) {
 
 bool LinuxFileManager::createFolder(const std::string& path) {
     const std::string real = realPath(path);
-    return !real.empty() && makeFolders(real, defaultFolderMode);
+    if (real.empty() || !makeFolders(real))
+        return false;
+    closeToOthers(AT_FDCWD, real.c_str());
+    return true;
 }
 
 bool LinuxFileManager::copy(const std::string& source, const std::string& target) {

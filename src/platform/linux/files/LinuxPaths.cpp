@@ -15,8 +15,6 @@ namespace join::platform {
 
 namespace {
 
-constexpr mode_t privateMode = S_IRWXU;
-
 std::string homeInPasswordEntry() {
     const passwd* entry = ::getpwuid(::getuid());
     const bool isKnown = entry && entry->pw_dir && *entry->pw_dir == '/';
@@ -27,18 +25,12 @@ std::string homeInPasswordEntry() {
     throw Exception("The folder " + path + " cannot be used: " + reason);
 }
 
-/// Opens a folder of the user, creating it if it is missing, and denies all others access to it. Opening it
-/// first ensures that the folder checked is the one changed and used.
+/// Opens a folder of the user, creating it if it is missing, and denies all others access to it.
 Descriptor openPrivate(int parent, const char* name, const std::string& path) {
-    ::mkdirat(parent, name, privateMode); // it may exist already; it is checked below
-    Descriptor folder = openForReading(parent, name, O_DIRECTORY | O_NOFOLLOW);
-    struct stat found {};
-    if (!folder || ::fstat(folder.get(), &found) != 0)
-        refuse(path, std::strerror(errno));
-    if (found.st_uid != ::geteuid())
-        refuse(path, "it belongs to another user");
-    if ((found.st_mode & ALLPERMS) != privateMode && ::fchmod(folder.get(), privateMode) != 0)
-        refuse(path, std::strerror(errno));
+    ::mkdirat(parent, name, S_IRWXU); // it may exist already; it is checked below
+    Descriptor folder = closeToOthers(parent, name);
+    if (!folder)
+        refuse(path, errno == EPERM ? "it belongs to another user" : std::strerror(errno));
     return folder;
 }
 
@@ -73,7 +65,7 @@ std::string LinuxPaths::bundlePath(const std::string& realPath, const SystemRoot
 
 bool LinuxPaths::prepare() {
     removeTemporary();
-    return makeFolders(userLibrary(), privateMode);
+    return makeFolders(userLibrary());
 }
 
 /// Works relative to open descriptors: others may have write access to the cache.
@@ -87,7 +79,7 @@ void LinuxPaths::removeTemporary() const {
 
 Descriptor LinuxPaths::openCache() const {
     const std::string path = cache();
-    if (!makeFolders(path, privateMode))
+    if (!makeFolders(path))
         refuse(path, std::strerror(errno));
     const Descriptor parent = openForReading(AT_FDCWD, path.c_str(), O_DIRECTORY);
     if (!parent)

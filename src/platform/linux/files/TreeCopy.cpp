@@ -36,7 +36,7 @@ Times timesOf(const struct stat& status) { return {status.st_atim, status.st_mti
 
 /// Sets permissions first: that does not change the times.
 bool setAttributes(int descriptor, const struct stat& status) {
-    constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
+    constexpr mode_t permissions = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
     return ::fchmod(descriptor, status.st_mode & permissions) == 0 &&
            ::futimens(descriptor, timesOf(status).data()) == 0;
 }

@@ -112,13 +112,19 @@ TEST_F(FileManagerOfLinux, AMadeFileReplacesAFileOrLinkAndNothingElse) {
     EXPECT_EQ(entries(), 4);
 }
 
-TEST_F(FileManagerOfLinux, AMadeFileHasTheModeThatTheUserWantsForFiles) {
+TEST_F(FileManagerOfLinux, AFileHasTheModeThatTheUserWantsForFilesAndAFolderIsClosedToOthers) {
     const mode_t before = ::umask(027);
+    fs::create_directory(user_ + "/open");
+    fs::create_directory_symlink("open", user_ + "/link");
     EXPECT_TRUE(files_.create(user_ + "/file", ""));
-    EXPECT_TRUE(files_.createFolder(user_ + "/folder"));
+    for (const char* folder : {"/link", "/made/inside", "/made"})
+        EXPECT_TRUE(files_.createFolder(user_ + folder));
     ::umask(before);
     EXPECT_EQ(fs::status(user_ + "/file").permissions(), fs::perms{0640});
-    EXPECT_EQ(fs::status(user_ + "/folder").permissions(), fs::perms{0750});
+    EXPECT_EQ(fs::status(user_ + "/open").permissions(), fs::perms{0750}); // through a link nothing changes
+    EXPECT_TRUE(files_.createFolder(user_ + "/open"));
+    for (const char* folder : {"/open", "/made/inside", "/made"})
+        EXPECT_EQ(fs::status(user_ + folder).permissions(), fs::perms{0700}) << folder;
 }
 
 TEST_F(FileManagerOfLinux, OnAFullDiskTheOldFileStaysAndNothingElseIsLeft) {

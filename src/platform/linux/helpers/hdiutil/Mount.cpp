@@ -155,7 +155,7 @@ private:
 } // namespace
 
 std::string mountImage(const std::string& image, const MountSettings& settings) {
-    if (!makeFolders(settings.root.toReal("/Volumes"), folderMode))
+    if (!makeFolders(settings.root.toReal("/Volumes")))
         fail("the folder of the volumes cannot be made");
     if (!endVolumesOfEarlierBoots(settings.root)) // first of all: the caller may look there in any case
         fail("the volumes of earlier boots cannot be ended");

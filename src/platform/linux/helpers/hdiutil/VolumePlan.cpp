@@ -17,10 +17,8 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr std::size_t maximumPath = 1024;
-constexpr mode_t permissions = S_IRWXU | S_IRWXG | S_IRWXO;
-
-/// Like a Mac with a volume that has no modes: anything in it may be started.
-constexpr mode_t modeWithoutOne = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
+/// What a mode may grant: only the owner writes.
+constexpr mode_t permissions = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 
 std::string_view firstComponent(std::string_view path) { return path.substr(0, path.find('/')); }
 
@@ -98,7 +96,7 @@ private:
         PlannedEntry planned{.kind = EntryKind::hidden,
                              .path = pathInVolume(entry),
                              .size = entry.size,
-                             .mode = entry.mode.value_or(modeWithoutOne) & permissions,
+                             .mode = entry.mode.value_or(permissions) & permissions,
                              .modified = entry.modified,
                              .linkText = entry.linkText};
         // In an ISO volume's link, 7zz adds a separator after a last "..", where there cannot be one.

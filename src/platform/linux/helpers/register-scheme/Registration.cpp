@@ -23,7 +23,6 @@ namespace join::platform {
 namespace {
 
 constexpr std::size_t maximumEntry = 1 << 20;
-constexpr mode_t privateFolder = S_IRWXU;
 constexpr mode_t privateFile = S_IRUSR | S_IWUSR;
 constexpr mode_t readableFile = S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH;
 
@@ -42,7 +41,7 @@ void setEnvironment() {
 
 /// Opens and locks the mark. Returns an empty descriptor if another process has locked it.
 Descriptor lockMark(const std::string& path) {
-    makeFolders(parentOf(path), privateFolder);
+    makeFolders(parentOf(path));
     constexpr int flags = O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY;
     Descriptor mark(::open(path.c_str(), flags, privateFile));
     if (mark && ::flock(mark.get(), LOCK_EX | LOCK_NB) == 0)
@@ -63,7 +62,7 @@ std::string entryText(const std::string& bundle, const std::string& bundleIdenti
 }
 
 void write(const std::string& path, std::string_view text, mode_t mode) {
-    if (!makeFolders(parentOf(path), privateFolder) || !writeStaged(path, text, mode))
+    if (!makeFolders(parentOf(path)) || !writeStaged(path, text, mode))
         raise(path, std::strerror(errno));
 }
 

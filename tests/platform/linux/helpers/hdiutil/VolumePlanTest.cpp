@@ -48,7 +48,7 @@ VolumePlan plan(const Listing& listing, ImageKind kind = ImageKind::hfsPlus) {
 
 TEST(VolumePlan, NamesAreThoseBelowTheVolumesTopFolder) {
     const VolumePlan made =
-        plan(hfsPlus({folder("V/a"), file("V/a/b", 7, S_IFREG | 06755), link("V/way", 3)}));
+        plan(hfsPlus({folder("V/a"), file("V/a/b", 7, S_IFREG | 06777), link("V/way", 3)}));
 
     EXPECT_EQ(made.name, "V");
     EXPECT_EQ(made.bytes, 10U);
