@@ -25,18 +25,19 @@ try() {
 enter() {
     use_home "$world/home"
     export QT_QPA_PLATFORM=offscreen LC_ALL=C.UTF-8 SSL_CERT_FILE=$world/service.pem
+    export TAVO_STANDIN_LOG=$world/started # not on the disk that the case fills
     support="$HOME/Library/Application Support/TavoMeetingNative"
     log=$HOME/Library/Logs/TavoFendel/Join/join.log
     root=$HOME/.local/share/tavojoin/root
 }
 
 leave_world() {
-    local status=$?
+    local status=$? place
     set +e
     [ $status -eq 0 ] || tail -n 15 "$world/stderr" "$log"
     end_all
     [ -z "$service_pid$virtual_display_pid" ] || kill -9 $service_pid $virtual_display_pid
-    ! mountpoint -q "$world/home" || umount -l "$world/home"
+    for place in home disk; do ! mountpoint -q "$world/$place" || umount -l "$world/$place"; done
     chmod -R u+rwX "$world"
     rm -rf "$world/home"
     echo $status >"$world.status"
@@ -92,7 +93,7 @@ open_join() { # BUNDLE [URL]
 
 ended() { ! grep -qs '^State:[[:space:]]*[^ZX]' "/proc/$join_pid/status"; }
 says() { grep -qsF -- "$1" "$log" "$world/stderr"; }
-starts() { cat "$HOME/tavo-standin/agent.txt" 2>/dev/null | grep -c '^start$' || true; }
+starts() { cat "$TAVO_STANDIN_LOG/agent.txt" 2>/dev/null | grep -c '^start$' || true; }
 
 # Waits until Join has ended, or has done nothing for longer than the pause between two downloads; sets $outcome.
 come_to_rest() {
