@@ -4,6 +4,7 @@
 #include "base/Logging.h"
 #include "diag/LogFile.h"
 #include "diag/MonitoringHandler.h"
+#include "install/InstalledPrograms.h"
 #include "params/JoinParameters.h"
 #include "params/SelfInstall.h"
 #include "platform/FileManager.h"
@@ -43,6 +44,7 @@ void AppDelegate::awakeFromNib() {
         prepareFolders();
         loggingFile();
         startLoggingTimer();
+        removeDamagedPrograms();
         registerForLaunchUrls();
         log("%s : apple event manger initiated from awakefeomnib !!", method);
         slots().tavoMeetingNativeFolder = supportFolder();

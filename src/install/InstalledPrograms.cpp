@@ -5,6 +5,7 @@
 #include "diag/EmbeddedPropertyList.h"
 #include "diag/MonitoringHandler.h"
 #include "platform/Bundles.h"
+#include "platform/Exception.h"
 #include "platform/FileManager.h"
 #include "platform/Services.h"
 #include "platform/Tasks.h"
@@ -22,7 +23,31 @@ Text shortVersion(const std::optional<platform::Value>& list) {
     return version ? Text(platform::describe(*version)) : std::nullopt;
 }
 
+bool isWholeBundle(const std::string& path) {
+    try {
+        services().bundles->mainExecutable(path);
+        return true;
+    } catch (const platform::Exception&) {
+        return false;
+    }
+}
+
+bool isWholeFile(const std::string& path) {
+    const auto file = files().open(path);
+    return !file || file->size() > 0;
+}
+
 } // namespace
+
+void removeDamagedPrograms() {
+    constexpr auto method = "-[AppDelegate awakeFromNib]";
+    for (const std::string& path :
+         {systemJoinCopy(), homeJoinCopy(), installedAgent(), installedCrashDetector()}) {
+        const bool isWhole = path == installedCrashDetector() ? isWholeFile(path) : isWholeBundle(path);
+        if (!isWhole && files().remove(path))
+            log("%s : %@ was damaged and has been removed", method, path);
+    }
+}
 
 Text installedVersion(const std::string& bundle) {
     if (!files().exists(bundle))

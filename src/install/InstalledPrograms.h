@@ -6,6 +6,11 @@
 
 namespace join {
 
+/// Removes what is installed but empty or cut off, as by a power cut: an application bundle without a readable
+/// information property list or whose executable has no bytes, a Crash Detector without bytes. It is then
+/// missing, and installed anew. Logs what it removes.
+void removeDamagedPrograms();
+
 /// Returns the version of an application bundle: "(null)" if it has none, absent if there is no bundle.
 Text installedVersion(const std::string& bundle);
 

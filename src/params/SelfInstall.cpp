@@ -62,7 +62,7 @@ void installJoinCopies(const std::string& runningFolder, bool runsFromApplicatio
     const std::string source = appendingPathComponent(runningFolder, "/Join.app");
     const auto install = [&](const std::string& copy, bool mayReplace) {
         return mayReplace && files().exists(copy) ? files().replace(source, copy)
-                                                  : files().copy(source, copy);
+                                                  : files().install(source, copy);
     };
     if (install(systemJoinCopy(), !runsFromApplications))
         log("%s : Join.app file copied", method);

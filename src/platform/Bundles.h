@@ -17,8 +17,8 @@ public:
     virtual std::optional<Value> infoDictionary(const std::string& bundlePath) = 0;
 
     /// Returns the path of the bundle's main executable: the file in its MacOS folder that CFBundleExecutable
-    /// names. Throws Exception if the path is not a bundle, or the bundle names no executable or one outside
-    /// that folder.
+    /// names. Throws Exception if the path is not a bundle, or the bundle names no executable, an empty one or
+    /// one outside that folder.
     virtual std::string mainExecutable(const std::string& bundlePath) = 0;
 };
 

@@ -44,7 +44,10 @@ public:
     /// write. Fails if anything exists at the target, and on devices, pipes and sockets.
     virtual bool copy(const std::string& source, const std::string& target) = 0;
 
-    /// Copies like copy(), but replaces whatever exists at the target, which is kept if the copy fails.
+    /// Copies like copy(), and is on the disk before it has its name: a power cut leaves it whole or absent.
+    virtual bool install(const std::string& source, const std::string& target) = 0;
+
+    /// Installs like install(), but replaces whatever exists at the target, which is kept if that fails.
     virtual bool replace(const std::string& source, const std::string& target) = 0;
 
     /// Removes a file or a whole folder tree; links are removed, not followed. Returns true if something

@@ -35,6 +35,18 @@ TEST_F(StartUp, DoesItsStepsInOrder) {
                        "from will finish!!"}));
 }
 
+TEST_F(StartUp, WhatAPowerCutHasLeftEmptyIsMissing) {
+    for (const std::string& path : {agent + "/Contents/MacOS/Tavo", homeJoin + "/Info", crashDetector})
+        files.put(path, ""); // of the bundles nothing can be read
+    delegate.awakeFromNib();
+    for (const std::string& path : {agent, homeJoin, crashDetector}) {
+        EXPECT_FALSE(files.exists(path));
+        EXPECT_TRUE(happenedInOrder(
+            journal, {"log: -[AppDelegate awakeFromNib] : " + path + " was damaged and has been removed",
+                      "default handler of tavojoin: com.tavo.join"}));
+    }
+}
+
 TEST_F(StartUp, ShowsOnlyTheErrorWindowBefore10_9) {
     const std::pair<platform::SystemVersion, bool> cases[] = {
         {{10, 8}, false}, {{0, 0}, false}, {{10, 9}, true}, {{10, 15}, true}, {{11, 0}, true}};

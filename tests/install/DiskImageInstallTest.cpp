@@ -52,9 +52,9 @@ TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnd
          ("log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
           "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}"),
          mount, "log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 0",
-         "copy /Volumes/Tavo/Tavo.app -> " + agent,
+         "install /Volumes/Tavo/Tavo.app -> " + agent,
          "log: -[TavoDMGDownloader copyAppFileAndLaunch] : Tavo.app file copied", "launch " + agent, launched,
-         "copy /Volumes/Tavo/TavoCrashDetector -> " + crashDetector,
+         "install /Volumes/Tavo/TavoCrashDetector -> " + crashDetector,
          "log: -[TavoDMGDownloader copyCrashDetectorFile] : TavoCrashDetector file copied",
          "remove " + agentImage, detach,
          "log: -[TavoDMGDownloader unMountingTavoMacDmg] : Dmg unmount task termination status : 0",
@@ -65,12 +65,12 @@ TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnd
 TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
     installAgent("1");
     EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_EQ(countBeginningWith(journal, "copy "), 1);
+    EXPECT_EQ(countBeginningWith(journal, "install "), 1);
     EXPECT_TRUE(workspace.launches.empty());
     EXPECT_FALSE(files.exists(agentImage));
 
     downloadAgentImage(); // both are there now
-    EXPECT_EQ(countBeginningWith(journal, "copy "), 0);
+    EXPECT_EQ(countBeginningWith(journal, "install "), 0);
     EXPECT_EQ(countBeginningWith(journal, detach), 0);
     EXPECT_EQ(session().retryCounter(), 0);
 }
@@ -78,7 +78,8 @@ TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
 TEST_F(DiskImageInstall, AVolumeThatAnEarlierRunLeftBehindIsTakenAwayFirst) {
     files.put("/Volumes/Tavo/Tavo.app/stale", "stale");
     EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_TRUE(happenedInOrder(journal, {detach, mount, "copy /Volumes/Tavo/Tavo.app -> " + agent, detach}));
+    EXPECT_TRUE(
+        happenedInOrder(journal, {detach, mount, "install /Volumes/Tavo/Tavo.app -> " + agent, detach}));
     EXPECT_FALSE(files.exists(agent + "/stale"));
 }
 
@@ -159,7 +160,7 @@ TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
          "log: -[JoinDMGDownloader downloadDidFinish:] : JoinMac.dmg downloadDidFinish",
          "run /usr/bin/hdiutil in / mount " + support + "JoinMac.dmg",
          "log: -[JoinDMGDownloader mountingJoinMacDmg] : JoinMac.dmg mount task termination status : 0",
-         "copy /Volumes/TavoJoin/Join.app -> /Applications/Join.app",
+         "install /Volumes/TavoJoin/Join.app -> /Applications/Join.app",
          "log: -[JoinDMGDownloader copyAppFile] : Join.app file copied to application folder",
          "run /usr/bin/hdiutil in / detach /Volumes/TavoJoin",
          "log: -[JoinDMGDownloader unMountingTavoJoinDmg] : JoinMac.dmg unmount task termination status : 0",

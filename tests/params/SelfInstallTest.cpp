@@ -7,7 +7,10 @@ namespace join::test {
 /// Each Join.app holds one file and each parameter file one word: the folder that it comes from.
 class SelfInstall : public LogicTest {
 protected:
-    void putJoin(const std::string& folder) { files.put(folder + "/Join.app/Info", folder); }
+    void putJoin(const std::string& folder) {
+        files.put(folder + "/Join.app/Info", folder);
+        bundles.versions[folder + "/Join.app"] = "1";
+    }
     void putDelivered(const std::string& folder) { files.put(folder + "/.joinparameters", folder); }
 
     /// Returns the origins of the stored parameter file, the system copy and the home copy afterwards.

@@ -33,12 +33,18 @@ public:
         return record(true, "create folder " + path);
     }
     bool copy(const std::string& source, const std::string& target) override {
+        return copy("copy ", source, target);
+    }
+    bool install(const std::string& source, const std::string& target) override {
+        return copy("install ", source, target);
+    }
+    bool copy(const std::string& way, const std::string& source, const std::string& target) {
         const std::string from = plain(source);
         const std::string to = plain(target);
         const bool possible = exists(from) && !exists(to) && canAppearAt(to);
         if (possible)
             copyTree(from, to);
-        return record(possible, "copy " + source + " -> " + target);
+        return record(possible, way + source + " -> " + target);
     }
     bool replace(const std::string& source, const std::string& target) override {
         const std::string to = plain(target);

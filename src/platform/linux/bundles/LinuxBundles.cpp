@@ -14,7 +14,8 @@ namespace {
 
 constexpr std::string_view executablesFolder = "/Contents/MacOS/";
 
-/// Returns whether the file of that name really lies in the bundle. Links to the bundle itself do not matter.
+/// Returns whether the file of that name really lies in the bundle, and has bytes. Links to the bundle itself
+/// do not matter.
 bool holdsExecutable(const std::string& realBundlePath, const std::string& name) {
     std::error_code failed;
     const auto bundle = std::filesystem::canonical(realBundlePath, failed);
@@ -23,7 +24,7 @@ bool holdsExecutable(const std::string& realBundlePath, const std::string& name)
     const std::string expected = bundle.string().append(executablesFolder).append(name);
     const auto executable = std::filesystem::canonical(expected, failed);
     return !failed && executable == expected && std::filesystem::is_regular_file(executable, failed) &&
-           ::access(executable.c_str(), X_OK) == 0;
+           std::filesystem::file_size(executable, failed) > 0 && ::access(executable.c_str(), X_OK) == 0;
 }
 
 } // namespace

@@ -38,7 +38,7 @@ std::string bundleForLaunchUrls(const SystemRoot& root, const std::string& runni
     const std::string executable = installed + "/Contents/MacOS/Join";
     struct stat found {};
     const bool canBeStarted = ::stat(executable.c_str(), &found) == 0 && S_ISREG(found.st_mode) &&
-                              ::access(executable.c_str(), X_OK) == 0;
+                              found.st_size > 0 && ::access(executable.c_str(), X_OK) == 0;
     return canBeStarted ? installed : runningBundle;
 }
 

@@ -53,4 +53,8 @@ bool writeAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
+bool hasFlushed(int returned) {
+    return returned == 0 || errno == EINVAL || errno == EOPNOTSUPP || errno == ENOSYS;
+}
+
 } // namespace join::platform

@@ -51,4 +51,8 @@ std::optional<std::string> readFile(const std::string& path, std::size_t maximum
 /// Writes all bytes. Returns false on an error, with some perhaps written.
 bool writeAll(int descriptor, std::string_view bytes);
 
+/// Returns whether a call like fsync(2), which has returned that, has reached the disk, or the file system knows
+/// no such call.
+bool hasFlushed(int returned);
+
 } // namespace join::platform

@@ -72,24 +72,35 @@ bool LinuxFileManager::createFolder(const std::string& path) {
 }
 
 bool LinuxFileManager::copy(const std::string& source, const std::string& target) {
-    return copyTo(source, target, false);
+    return copyTo(source, target, Way::copy);
+}
+
+bool LinuxFileManager::install(const std::string& source, const std::string& target) {
+    return copyTo(source, target, Way::install);
 }
 
 bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
-    return copyTo(source, target, true);
+    return copyTo(source, target, Way::replace);
 }
 
-bool LinuxFileManager::copyTo(const std::string& source, const std::string& target, bool replaces) {
+bool LinuxFileManager::copyTo(const std::string& source, const std::string& target, Way way) {
     const std::string from = realPath(source);
     const std::string to = realPath(target);
     struct stat status {};
-    if (from.empty() || to.empty() || (!replaces && ::lstat(to.c_str(), &status) == 0))
+    if (from.empty() || to.empty() || (way != Way::replace && ::lstat(to.c_str(), &status) == 0))
         return false;
+    // Opened before anything is written: it is told what went wrong since.
+    const Descriptor folder = openForReading(AT_FDCWD, parentOf(to).c_str(), O_DIRECTORY);
     StagedPath staged(to);
-    const auto replace = [&] {
-        return staged.commitInstead() || (cannotBeMoved(errno) && removeTree(to) && staged.commitNew());
+    const auto commit = [&] {
+        return way != Way::replace
+                   ? staged.commitNew()
+                   : staged.commitInstead() || (cannotBeMoved(errno) && removeTree(to) && staged.commitNew());
     };
-    if (copyTree(from, staged.path()) && (replaces ? replace() : staged.commitNew()))
+    // One call for all files: one for each takes a hundred times as long.
+    const bool isFlushed = way == Way::copy || !folder;
+    if (copyTree(from, staged.path()) && (isFlushed || hasFlushed(::syncfs(folder.get()))) && commit() &&
+        (isFlushed || hasFlushed(::fsync(folder.get()))))
         return true;
     if (log_ && errno != EEXIST)
         log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));
@@ -115,7 +126,8 @@ std::optional<std::string> LinuxFileManager::read(const std::string& path) {
 
 bool LinuxFileManager::create(const std::string& path, std::string_view contents) {
     const std::string real = realPath(path);
-    return !real.empty() && mayBeReplaced(real) && writeStaged(real, contents, defaultFileMode);
+    StagedFile file(real, defaultFileMode);
+    return !real.empty() && mayBeReplaced(real) && file.open() && file.write(contents) && file.commit();
 }
 
 bool LinuxFileManager::truncate(const std::string& path) {

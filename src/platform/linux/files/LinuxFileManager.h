@@ -19,6 +19,10 @@ public:
 
     /// If the source is a link, the link itself is copied, like those in a tree.
     bool copy(const std::string& source, const std::string& target) override;
+
+    /// Flush the whole file system of the target: that is much faster than flushing many files. What a file
+    /// system cannot do is not asked of it.
+    bool install(const std::string& source, const std::string& target) override;
     bool replace(const std::string& source, const std::string& target) override;
 
     /// What cannot be removed from a folder stays beside it, hidden.
@@ -35,7 +39,8 @@ public:
     std::unique_ptr<ReadableFile> open(const std::string& path) override;
 
 private:
-    bool copyTo(const std::string& source, const std::string& target, bool replaces);
+    enum class Way { copy, install, replace };
+    bool copyTo(const std::string& source, const std::string& target, Way way);
     std::string realPath(const std::string& path) const;
 
     SystemRoot root_;

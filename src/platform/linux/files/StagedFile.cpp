@@ -28,6 +28,8 @@ bool StagedFile::open() {
 
 bool StagedFile::write(std::string_view bytes) { return writeAll(file_.get(), bytes); }
 
+bool StagedFile::flush() { return hasFlushed(::fdatasync(file_.get())); }
+
 std::optional<std::uint64_t> StagedFile::freeSpace() const {
     struct statvfs found {};
     if (::fstatvfs(file_.get(), &found) != 0 || found.f_blocks == 0) // some network file systems do not tell
@@ -44,7 +46,7 @@ bool StagedFile::commit() {
 
 bool writeStaged(const std::string& path, std::string_view bytes, mode_t mode) {
     StagedFile file(path, mode);
-    return file.open() && file.write(bytes) && file.commit();
+    return file.open() && file.write(bytes) && file.flush() && file.commit();
 }
 
 } // namespace join::platform

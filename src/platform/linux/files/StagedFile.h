@@ -25,6 +25,9 @@ public:
 
     bool write(std::string_view bytes);
 
+    /// Waits until what was written is on the disk: so even a power cut after commit() leaves the whole file.
+    bool flush();
+
     /// Returns the free space of its file system in bytes, or nothing if that is not known.
     std::optional<std::uint64_t> freeSpace() const;
 
@@ -39,7 +42,7 @@ private:
     bool hasName_ = false;
 };
 
-/// Writes a complete file in this way.
+/// Writes a complete file in this way, and flushes it.
 bool writeStaged(const std::string& path, std::string_view bytes, mode_t mode = S_IRUSR | S_IWUSR);
 
 } // namespace join::platform

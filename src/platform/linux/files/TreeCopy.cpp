@@ -42,13 +42,14 @@ bool setAttributes(int descriptor, const struct stat& status) {
 }
 
 /// The kernel shares blocks or copies by itself if the file system supports it; the rest is copied through a
-/// buffer.
+/// buffer. What is large begins to be written to the disk at once, so that a later flush is short.
 bool copyBytes(int source, int target) {
-    constexpr std::size_t portion = std::size_t{1} << 30;
-    while (::copy_file_range(source, nullptr, target, nullptr, portion, 0) > 0) {
-    }
-    std::array<char, 65536> buffer{};
+    constexpr ssize_t portion = ssize_t{8} << 20;
     ssize_t count = 0;
+    while ((count = ::copy_file_range(source, nullptr, target, nullptr, portion, 0)) > 0)
+        if (count == portion)
+            ::sync_file_range(target, 0, 0, SYNC_FILE_RANGE_WRITE);
+    std::array<char, 65536> buffer{};
     while ((count = readSome(source, buffer.data(), buffer.size())) > 0) {
         if (!writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}))
             return false;

@@ -50,11 +50,12 @@ TEST_F(BundlesOfLinux, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
     writeProgram(programs + "folder/Run");
     writeProgram(contents_ + "/Outside");
     writeFile(programs + "data", "x");
+    writeProgram(programs + "hollow", "");
     fs::create_symlink("/bin/sh", programs + "shell");
     ASSERT_EQ(::mkfifo((programs + "pipe").c_str(), 0755), 0);
-    const std::string names[] = {
-        "",       ".",       "..",    "missing",    "data",       "pipe", "shell",
-        "folder", "/bin/sh", "./Run", "folder/Run", "../Outside", "Run/", std::string("Run\0x", 5)};
+    const std::string names[] = {"",      ".",          "..",         "missing", "data",
+                                 "pipe",  "shell",      "hollow",     "folder",  "/bin/sh",
+                                 "./Run", "folder/Run", "../Outside", "Run/",    std::string("Run\0x", 5)};
     for (const std::string& name : names)
         expectRefusal(listOf(name));
     expectRefusal(listOf("Run", "Other"));

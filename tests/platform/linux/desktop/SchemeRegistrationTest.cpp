@@ -134,6 +134,8 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
     const std::string installed = root_.toReal("/Applications/Join.app");
     writeFile(installed + "/Contents/MacOS/Join", "cannot be executed");
     EXPECT_EQ(ensure(), 0U);
+    writeProgram(installed + "/Contents/MacOS/Join", ""); // a power cut has left it
+    EXPECT_EQ(ensure(), 0U);
     writeProgram(installed + "/Contents/MacOS/Join");
     const std::string icon = writeFile(installed + "/Contents/Resources/Join.svg", "");
     EXPECT_EQ(ensure(), 1U);

@@ -51,4 +51,7 @@ TEST(SystemVersionFile, NamesThisSystemAndIsNeverReplaced) {
     writeFile(made, "edited");
     EXPECT_TRUE(makeSystemVersionFile(files));
     EXPECT_EQ(contentsOf(made), "edited");
+    writeFile(made, ""); // left by a power cut
+    EXPECT_TRUE(makeSystemVersionFile(files));
+    EXPECT_EQ(files.read(systemVersionPath), systemVersionList(released("NAME"), released("VERSION_ID")));
 }
