@@ -22,7 +22,8 @@ ChildProcess::ChildProcess(const ChildProgram& program, Output output, const Int
                          .arguments = program.arguments,
                          .streams = {-1, pipe.writing.get(), -1, program.file},
                          .directory = {},
-                         .bond = Spawn::Bond::confined},
+                         .bond = Spawn::Bond::confined,
+                         .confinement = program.confinement},
                         program.path);
     output_ = std::move(pipe.reading);
 }

@@ -17,6 +17,7 @@ struct ChildProgram {
     std::string path;
     std::vector<std::string> arguments;
     int file = -1;
+    const Confinement* confinement = nullptr; ///< entered before the program starts
 };
 
 /// A running program that inherits nothing but that file: no input, a minimal environment, no standard error.

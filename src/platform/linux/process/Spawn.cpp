@@ -71,7 +71,8 @@ bool arrange(const std::vector<int>& streams) {
     ::sigprocmask(SIG_SETMASK, &none, nullptr);
     ::signal(SIGPIPE, SIG_DFL);
     if (further == 0 && (!isConfined || confine(parent)) && arrange(spawn.streams) &&
-        (spawn.directory.empty() || ::chdir(spawn.directory.c_str()) == 0))
+        (spawn.directory.empty() || ::chdir(spawn.directory.c_str()) == 0) &&
+        (spawn.confinement == nullptr || spawn.confinement->enter(arguments[0])))
         ::execve(arguments[0], arguments, isConfined ? little.data() : environ);
     ::_exit(::write(failure, &errno, sizeof errno) > 0 ? 1 : 2);
 }

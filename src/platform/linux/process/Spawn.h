@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/linux/files/Descriptor.h"
+#include "platform/linux/process/Confinement.h"
 
 #include <string>
 #include <sys/types.h>
@@ -30,6 +31,7 @@ struct Spawn {
     std::vector<int> streams; ///< what its descriptors 0, 1, 2 and so on are; -1 is the null device
     std::string directory;    ///< the working directory; empty for that of this process
     Bond bond;
+    const Confinement* confinement = nullptr; ///< entered before the program starts
 };
 
 /// A child to wait for.

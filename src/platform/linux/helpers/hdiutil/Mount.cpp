@@ -37,7 +37,16 @@ class Mounting {
 public:
     Mounting(const std::string& image, const MountSettings& settings)
         : settings_(settings), interruption_(settings.allowed), image_(settings.root.toReal(image)),
-          staging_(placeOfWork(settings.root)) {}
+          staging_(placeOfWork(settings.root)) {
+        Confinement confinement;
+        confinement.allowProgram(settings.sevenZip);
+        confinement.allow(image_.descriptor(), Confinement::Access::read);
+        for (const std::string& place : {settings.root.path(), settings.root.toReal("/Volumes")})
+            confinement.allow(place, Confinement::Access::change);
+        confinement.allow("/dev/null", Confinement::Access::change);
+        if (!confinement.enter())
+            fail("the process cannot be confined");
+    }
 
     std::string mount() {
         if (::mkdir(staging_.path().c_str(), S_IRWXU) != 0)

@@ -17,8 +17,8 @@ struct MountSettings {
 
 /// Shows the volume in an image below /Volumes, whole or not at all, replacing an older one of the same name.
 /// An image of Apple's format is shown only if its checksums are correct; bare volumes have none to compare.
-/// Returns the mount point as a system path. Throws Exception with the reason if nothing is shown. For a
-/// process with one thread.
+/// Returns the mount point as a system path. Throws Exception with the reason if nothing is shown. Confines
+/// the calling thread, for good, to the image and the folders of the volumes.
 std::string mountImage(const std::string& image, const MountSettings& settings);
 
 /// Removes a volume, at once and completely. The mount point is "/Volumes/NAME", a folder and not a link.

@@ -27,12 +27,9 @@ bool isProgram(const std::string& path) {
 } // namespace
 
 std::string pathOf7zz(const std::vector<std::string>& places) {
-    for (const bool isScriptEnough : {false, true}) {
-        for (const std::string& place : places) {
-            if (::access(place.c_str(), X_OK) == 0 && (isScriptEnough || isProgram(place)))
-                return place;
-        }
-    }
+    for (const std::string& place : places)
+        if (::access(place.c_str(), X_OK) == 0 && isProgram(place))
+            return place;
     throw Exception("7-Zip is not installed");
 }
 
@@ -45,8 +42,11 @@ std::unique_ptr<ChildProcess> SevenZip::start(std::vector<std::string> arguments
     // Apple's format for its contents.
     const std::string type = std::string("-t") + typeName(kind_);
     arguments.insert(arguments.end(), {type, "-bd", "-sccUTF-8", "--", ChildProgram::fileArgument});
-    return std::make_unique<ChildProcess>(ChildProgram{program_, std::move(arguments), image_}, output,
-                                          interruption_);
+    Confinement confinement;
+    confinement.allowProgram(program_);
+    confinement.allow(image_, Confinement::Access::read);
+    return std::make_unique<ChildProcess>(ChildProgram{program_, std::move(arguments), image_, &confinement},
+                                          output, interruption_);
 }
 
 std::string SevenZip::list() const {

@@ -14,12 +14,13 @@ namespace join::platform::hdiutil {
 inline const std::vector<std::string> placesOf7zz{"/usr/bin/7zz", "/usr/lib/7zip/7zz", "/usr/lib/7zip/7z",
                                                   "/usr/local/bin/7zz"};
 
-/// Returns the first of the places that holds the program itself or, if there is none, a script that starts
-/// it. Throws Exception if none holds anything that can be run.
+/// Returns the first of the places that holds the program itself: a script could not start it, confined as it
+/// is. Throws Exception if there is none.
 std::string pathOf7zz(const std::vector<std::string>& places = placesOf7zz);
 
-/// Runs 7zz on one open image. 7zz sees that very file, whatever its path means by then. Every operation
-/// throws Exception, also when interrupted.
+/// Runs 7zz on one open image. 7zz sees that very file, whatever its path means by then, and besides that
+/// only the system's libraries: whatever the image makes it do, it can open no other file, reach no network
+/// and start no program. Every operation throws Exception, also when interrupted.
 class SevenZip {
 public:
     /// The descriptor and the interruption must outlive this object and the processes it returns.

@@ -7,6 +7,7 @@
 #include "platform/linux/system/StandardStreams.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <string>
 #include <string_view>
@@ -41,11 +42,12 @@ int main(int argc, char** argv) {
         say(STDERR_FILENO, "usage: hdiutil mount IMAGE | hdiutil detach MOUNTPOINT");
         return usage;
     }
+    ExitStatus status = succeeded;
     try {
         run(command, argv[2]);
-        return succeeded;
     } catch (const std::exception& exception) {
         say(STDERR_FILENO, "hdiutil: " + escapedForLog(exception.what()));
-        return failed;
+        status = failed;
     }
+    std::_Exit(status); // what libraries and sanitizers do at the end is more than a confined process may
 }

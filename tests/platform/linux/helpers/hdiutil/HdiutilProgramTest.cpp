@@ -1,6 +1,4 @@
 #include "images/DiskImage.h"
-#include "platform/Exception.h"
-#include "platform/linux/helpers/hdiutil/SevenZip.h"
 #include "support/Child.h"
 #include "support/TemporaryFolder.h"
 
@@ -51,16 +49,6 @@ TEST_F(HdiutilProgram, EndsWithStatusTwoWhenCalledInAnotherWay) {
     for (const std::vector<std::string>& arguments :
          {std::vector<std::string>{}, {"mount"}, {"mount", "a", "b"}, {"eject", "a"}, {"-h"}})
         EXPECT_EQ(run(arguments), 2);
-}
-
-TEST_F(HdiutilProgram, TakesThe7ZipThatIsThereRatherThanAScriptThatStartsOne) {
-    const std::string wrapper = writeProgram(folder_ / "wrapper");
-    const std::string program = writeProgram(folder_ / "program", "\x7F\x45LF");
-    const std::string other = writeFile(folder_ / "cannot be started", "\x7F\x45LF");
-    using platform::hdiutil::pathOf7zz;
-    EXPECT_EQ(pathOf7zz({folder_ / "missing", wrapper, other, program}), program);
-    EXPECT_EQ(pathOf7zz({other, wrapper}), wrapper);
-    EXPECT_THROW(pathOf7zz({folder_ / "missing", other}), platform::Exception);
 }
 
 } // namespace join::test

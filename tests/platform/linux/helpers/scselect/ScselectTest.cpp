@@ -31,9 +31,14 @@ TEST_F(Scselect, TellsWhatTheFirstToolSaysThatIsThereAndSucceeds) {
     for (const ChildProgram& bad : {ChildProgram{folder_ / "missing", {}}, tool("failing", "echo a; exit 8"),
                                     tool("killed", "echo a; kill -9 $$"), tool("silent", "")})
         EXPECT_EQ(ask({bad, others}), heading_ + "others\n") << bad.path;
-    EXPECT_EQ(networkLocations({tool("hanging", "echo a; exec /bin/sleep 3600"), others},
-                               std::chrono::milliseconds(100)),
+    const ChildProgram hanging =
+        tool("hanging", "/bin/sleep 3600 & echo $! > '" + (folder_ / "started") + "'; wait");
+    EXPECT_EQ(networkLocations({hanging, others}, std::chrono::milliseconds(500)),
               "No network connection is known\n");
+    // A process that has ended has no command line, even before anybody has asked for its status.
+    const int started = std::stoi(contentsOf(folder_ / "started"));
+    EXPECT_TRUE(
+        eventually([&] { return contentsOf("/proc/" + std::to_string(started) + "/cmdline").empty(); }));
 }
 
 TEST_F(Scselect, MakesWhatIsSaidHarmlessAndFitForAPipe) {
