@@ -28,7 +28,8 @@ class Tasks {
 public:
     virtual ~Tasks() = default;
 
-    /// Runs the program with its standard output connected to a pipe, and waits for it to end.
+    /// Runs the program and waits for it to end. What it writes to its standard error goes to this process's,
+    /// with control characters made visible.
     virtual TaskResult run(const Program& program) = 0;
 
     /// Starts the program with its standard streams inherited, and does not wait for it.

@@ -1,6 +1,7 @@
 #include "platform/linux/process/LinuxTasks.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/system/LogText.h"
 
 #include <algorithm>
 #include <array>
@@ -20,11 +21,13 @@ namespace {
 using std::chrono::milliseconds;
 using SteadyClock = std::chrono::steady_clock;
 
-/// A child whose output is read.
+/// A child whose output is read, and whose errors go to the log.
 class Running {
 public:
-    Running(Child child, Descriptor output) : child_(std::move(child)), output_(std::move(output)) {
+    Running(Child child, Descriptor output, Descriptor errors)
+        : child_(std::move(child)), output_(std::move(output)), errors_(std::move(errors)) {
         ::fcntl(output_.get(), F_SETFL, O_NONBLOCK);
+        ::fcntl(errors_.get(), F_SETFL, O_NONBLOCK);
     }
 
     /// Reads until the child has ended or the time is up. Returns true if it has ended.
@@ -32,19 +35,17 @@ public:
         const auto limit = SteadyClock::now() + patience;
         for (;;) {
             const auto left = std::chrono::ceil<milliseconds>(limit - SteadyClock::now());
-            std::array<pollfd, 2> events{pollfd{child_.handle.get(), POLLIN, 0},
-                                         pollfd{output_.get(), POLLIN, 0}};
+            std::array<pollfd, 3> events{pollfd{child_.handle.get(), POLLIN, 0},
+                                         pollfd{output_.get(), POLLIN, 0}, pollfd{errors_.get(), POLLIN, 0}};
             const auto wait = static_cast<int>(std::max(left, milliseconds(0)).count());
             if (::poll(events.data(), events.size(), wait) < 0 && errno != EINTR)
                 return false;
-            if (events[1].revents != 0 && !readWhatIsThere())
-                output_.close();
-            if (events[0].revents != 0) {
-                readWhatIsThere(); // its own children may keep the pipe open
-                return true;
-            }
-            if (left <= milliseconds(0))
-                return false;
+            const bool hasEnded = events[0].revents != 0; // its own children may keep the pipes open
+            readWhatIsThere(output_, text_);
+            readWhatIsThere(errors_, said_);
+            logWhatWasSaid(hasEnded);
+            if (hasEnded || left <= milliseconds(0))
+                return hasEnded;
         }
     }
 
@@ -61,18 +62,29 @@ public:
     }
 
 private:
-    /// Returns false at the end of the output.
-    bool readWhatIsThere() {
+    /// Closes the pipe at its end.
+    static void readWhatIsThere(Descriptor& pipe, std::string& text) {
         std::array<char, 16384> buffer{};
         ssize_t count = 0;
-        while ((count = readSome(output_.get(), buffer.data(), buffer.size())) > 0)
-            text_.append(buffer.data(), static_cast<std::size_t>(count));
-        return count < 0 && errno == EAGAIN;
+        while ((count = readSome(pipe.get(), buffer.data(), buffer.size())) > 0)
+            text.append(buffer.data(), static_cast<std::size_t>(count));
+        if (count == 0 || errno != EAGAIN)
+            pipe.close();
+    }
+
+    /// Keeps the beginning of a line, of which the rest may follow.
+    void logWhatWasSaid(bool isAll) {
+        constexpr std::size_t longest = 65536;
+        const auto end = isAll || said_.size() > longest ? said_.size() : said_.rfind('\n') + 1;
+        writeAll(STDERR_FILENO, escapedForLog(said_.substr(0, end)));
+        said_.erase(0, end);
     }
 
     Child child_;
     Descriptor output_;
+    Descriptor errors_;
     std::string text_;
+    std::string said_;
 };
 
 } // namespace
@@ -87,10 +99,13 @@ LinuxTasks::LinuxTasks(SystemRoot root, std::filesystem::path helpersFolder)
 
 TaskResult LinuxTasks::run(const Program& program) {
     Pipe output = makePipe();
-    Child child =
-        startChild(program, {STDIN_FILENO, output.writing.get(), STDERR_FILENO}, Spawn::Bond::waitedFor);
+    Pipe errors = makePipe();
+    Child child = startChild(program, {STDIN_FILENO, output.writing.get(), errors.writing.get()},
+                             Spawn::Bond::waitedFor);
     output.writing.close();
-    return Running(std::move(child), std::move(output.reading)).result(program.patience);
+    errors.writing.close();
+    return Running(std::move(child), std::move(output.reading), std::move(errors.reading))
+        .result(program.patience);
 }
 
 void LinuxTasks::start(const Program& program) {

@@ -30,9 +30,12 @@ protected:
     LinuxTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
 };
 
-TEST_F(LinuxTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWrote) {
-    const std::string program = script("tool", "pwd; for a; do echo \"<$a>\"; done; exit 7\n");
+TEST_F(LinuxTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWroteWithoutHarm) {
+    const std::string program = script("tool", "pwd; for a; do echo \"<$a>\"; done\n"
+                                               "printf '\\033[2J\\302' >&2; printf '\\233' >&2; exit 7\n");
+    testing::internal::CaptureStderr();
     const TaskResult result = tasks.run({program, {"-i", "*", "two words", "$(id)", ""}, folder.path()});
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "\\x1B[2J\\xC2\\x9B");
     EXPECT_TRUE(result.exited);
     EXPECT_EQ(result.status, 7);
     EXPECT_EQ(result.output, folder.path() + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n");
