@@ -23,6 +23,7 @@
 #include "platform/qt/QtStrings.h"
 #include "platform/qt/QtTimers.h"
 #include "platform/qt/QtToolkit.h"
+#include "platform/qt/QtWaiting.h"
 #include "platform/qt/QtWindows.h"
 
 #include <cerrno>
@@ -35,6 +36,72 @@
 namespace {
 
 using namespace join::platform;
+
+// The services whose work may take long. While the logic waits for it, the windows live.
+
+class LivelyClock final : public SystemClock {
+public:
+    explicit LivelyClock(QtWaiting& waiting) : waiting_(waiting) {}
+
+    void sleep(std::chrono::milliseconds duration) override {
+        waiting_.during([&] { SystemClock::sleep(duration); });
+    }
+
+private:
+    QtWaiting& waiting_;
+};
+
+class LivelyFileManager final : public LinuxFileManager {
+public:
+    LivelyFileManager(const SystemRoot& root, Log& log, QtWaiting& waiting)
+        : LinuxFileManager(root, &log), waiting_(waiting) {}
+
+    bool copy(const std::string& source, const std::string& target) override {
+        return waiting_.during([&] { return LinuxFileManager::copy(source, target); });
+    }
+    bool replace(const std::string& source, const std::string& target) override {
+        return waiting_.during([&] { return LinuxFileManager::replace(source, target); });
+    }
+    bool remove(const std::string& path) override {
+        return waiting_.during([&] { return LinuxFileManager::remove(path); });
+    }
+    bool create(const std::string& path, std::string_view contents) override {
+        return waiting_.during([&] { return LinuxFileManager::create(path, contents); });
+    }
+
+private:
+    QtWaiting& waiting_;
+};
+
+class LivelyHttpClient final : public HttpModule {
+public:
+    LivelyHttpClient(const std::string& path, MainQueue& mainQueue, const TrustPolicy& policy,
+                     QtWaiting& waiting)
+        : HttpModule(path, mainQueue, policy), waiting_(waiting) {}
+
+    HttpReply get(const HttpRequest& request) override {
+        return waiting_.during([&] { return HttpModule::get(request); });
+    }
+
+private:
+    QtWaiting& waiting_;
+};
+
+class LivelyTasks final : public LinuxTasks {
+public:
+    LivelyTasks(const SystemRoot& root, const std::filesystem::path& helpersFolder, QtWaiting& waiting)
+        : LinuxTasks(root, helpersFolder), waiting_(waiting) {}
+
+    TaskResult run(const Program& program) override {
+        return waiting_.during([&] { return LinuxTasks::run(program); });
+    }
+    void start(const Program& program) override {
+        waiting_.during([&] { LinuxTasks::start(program); });
+    }
+
+private:
+    QtWaiting& waiting_;
+};
 
 /// Every service; each is created from those before it.
 class Platform {
@@ -73,22 +140,24 @@ private:
     JoinAppStart start_;
     ApplicationDelegate* delegate_ = nullptr;
     std::filesystem::path bundle_ = runningBundle();
-    SystemClock clock_;
+    QtMainQueue mainQueue_;
+    QtWaiting waiting_{mainQueue_};
+    LivelyClock clock_{waiting_};
     StderrLog log_{"Join", clock_};
     LinuxPaths paths_;
     SystemRoot root_{defaultSystemRoot(paths_.home())};
-    LinuxFileManager fileManager_{root_, &log_};
+    LivelyFileManager fileManager_{root_, log_, waiting_};
     NlohmannJson json_;
     PlistPropertyLists propertyLists_;
     LinuxBundles bundles_{fileManager_, propertyLists_, root_};
     NotificationCenter notificationCenter_;
-    QtMainQueue mainQueue_;
     Policy policy_{Policy::ofComputer()};
-    HttpModule httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_, policy_};
-    QtTimers timers_;
-    LinuxTasks tasks_{root_, bundle_ / "Contents/Helpers"};
-    LinuxWorkspace workspace_{root_, bundles_, log_,
-                              [this](const Program& program) { return tasks_.startDetached(program); }};
+    LivelyHttpClient httpClient_{bundle_ / "Contents/PlugIns/JoinHttp.so", mainQueue_, policy_, waiting_};
+    QtTimers timers_{mainQueue_};
+    LivelyTasks tasks_{root_, bundle_ / "Contents/Helpers", waiting_};
+    LinuxWorkspace workspace_{root_, bundles_, log_, [this](const Program& program) {
+                                  return waiting_.during([&] { return tasks_.startDetached(program); });
+                              }};
     SchemeRegistration registration_{root_, bundle_, log_, tasks_};
     QtStrings strings_;
     QtWindows windows_{mainQueue_};
@@ -109,7 +178,7 @@ private:
     QtApplication application_{
         paths_.bundlePath(bundle_, root_),
         // Load the HTTP client now, while the bundle still exists: an update deletes it.
-        {.afterFirstWindow = [this] { httpClient_.load(); },
+        {.afterFirstWindow = [this] { waiting_.during([this] { return httpClient_.load(); }); },
          .deliverLaunchUrls = [this] { urlEvents_.begin(start_.launchUrl); },
          .beforeEnd = [this] { urlEvents_.passOn(); }}};
 };

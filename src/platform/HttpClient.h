@@ -99,7 +99,7 @@ public:
 
     /// Sends the request and blocks until it has been answered, has failed or has timed out. A text that is
     /// not a URL, a URL with another scheme, or one with a user name (which hides the host from the reader)
-    /// is an error, and no server is contacted. Never throws. Main thread only.
+    /// is an error, and no server is contacted. Never throws. One at a time, on any thread.
     virtual HttpReply get(const HttpRequest& request) = 0;
 
     /// Starts a download and returns at once, with nullptr if it could not be started at all. The destination

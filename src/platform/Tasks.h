@@ -23,7 +23,7 @@ struct TaskResult {
 
 /// Child processes. They inherit the standard streams and no other descriptor. A tool that the system does
 /// not have is looked up by name among the helpers in the program's own bundle. Both operations throw
-/// Exception if the program cannot be started. Main thread only.
+/// Exception if the program cannot be started. Any thread.
 class Tasks {
 public:
     virtual ~Tasks() = default;

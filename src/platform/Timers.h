@@ -12,7 +12,8 @@ public:
     virtual ~Timer() = default;
 };
 
-/// Timers of the main run loop. They also fire in nested loops. Main thread only.
+/// Timers of the main run loop. They also fire in nested loops, but not in the middle of an operation of the
+/// logic. Main thread only.
 class Timers {
 public:
     virtual ~Timers() = default;

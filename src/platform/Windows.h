@@ -92,7 +92,7 @@ public:
     virtual void setWhite() = 0;
     virtual void hideCloseButton() = 0;
 
-    /// Sets what happens when the user closes the window.
+    /// Sets what happens when the user closes the window, which may be while the logic waits.
     virtual void setCloseAction(std::function<void()> action) = 0;
 
     /// Draws what has changed, if the window is on the screen. It has been painted when this returns.

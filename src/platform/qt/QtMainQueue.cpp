@@ -20,7 +20,7 @@ void QtMainQueue::wake() {
 }
 
 void QtMainQueue::runWork() {
-    if (holds_ > 0)
+    if (isHeld())
         return;
     std::function<void()> work;
     {

@@ -15,8 +15,12 @@ class QtMainQueue final : public QObject, public MainQueue {
 public:
     void enqueue(std::function<void()> work) override;
 
-    /// No work begins while one of these lives. The loop may have to run for the window system in the middle
-    /// of an operation; work queued by that operation must wait until it has returned. Main thread only.
+    /// Returns whether a Hold lives. Main thread only.
+    bool isHeld() const { return holds_ > 0; }
+
+    /// No work begins while one of these lives, and no timer of the logic fires. The loop may have to run for
+    /// the window system in the middle of an operation; what that operation has queued must wait until it has
+    /// returned. Main thread only.
     class Hold {
     public:
         explicit Hold(QtMainQueue& queue);

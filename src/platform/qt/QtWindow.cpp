@@ -9,6 +9,7 @@
 #include <QGuiApplication>
 #include <QPalette>
 #include <QScreen>
+#include <QShortcut>
 #include <QTimer>
 
 #include <chrono>
@@ -44,6 +45,13 @@ Control& at(std::map<std::string, Control>& controls, const std::string& outlet)
 }
 
 } // namespace
+
+TopWidget::TopWidget() {
+    for (const int key : {Qt::Key_W, Qt::Key_Q}) { // owned by the window
+        const auto* const shortcut = new QShortcut(QKeySequence(Qt::CTRL | key), this);
+        QObject::connect(shortcut, &QShortcut::activated, this, &QWidget::close);
+    }
+}
 
 void TopWidget::reject() {
     for (QPushButton* button : findChildren<QPushButton*>())

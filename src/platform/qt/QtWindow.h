@@ -13,9 +13,11 @@ namespace join::platform {
 class QtMainQueue;
 
 /// The top widget of an interface file. Escape clicks the button with the property "cancels", if there is
-/// one, and Return the default button.
+/// one, and Return the default button. Ctrl+W and Ctrl+Q close the window.
 class TopWidget final : public QDialog {
 public:
+    TopWidget();
+
     std::function<void()> closed;
     std::function<void()> painted;
 

@@ -1,6 +1,7 @@
 #include "platform/Services.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtStrings.h"
+#include "platform/qt/QtWaiting.h"
 #include "platform/qt/QtWindows.h"
 #include "support/LogicTest.h"
 #include "ui/ErrorWindow.h"
@@ -17,6 +18,9 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTextDocument>
+#include <QTimer>
+
+#include <future>
 
 namespace join::platform {
 namespace {
@@ -211,6 +215,41 @@ TEST_F(QtEntryWindow, ClicksWhileItJoinsAreLost) {
     QTest::mouseClick(&joinButton(), Qt::LeftButton);
     EXPECT_EQ(joins, 2);
 }
+
+class Leaving : public QtEntryWindow, public testing::WithParamInterface<void (*)(QWidget&)> {};
+
+TEST_P(Leaving, IsAllThatTheUserCanDoWhileTheLogicWaits) {
+    QtWaiting waiting(queue);
+    std::promise<void> end;
+    notifications.addObserver("ReadJoinParameters", [&](const Text&) {
+        QTimer::singleShot(0, &shown(), [&] {
+            type("7");
+            for (const Qt::Key key : {Qt::Key_7, Qt::Key_Space, Qt::Key_Return, Qt::Key_Tab})
+                press(key);
+            EXPECT_EQ(focused(), "keyInputTextfield");
+            QTest::mouseClick(&joinButton(), Qt::LeftButton);
+            EXPECT_EQ(ends(), 0);
+            GetParam()(shown());
+            end.set_value();
+        });
+        waiting.during([future = end.get_future().share()] { future.wait(); });
+    });
+    press(Qt::Key_Return);
+    EXPECT_EQ(joins, 1);
+    EXPECT_EQ(ends(), 1);
+    EXPECT_FALSE(shown().isVisible());
+    EXPECT_EQ(keyField().text(), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    QtEntryWindow, Leaving,
+    testing::Values([](QWidget&) { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape); },
+                    [](QWidget& window) { QTest::keyClick(&window, Qt::Key_W, Qt::ControlModifier); },
+                    [](QWidget& window) { QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier); },
+                    [](QWidget& window) {
+                        QTest::mouseClick(window.findChild<QPushButton*>("cancelButton"), Qt::LeftButton);
+                    },
+                    [](QWidget& window) { window.windowHandle()->close(); }));
 
 TEST_F(QtEntryWindow, StaysOnTopWithoutTitleButtons) {
     EXPECT_TRUE(shown().windowFlags() & Qt::WindowStaysOnTopHint);

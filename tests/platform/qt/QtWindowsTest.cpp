@@ -2,6 +2,7 @@
 #include "platform/Exception.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtTimers.h"
+#include "platform/qt/QtWaiting.h"
 #include "platform/qt/SpinningIndicator.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +11,9 @@
 #include <QLabel>
 #include <QPixmap>
 #include <QScreen>
+#include <QTimer>
 
+#include <future>
 #include <thread>
 
 namespace join::platform {
@@ -102,7 +105,8 @@ TEST(SpinningIndicator, TurnsOnlyWhileItIsAnimated) {
     EXPECT_TRUE(turnUntil([&] { return indicator.grab().toImage() != before; }));
     const auto turnsAt = [&] {
         int frames = 0;
-        QtTimers timers;
+        QtMainQueue queue;
+        QtTimers timers{queue};
         const auto clock = timers.repeating(std::chrono::milliseconds(50), [&] { ++frames; });
         const QImage still = indicator.grab().toImage();
         turnUntil([&] { return frames == 8; });
@@ -128,8 +132,33 @@ TEST(QtMainQueue, RunsWorkOfAnyThreadInItsOrderOnTheMainThread) {
     EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
 }
 
+TEST_F(QtWindowsTest, WhileTheLogicWaitsWindowsLiveAndNoLogicRuns) {
+    QtWaiting waiting(queue);
+    QtTimers timers(queue);
+    bool hasRun = false;
+    const auto timer = timers.repeating(std::chrono::milliseconds(1), [&] { hasRun = true; });
+    queue.enqueue([&] { hasRun = true; });
+    window->progressIndicator("progress").startAnimation();
+    window->makeKeyAndOrderFront();
+    std::promise<void> end;
+    QTimer::singleShot(0, &widget(), [&] {
+        const QImage before = widget().grab().toImage();
+        EXPECT_TRUE(turnUntil([&] { return widget().grab().toImage() != before; }));
+        waiting.during([&] { end.set_value(); }); // what leaving does must not wait for the wait
+    });
+    const auto thread = waiting.during([&] {
+        end.get_future().wait();
+        return std::this_thread::get_id();
+    });
+    EXPECT_NE(thread, std::this_thread::get_id());
+    EXPECT_FALSE(hasRun);
+    EXPECT_TRUE(turnUntil([&] { return hasRun; }));
+    EXPECT_THROW(waiting.during([] { throw Exception("the work's"); }), Exception);
+}
+
 TEST(QtTimers, ATimerFiresAgainAndAgainUntilItIsDestroyed) {
-    QtTimers timers;
+    QtMainQueue queue;
+    QtTimers timers(queue);
     int fired = 0;
     auto timer = timers.repeating(std::chrono::milliseconds(1), [&] { ++fired; });
     EXPECT_TRUE(turnUntil([&] { return fired >= 3; }));

@@ -21,7 +21,7 @@ namespace join::platform {
 /// may lead.
 class CurlHandle {
 public:
-    /// Throws Exception if libcurl cannot provide one. Main thread only. The policy must outlive the handle.
+    /// Throws Exception if libcurl cannot provide one. One thread at a time. The policy must outlive the handle.
     explicit CurlHandle(const TrustPolicy& policy);
 
     CURL* get() const { return easy_.get(); }

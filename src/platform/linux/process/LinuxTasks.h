@@ -13,7 +13,7 @@
 namespace join::platform {
 
 /// Child processes. Paths and arguments are bytes and need not be UTF-8.
-class LinuxTasks final : public Tasks {
+class LinuxTasks : public Tasks {
 public:
     /// The helpers' folder contains the tools that the system does not have. They are opened now and run from
     /// these descriptors, because the folder may be deleted before they are needed; so they cannot be

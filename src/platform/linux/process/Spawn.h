@@ -41,8 +41,8 @@ struct Child {
 };
 
 /// Starts the program and returns once it is running. Returns nothing to wait for if its bond is Bond::left.
-/// Throws Exception with the reason if it cannot be started; the message calls it by the given name. Main
-/// thread only.
+/// Throws Exception with the reason if it cannot be started; the message calls it by the given name. Any
+/// thread; a confined program dies with that thread.
 Child startChild(const Spawn& spawn, const std::string& name);
 
 /// Waits for the end of a child. Returns its status as defined by waitpid(2).

@@ -1,0 +1,4 @@
+#include <unistd.h>
+
+/// Stands in for a tool that never ends.
+int main() { return ::pause(); }
