@@ -5,14 +5,17 @@
     <name></name>
     <message id="JOIN"><source></source><translation>انضمام</translation></message>
     <message id="CANCEL"><source></source><translation>إلغاء</translation></message>
+    <message id="SESSION_KEY"><source></source><translation>مفتاح الجلسة</translation></message>
     <message id="ENTER_KEY"><source></source><translation>أدخل مفتاح الجلسة</translation></message>
+    <message id="EMAIL_ADDRESS"><source></source><translation>البريد الإلكتروني</translation></message>
     <message id="ENTER_EMAIL"><source></source><translation>أدخل عنوان بريدك الإلكتروني</translation></message>
-    <message id="ENTER_VALID_KEY"><source></source><translation>يرجى إدخال مفتاح صالح</translation></message>
-    <message id="JOIN_PROGRESS"><source></source><translation>يتم الآن الاتصال بجلستك…</translation></message>
-    <message id="PROBLEM_OCCURED"><source></source><translation>حدثت مشكلة وتعذر الانضمام إلى الجلسة. يرجى إغلاق هذه النافذة والمحاولة مرة أخرى.</translation></message>
+    <message id="ENTER_VALID_KEY"><source></source><translation>يرجى التحقق من المفتاح ومن الاتصال</translation></message>
+    <message id="JOIN_PROGRESS"><source></source><translation>جارٍ الاتصال بجلستك…</translation></message>
+    <message id="INSTALL_PROGRESS"><source></source><translation>جارٍ تجهيز جلستك. قد يستغرق ذلك بضع دقائق…</translation></message>
+    <message id="PROBLEM_OCCURED"><source></source><translation>تعذر الانضمام إلى الجلسة. يرجى التحقق من اتصالك بالإنترنت ثم فتح الرابط مرة أخرى.</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>لا يسمح مسؤول هذا الكمبيوتر بهذا الرابط. يرجى إغلاق هذه النافذة.</translation></message>
     <message id="OK"><source></source><translation>موافق</translation></message>
-    <message id="ERROR_MESSAGE"><source></source><translation>لا يستوفي نظام تشغيل هذا الكمبيوتر متطلبات الجلسة. انقر هنا للاطلاع على متطلبات النظام.</translation></message>
-    <message id="CLICK_HERE"><source></source><translation>انقر هنا</translation></message>
+    <message id="ERROR_MESSAGE"><source></source><translation>نظام التشغيل على هذا الكمبيوتر أقدم من أن تعمل عليه الجلسة. يرجى الاطلاع على متطلبات النظام.</translation></message>
+    <message id="CLICK_HERE"><source></source><translation>متطلبات النظام</translation></message>
 </context>
 </TS>

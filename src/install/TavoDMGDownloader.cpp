@@ -44,7 +44,10 @@ void post(std::string_view name, const Text& object = std::nullopt) {
 TavoDMGDownloader::TavoDMGDownloader(TavoJoinWindowHandler& joinInfoWindow)
     : DiskImageDownloader(agentDiskImage), joinInfoWindow_(joinInfoWindow) {}
 
-void TavoDMGDownloader::startDownLoadingTavoMacDmg() { startDownloading(); }
+void TavoDMGDownloader::startDownLoadingTavoMacDmg() {
+    joinInfoWindow_.showInstallation();
+    startDownloading();
+}
 
 std::string TavoDMGDownloader::url() const {
     const JoinSessionDetails& details = session();

@@ -30,6 +30,10 @@ public:
 
     virtual void setStringValue(const std::string& text) = 0;
 
+    /// Draws attention to the text: it takes the keyboard focus, so that a screen reader reads it out, and a
+    /// window in the background asks for the user.
+    virtual void announce() = 0;
+
     /// Shows a message, whose link is blue and works with mouse and keyboard.
     virtual void setMessage(const MessageText& message) = 0;
 };
@@ -50,7 +54,7 @@ public:
     /// Sets a prompt that reports an error: in red, at 13 points.
     virtual void setErrorPlaceholder(const std::string& text) = 0;
 
-    /// Takes the keyboard focus.
+    /// Takes the keyboard focus; a screen reader reads out the prompt.
     virtual void becomeFirstResponder() = 0;
 };
 
@@ -88,12 +92,15 @@ public:
     virtual void setLevel(int level) = 0;
     virtual void setTitle(const std::string& title) = 0;
 
-    /// Makes the background white, and the text on it black, in every desktop theme.
+    /// Makes the background white, and all that stands on it fit for it, in every desktop theme.
     virtual void setWhite() = 0;
     virtual void hideCloseButton() = 0;
 
     /// Sets what happens when the user closes the window, which may be while the logic waits.
     virtual void setCloseAction(std::function<void()> action) = 0;
+
+    /// While a window is busy, its fields and its default button take no input, and the pointer says so.
+    virtual void setBusy(bool isBusy) = 0;
 
     /// Draws what has changed, if the window is on the screen. It has been painted when this returns.
     virtual void display() = 0;

@@ -25,6 +25,7 @@ void ErrorWindow::windowDidLoad() {
     const auto okButton = [] { platform::services().application->exitImmediately(); };
     window().button("ok").setTitle(localized("OK"));
     window().button("ok").setAction(okButton);
+    window().setTitle(localized("JOIN"));
     window().setWhite();
     window().setLevel(platform::statusWindowLevel);
     window().label("errorText").setMessage(errorMessage(localized("ERROR_MESSAGE"), localized("CLICK_HERE")));

@@ -48,6 +48,8 @@ void TavoJoinMainWindowHandler::windowDidLoad() {
     window().setCloseAction([this] { cancelButtonAction(); });
     window().hideCloseButton();
     window().setTitle(localized("JOIN"));
+    window().label("keyLabel").setStringValue(localized("SESSION_KEY"));
+    window().label("emailLabel").setStringValue(localized("EMAIL_ADDRESS"));
     window().button("cancelButton").setTitle(localized("CANCEL"));
     window().button("cancelButton").setAction([this] { cancelButtonAction(); });
     window().button("joinButton").setTitle(localized("JOIN"));
@@ -81,6 +83,7 @@ void TavoJoinMainWindowHandler::joinButtonAction() {
         };
         prompt(keyInputTextfield(), key, "ENTER_KEY");
         prompt(emailInputTextfield(), email, "ENTER_EMAIL");
+        (key.empty() ? keyInputTextfield() : emailInputTextfield()).becomeFirstResponder();
     });
 }
 
@@ -89,7 +92,11 @@ void TavoJoinMainWindowHandler::joinWith(const std::string& key, const std::stri
     session().emailID.set(email);
     log("%s : Key : %@ Email : %@", "-[TavoJoinMainWindowHandler joinButtonAction:]", key, email);
     keyInputTextfield().setStringValue("");
-    if (!isKeyValid(key)) {
+    keyInputTextfield().setPlaceholder(key); // while it is being checked
+    setBusy(true);
+    const bool isValid = isKeyValid(key);
+    setBusy(false);
+    if (!isValid) {
         keyInputTextfield().setErrorPlaceholder(localized("ENTER_VALID_KEY"));
         keyInputTextfield().becomeFirstResponder();
         return;
@@ -100,6 +107,12 @@ void TavoJoinMainWindowHandler::joinWith(const std::string& key, const std::stri
     services().notificationCenter->post("LaunchTavoApp");
     close();
     joinInfoWindow_.showWindow();
+}
+
+void TavoJoinMainWindowHandler::setBusy(bool isBusy) {
+    platform::ProgressIndicator& progress = window().progressIndicator("progress");
+    isBusy ? progress.startAnimation() : progress.stopAnimation();
+    window().setBusy(isBusy);
 }
 
 bool TavoJoinMainWindowHandler::isKeyValid(const std::string& key) {

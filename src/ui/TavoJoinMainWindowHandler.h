@@ -31,6 +31,7 @@ private:
     void windowDidLoad() override;
     void joinWith(const std::string& key, const std::string& email);
     void cancelButtonAction();
+    void setBusy(bool isBusy);
 
     platform::TextField& keyInputTextfield();
     platform::TextField& emailInputTextfield();

@@ -29,9 +29,12 @@ void TavoJoinWindowHandler::showProgress() {
     window().display();
 }
 
+void TavoJoinWindowHandler::showInstallation() { infoLabel().setStringValue(localized("INSTALL_PROGRESS")); }
+
 void TavoJoinWindowHandler::showProblem(const std::string& textKey) {
     infoLabel().setStringValue(localized(textKey));
     progress().stopAnimation();
+    infoLabel().announce();
     isProgressShown_ = false;
 }
 

@@ -15,6 +15,9 @@ public:
     /// Shows that the join is in progress. Does not bring the window to the screen.
     void showProgress();
 
+    /// Shows that something is being downloaded and installed, which takes a while.
+    void showInstallation();
+
     /// Shows why the session could not be joined, as the text with this key, and stops the indicator.
     void showProblem(const std::string& textKey = "PROBLEM_OCCURED");
 

@@ -29,6 +29,7 @@ struct RecordingControl final : platform::Label,
     std::string stringValue() const override { return typed; }
     void setPlaceholder(const std::string& text) override { record("prompt " + text); }
     void setErrorPlaceholder(const std::string& text) override { record("red prompt " + text); }
+    void announce() override { record("announced"); }
     void setMessage(const platform::MessageText& text) override { message = text; }
     void becomeFirstResponder() override { record("focus"); }
     void setTitle(const std::string& title) override { record("title " + title); }
@@ -59,6 +60,7 @@ public:
     void setWhite() override { record("white"); }
     void hideCloseButton() override { record("no close"); }
     void setCloseAction(std::function<void()> action) override { close = std::move(action); }
+    void setBusy(bool isBusy) override { record(isBusy ? "busy" : "ready"); }
     void display() override { record("display"); }
     void makeKeyAndOrderFront() override { setVisible(true, "front"); }
     void orderOut() override { setVisible(false, "out"); }

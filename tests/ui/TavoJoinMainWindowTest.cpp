@@ -53,10 +53,14 @@ TEST_F(EntryWindow, SaysInItsFieldsWhatIsMissing) {
         std::string key, email;
         Journal expected;
     } cases[] = {
-        {"", "", {readParameters, noKey, noEmail}},
-        {" \t\u00A0", "\u3000", {readParameters, noKey, noEmail}},
-        {"", " ann@example.org ", {readParameters, noKey, "emailInputTextfield: prompt ann@example.org"}},
-        {" 123 ", " ", {readParameters, "keyInputTextfield: prompt 123", noEmail}},
+        {"", "", {readParameters, noKey, noEmail, "keyInputTextfield: focus"}},
+        {" \t\u00A0", "\u3000", {readParameters, noKey, noEmail, "keyInputTextfield: focus"}},
+        {"",
+         " ann@example.org ",
+         {readParameters, noKey, "emailInputTextfield: prompt ann@example.org", "keyInputTextfield: focus"}},
+        {" 123 ",
+         " ",
+         {readParameters, "keyInputTextfield: prompt 123", noEmail, "emailInputTextfield: focus"}},
     };
     for (const auto& [key, email, expected] : cases) {
         join(key, email);
@@ -71,12 +75,13 @@ TEST_F(EntryWindow, AValidKeyRewritesTheDetailsStartsTheAgentAndMakesRoomForTheP
     join(" \t123456789\u00A0", " ann@example.org ");
     EXPECT_EQ(journal,
               (Journal{readParameters, "log: " + joinMethod + " : Key : 123456789 Email : ann@example.org",
-                       "keyInputTextfield: ", "get " + question("123456789"),
+                       "keyInputTextfield: ", "keyInputTextfield: prompt 123456789", "progress: start",
+                       "TavoJoinMainWindow: busy", "get " + question("123456789"),
                        "log: " + keyMethod + " : Response string : <is-valid>true</is-valid> " +
                            "isvalid : true</is-valid>",
-                       "emailInputTextfield: ", "progress: start", "infoLabel: [JOIN_PROGRESS]",
-                       "TavoJoinWindow: display", "post ModifyJoinDetails", "post LaunchTavoApp",
-                       "TavoJoinMainWindow: out",
+                       "progress: stop", "TavoJoinMainWindow: ready", "emailInputTextfield: ",
+                       "progress: start", "infoLabel: [JOIN_PROGRESS]", "TavoJoinWindow: display",
+                       "post ModifyJoinDetails", "post LaunchTavoApp", "TavoJoinMainWindow: out",
                        "log: -[TavoJoinMainWindowHandler close] : Join main window close event called!",
                        "TavoJoinWindow: front"}));
     EXPECT_EQ(session().key(), "123456789");
@@ -86,12 +91,13 @@ TEST_F(EntryWindow, AValidKeyRewritesTheDetailsStartsTheAgentAndMakesRoomForTheP
 TEST_F(EntryWindow, ARefusedKeyGivesWayToARedPromptAndTheEmailStays) {
     http.expect(question("12 34"), {{}, {}, platform::HttpError{"no URL", "12 34"}});
     join("12 34", "ann");
-    EXPECT_EQ(journal,
-              (Journal{readParameters, "log: " + joinMethod + " : Key : 12 34 Email : ann",
-                       "keyInputTextfield: ", "get " + question("12 34"),
-                       "log: " + keyMethod + " : The key could not be checked : no URL",
-                       "log: " + keyMethod + " : Error getting while checking key 12 34, HTTP status code 0",
-                       noValidKey, "keyInputTextfield: focus"}));
+    EXPECT_EQ(
+        journal,
+        (Journal{readParameters, "log: " + joinMethod + " : Key : 12 34 Email : ann", "keyInputTextfield: ",
+                 "keyInputTextfield: prompt 12 34", "progress: start", "TavoJoinMainWindow: busy",
+                 "get " + question("12 34"), "log: " + keyMethod + " : The key could not be checked : no URL",
+                 "log: " + keyMethod + " : Error getting while checking key 12 34, HTTP status code 0",
+                 "progress: stop", "TavoJoinMainWindow: ready", noValidKey, "keyInputTextfield: focus"}));
     EXPECT_EQ(emailField().typed, "ann");
     EXPECT_EQ(session().key(), "12 34");
     EXPECT_EQ(session().emailID(), "ann");

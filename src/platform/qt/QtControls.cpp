@@ -2,10 +2,12 @@
 
 #include "platform/qt/QtMainQueue.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFocusEvent>
 #include <QRegularExpression>
 #include <QScopedValueRollback>
+#include <QStyle>
 
 #include <algorithm>
 #include <utility>
@@ -19,6 +21,8 @@ constexpr int longestToolTip = 1000;
 constexpr int textMargin = 6;        // pixels
 constexpr int roomBesidePrompt = 24; // pixels, for margins, frame and cursor
 constexpr int promptAlpha = 160;
+constexpr int errorPointSize = 13;
+constexpr double largeFactor = 1.2;
 
 QString toQString(const std::string& text) { return QString::fromStdString(text); }
 
@@ -65,9 +69,22 @@ private:
 
 } // namespace
 
-QtLabel::QtLabel(QLabel& label) : label_(label) { label_.setTextFormat(Qt::PlainText); }
+QtLabel::QtLabel(QLabel& label) : label_(label) {
+    label_.setTextFormat(Qt::PlainText);
+    if (label_.property("large").toBool()) {
+        QFont font = label_.font();
+        font.setPointSizeF(font.pointSizeF() * largeFactor);
+        label_.setFont(font);
+    }
+}
 
 void QtLabel::setStringValue(const std::string& text) { label_.setText(toQString(text)); }
+
+void QtLabel::announce() {
+    label_.setFocusPolicy(Qt::StrongFocus);
+    label_.setFocus();
+    QApplication::alert(label_.window());
+}
 
 void QtLabel::setMessage(const MessageText& message) {
     label_.setTextFormat(Qt::RichText);
@@ -83,9 +100,14 @@ void QtLabel::setMessage(const MessageText& message) {
     }
 }
 
-QtLineEdit::QtLineEdit(QLineEdit& edit) : edit_(edit), leastWidth_(edit.minimumWidth()) {
+QtLineEdit::QtLineEdit(QLineEdit& edit)
+    : edit_(edit), leastWidth_(edit.minimumWidth()), font_(edit.font()), promptFont_(font_) {
     edit_.setMaxLength(longestInput);
     edit_.setTextMargins(textMargin, 0, textMargin, 0);
+    // Keys and addresses run from left to right in every language: without this, the cursor would stand on
+    // the one side and the prompt on the other.
+    edit_.setAlignment(QStyle::visualAlignment(edit_.layoutDirection(), Qt::AlignLeft) | Qt::AlignAbsolute);
+    QObject::connect(&edit_, &QLineEdit::textChanged, &edit_, [this] { followText(); });
 }
 
 void QtLineEdit::setStringValue(const std::string& text) { edit_.setText(toQString(text)); }
@@ -99,28 +121,40 @@ void QtLineEdit::setPlaceholder(const std::string& text) {
     // Not every desktop theme has a prompt colour that is readable on its background.
     QColor color = QApplication::palette(&edit_).color(QPalette::Text);
     color.setAlpha(promptAlpha);
-    setPrompt(text, color);
+    setPrompt(text, color, font_);
 }
 
-void QtLineEdit::setErrorPlaceholder(const std::string& text) { setPrompt(text, Qt::red); }
+void QtLineEdit::setErrorPlaceholder(const std::string& text) {
+    QFont font = font_;
+    font.setPointSize(errorPointSize);
+    setPrompt(text, Qt::red, font);
+}
 
-void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color) {
+void QtLineEdit::setPrompt(const std::string& prompt, const QColor& color, const QFont& font) {
     QPalette palette;
     palette.setColor(QPalette::PlaceholderText, color);
     const QString text = toQString(prompt);
     edit_.setPalette(palette);
     edit_.setPlaceholderText(text);
-    if (edit_.accessibleName().isEmpty())
-        edit_.setAccessibleName(text);
     edit_.setAccessibleDescription(text);
     // For a text longer than the field. The surrounding markup makes Qt show the characters as they are.
     edit_.setToolTip("<p>" + text.left(longestToolTip).toHtmlEscaped() + "</p>");
-    if (edit_.text().isEmpty()) // the prompt is visible
-        edit_.setMinimumWidth(
-            std::max(leastWidth_, edit_.fontMetrics().horizontalAdvance(text) + roomBesidePrompt));
+    promptFont_ = font;
+    followText();
 }
 
-void QtLineEdit::becomeFirstResponder() { edit_.setFocus(); }
+void QtLineEdit::followText() {
+    edit_.setFont(edit_.text().isEmpty() ? promptFont_ : font_);
+    if (edit_.text().isEmpty()) // the prompt is visible
+        edit_.setMinimumWidth(std::max(
+            leastWidth_, edit_.fontMetrics().horizontalAdvance(edit_.placeholderText()) + roomBesidePrompt));
+}
+
+void QtLineEdit::becomeFirstResponder() {
+    edit_.setFocus();
+    QAccessibleEvent event(&edit_, QAccessible::Focus); // the prompt may be new, the focus need not be
+    QAccessible::updateAccessibility(&event);
+}
 
 QtButton::QtButton(QPushButton& button, QtMainQueue& mainQueue) : button_(button), mainQueue_(mainQueue) {
     if (button_.isDefault())

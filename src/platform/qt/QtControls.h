@@ -10,19 +10,21 @@ namespace join::platform {
 
 class QtMainQueue;
 
-/// A line of text to read. Like all controls here, it does not own its widget.
+/// A line of text to read, larger than others if it has the property "large". Like all controls here, it does
+/// not own its widget.
 class QtLabel final : public Label {
 public:
     explicit QtLabel(QLabel& label);
 
     void setStringValue(const std::string& text) override;
+    void announce() override;
     void setMessage(const MessageText& message) override;
 
 private:
     QLabel& label_;
 };
 
-/// A line of text to type into. Screen readers use its prompt as its name.
+/// A line of text to type into. Screen readers read out its prompt as its description.
 class QtLineEdit final : public TextField {
 public:
     explicit QtLineEdit(QLineEdit& edit);
@@ -34,10 +36,13 @@ public:
     void becomeFirstResponder() override;
 
 private:
-    void setPrompt(const std::string& prompt, const QColor& color);
+    void setPrompt(const std::string& prompt, const QColor& color, const QFont& font);
+    void followText();
 
     QLineEdit& edit_;
     int leastWidth_;
+    QFont font_; ///< of what is typed
+    QFont promptFont_;
 };
 
 class QtButton final : public Button {

@@ -4,9 +4,11 @@
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SpinningIndicator.h"
 
+#include <QApplication>
 #include <QCloseEvent>
+#include <QDialogButtonBox>
 #include <QEventLoop>
-#include <QGuiApplication>
+#include <QIcon>
 #include <QPalette>
 #include <QScreen>
 #include <QShortcut>
@@ -21,6 +23,8 @@ namespace {
 
 // A desktop that shows nothing within this time, such as a locked one, must not delay the join.
 constexpr std::chrono::milliseconds longestWaitForPainting{500};
+
+constexpr QColor lightButton(0xEF, 0xEF, 0xEF);
 
 /// On Wayland the compositor decides, and the toolkit warns of any attempt.
 bool mayRaise() { return !QGuiApplication::platformName().startsWith("wayland"); }
@@ -71,9 +75,16 @@ void TopWidget::paintEvent(QPaintEvent* /*event*/) {
 
 QtWindow::QtWindow(void (*setUp)(QWidget&), QtMainQueue& mainQueue) : mainQueue_(mainQueue) {
     setUp(widget_);
+    // Desktops differ in the order of buttons.
+    if (auto* const box = widget_.findChild<QDialogButtonBox*>())
+        for (QPushButton* button : widget_.findChildren<QPushButton*>())
+            box->addButton(button,
+                           button->isDefault() ? QDialogButtonBox::AcceptRole : QDialogButtonBox::RejectRole);
     make<QLabel>(labels_, widget_);
     make<QLineEdit>(textFields_, widget_);
     make<QPushButton>(buttons_, widget_, mainQueue);
+    if (auto* const icon = widget_.findChild<QLabel*>("icon"))
+        icon->setPixmap(QApplication::windowIcon().pixmap(icon->minimumSize(), widget_.devicePixelRatio()));
 }
 
 Label& QtWindow::label(const std::string& outlet) { return at(labels_, outlet); }
@@ -95,15 +106,23 @@ void QtWindow::setLevel(int level) { widget_.setWindowFlag(Qt::WindowStaysOnTopH
 void QtWindow::setTitle(const std::string& title) { widget_.setWindowTitle(QString::fromStdString(title)); }
 
 void QtWindow::setWhite() {
-    QPalette palette = widget_.palette();
-    palette.setColor(QPalette::Window, Qt::white);
-    palette.setColor(QPalette::WindowText, Qt::black);
+    QPalette palette(lightButton, Qt::white);
+    for (const auto role : {QPalette::Highlight, QPalette::HighlightedText}) // the user's own colour
+        palette.setColor(role, QApplication::palette().color(role));
     widget_.setPalette(palette);
 }
 
 void QtWindow::hideCloseButton() { widget_.setWindowFlag(Qt::WindowCloseButtonHint, false); }
 
 void QtWindow::setCloseAction(std::function<void()> action) { widget_.closed = std::move(action); }
+
+void QtWindow::setBusy(bool isBusy) {
+    for (QLineEdit* edit : widget_.findChildren<QLineEdit*>())
+        edit->setEnabled(!isBusy);
+    for (QPushButton* button : widget_.findChildren<QPushButton*>())
+        button->setEnabled(!isBusy || !button->isDefault());
+    isBusy ? widget_.setCursor(Qt::BusyCursor) : widget_.unsetCursor();
+}
 
 void QtWindow::display() {
     if (!widget_.isVisible())

@@ -42,6 +42,7 @@ public:
     void setWhite() override;
     void hideCloseButton() override;
     void setCloseAction(std::function<void()> action) override;
+    void setBusy(bool isBusy) override;
     void display() override;
     void makeKeyAndOrderFront() override;
     void orderOut() override;

@@ -2,11 +2,14 @@
 
 #include "platform/Exception.h"
 #include "platform/qt/QtWindow.h"
+#include "platform/qt/SpinningIndicator.h"
 #include "ui_ErrorWindow.h"
 #include "ui_TavoJoinMainWindow.h"
 #include "ui_TavoJoinWindow.h"
 
+#include <QAccessibleWidget>
 #include <QApplication>
+#include <QIcon>
 
 #include <algorithm>
 #include <array>
@@ -31,9 +34,21 @@ constexpr std::array interfaceFiles = {
     InterfaceFile{"ErrorWindow", setUp<Ui::ErrorWindow>},
 };
 
+/// Tells screen readers what the toolkit does not know.
+QAccessibleInterface* accessible(const QString& /*kind*/, QObject* object) {
+    auto* const indicator = dynamic_cast<SpinningIndicator*>(object);
+    return indicator ? new QAccessibleWidget(indicator, QAccessible::ProgressBar) : nullptr;
+}
+
 } // namespace
 
-QtWindows::QtWindows(QtMainQueue& mainQueue) : mainQueue_(mainQueue) {}
+QtWindows::QtWindows(QtMainQueue& mainQueue) : mainQueue_(mainQueue) {
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128})
+        icon.addFile(QString(":/icons/com.tavo.join-%1.png").arg(size), QSize(size, size));
+    QApplication::setWindowIcon(icon);
+    QAccessible::installFactory(accessible);
+}
 
 std::unique_ptr<Window> QtWindows::load(const std::string& name) {
     const auto file = std::ranges::find(interfaceFiles, name, &InterfaceFile::name);

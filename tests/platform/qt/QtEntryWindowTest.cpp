@@ -123,13 +123,6 @@ TEST_F(QtEntryWindow, IsUsedWithTheKeyboardAlone) {
     EXPECT_EQ(ends(), 0);
 }
 
-TEST_F(QtEntryWindow, TheKeyboardStaysWhereTheUserLeftIt) {
-    joinButton().setFocus();
-    press(Qt::Key_Space);
-    EXPECT_EQ(joins, 1);
-    EXPECT_EQ(focused(), "joinButton");
-}
-
 TEST_F(QtEntryWindow, EscapeAndTheDesktopsCloseCancel) {
     press(Qt::Key_Escape);
     EXPECT_EQ(ends(), 1);
@@ -147,8 +140,15 @@ TEST_F(QtEntryWindow, PromptsAreRedOnlyWhereSomethingIsMissing) {
         EXPECT_EQ(edit->font().pointSize(), 13);
         EXPECT_NE(edit->palette().color(QPalette::Text), QColor(255, 0, 0));
     }
-    emailField().setText("ann");
+    EXPECT_EQ(focused(), "keyInputTextfield");
+    keyField().setText("123");
     press(Qt::Key_Return);
+    EXPECT_EQ(focused(), "emailInputTextfield");
+    keyField().clear();
+    type("ann");
+    EXPECT_NE(emailField().font().pointSize(), 13) << "what is typed is as large as other text";
+    press(Qt::Key_Return);
+    EXPECT_EQ(focused(), "keyInputTextfield");
     emailField().clear();
     EXPECT_TRUE(isRed(keyField()));
     EXPECT_FALSE(isRed(emailField()));
@@ -191,7 +191,6 @@ TEST_F(QtEntryWindow, TextOfAnyLengthAndScriptIsTaken) {
     QApplication::processEvents();
     EXPECT_EQ(entryWindow.height(), size.height());
     EXPECT_LT(entryWindow.width(), 1000);
-    press(Qt::Key_Tab);
     paste("שלום ‏مرحبا 日本 😀");
     expectQuestion(key, "<is-valid>false");
     press(Qt::Key_Return);
@@ -356,6 +355,8 @@ TEST_F(RealWindows, NothingIsCutOffOrNamelessInAnyLanguageAndAtTwiceTheLength) {
             for (QWidget* widget : window(name).findChildren<QWidget*>()) {
                 if (!dynamic_cast<QLineEdit*>(widget) && !dynamic_cast<QPushButton*>(widget) &&
                     !dynamic_cast<QLabel*>(widget))
+                    continue;
+                if (widget->objectName() == "icon")
                     continue;
                 const std::string who = widget->objectName().toStdString() + " in " + language;
                 EXPECT_TRUE(isWhole(*widget)) << who;
