@@ -1,6 +1,7 @@
 #include "platform/qt/QtWindow.h"
 
 #include "platform/Exception.h"
+#include "platform/qt/AppIcon.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/SpinningIndicator.h"
 
@@ -8,7 +9,6 @@
 #include <QCloseEvent>
 #include <QDialogButtonBox>
 #include <QEventLoop>
-#include <QIcon>
 #include <QPalette>
 #include <QScreen>
 #include <QShortcut>
@@ -23,6 +23,9 @@ namespace {
 
 // A desktop that shows nothing within this time, such as a locked one, must not delay the join.
 constexpr std::chrono::milliseconds longestWaitForPainting{500};
+
+// A join that needs no longer than this does without the icon, which takes a millisecond.
+constexpr std::chrono::milliseconds iconDelay{50};
 
 constexpr QColor lightButton(0xEF, 0xEF, 0xEF);
 
@@ -83,8 +86,6 @@ QtWindow::QtWindow(void (*setUp)(QWidget&), QtMainQueue& mainQueue) : mainQueue_
     make<QLabel>(labels_, widget_);
     make<QLineEdit>(textFields_, widget_);
     make<QPushButton>(buttons_, widget_, mainQueue);
-    if (auto* const icon = widget_.findChild<QLabel*>("icon"))
-        icon->setPixmap(QApplication::windowIcon().pixmap(icon->minimumSize(), widget_.devicePixelRatio()));
 }
 
 Label& QtWindow::label(const std::string& outlet) { return at(labels_, outlet); }
@@ -144,6 +145,8 @@ void QtWindow::makeKeyAndOrderFront() {
     }
     if (comesOnScreen)
         waitUntilPainted();
+    if (QApplication::windowIcon().isNull())
+        QTimer::singleShot(iconDelay, [] { QApplication::setWindowIcon(AppIcon::inAllSizes()); });
 }
 
 void QtWindow::waitUntilPainted() {

@@ -9,7 +9,6 @@
 
 #include <QAccessibleWidget>
 #include <QApplication>
-#include <QIcon>
 
 #include <algorithm>
 #include <array>
@@ -43,10 +42,6 @@ QAccessibleInterface* accessible(const QString& /*kind*/, QObject* object) {
 } // namespace
 
 QtWindows::QtWindows(QtMainQueue& mainQueue) : mainQueue_(mainQueue) {
-    QIcon icon;
-    for (const int size : {16, 24, 32, 48, 64, 128})
-        icon.addFile(QString(":/icons/com.tavo.join-%1.png").arg(size), QSize(size, size));
-    QApplication::setWindowIcon(icon);
     QAccessible::installFactory(accessible);
 }
 

@@ -356,8 +356,6 @@ TEST_F(RealWindows, NothingIsCutOffOrNamelessInAnyLanguageAndAtTwiceTheLength) {
                 if (!dynamic_cast<QLineEdit*>(widget) && !dynamic_cast<QPushButton*>(widget) &&
                     !dynamic_cast<QLabel*>(widget))
                     continue;
-                if (widget->objectName() == "icon")
-                    continue;
                 const std::string who = widget->objectName().toStdString() + " in " + language;
                 EXPECT_TRUE(isWhole(*widget)) << who;
                 EXPECT_NE(QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name), "") << who;

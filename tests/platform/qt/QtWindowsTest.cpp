@@ -83,6 +83,23 @@ TEST_F(QtWindowsTest, AWindowIsShownInTheMiddleAndReportsItsClosing) {
     EXPECT_FALSE(window->isVisible());
 }
 
+TEST_F(QtWindowsTest, ItsIconIsTheDesktopsInEverySize) {
+    window->makeKeyAndOrderFront();
+    ASSERT_TRUE(turnUntil([&] { return !widget().windowIcon().isNull(); }));
+    for (const int size : {16, 24, 32, 48, 64, 128}) {
+        const auto picture = [&](const QPixmap& pixmap) {
+            EXPECT_EQ(pixmap.size(), QSize(size, size));
+            return pixmap.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        };
+        const QImage shown = picture(widget().windowIcon().pixmap(size));
+        const QImage installed = picture(QPixmap(QString(JOIN_ICONS "/com.tavo.join-%1.png").arg(size)));
+        double difference = 0; // of all channels of all pixels
+        for (qsizetype i = 0; i < shown.sizeInBytes(); ++i)
+            difference += std::abs(int{shown.constBits()[i]} - int{installed.constBits()[i]});
+        EXPECT_LT(difference / static_cast<double>(shown.sizeInBytes()), 4) << size;
+    }
+}
+
 TEST_F(QtWindowsTest, OutsideTextIsShownAsTheCharactersItIs) {
     window->label("infoLabel").setStringValue("<b>bold</b> & <img src='x'>");
     const auto* label = widget().findChild<QLabel*>("infoLabel");
