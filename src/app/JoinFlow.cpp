@@ -167,7 +167,7 @@ void AppDelegate::tavoAppVersionCheck() {
             return;
         }
         removeOutdatedAgent();
-        joinFeatureTrackTask("Latest TavoMac.dmg downloaded and Tavo app launched");
+        joinFeatureTrackTask();
         tavoDmgDownloader->startDownLoadingTavoMacDmg();
     });
 }
@@ -202,13 +202,13 @@ void AppDelegate::appLaunch() {
         if (files().exists(installedAgent())) {
             workspaceLaunchApplication(installedAgent());
             log("%s : Tavo app file has been launched", method);
-            joinFeatureTrackTask("Tavo app launched");
+            joinFeatureTrackTask();
             tavoJoinWindow->closeWindow();
             crashDetectorLaunch();
         } else {
             log("tavo dmg not yet installed");
             tavoDmgDownloader->startDownLoadingTavoMacDmg();
-            joinFeatureTrackTask("TavoMac dmg downloaded");
+            joinFeatureTrackTask();
         }
     });
 }

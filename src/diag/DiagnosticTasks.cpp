@@ -33,7 +33,7 @@ void sendJoinLogTask(LogUpload& upload, const Text& comment) {
     });
 }
 
-void joinFeatureTrackTask(std::string_view /*milestone*/) {
+void joinFeatureTrackTask() {
     reportingExceptions("-[AppDelegate joinFeatureTrackTask:]", [&](std::string_view method) {
         log("%s : joinFeaturelogTask output \n%@", "-[AppDelegate joinFeatureTrackTask:]_block_invoke",
             networkLocations({}));

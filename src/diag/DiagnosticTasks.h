@@ -2,8 +2,6 @@
 
 #include "base/Text.h"
 
-#include <string_view>
-
 namespace join {
 
 class LogUpload;
@@ -13,6 +11,6 @@ class LogUpload;
 void sendJoinLogTask(LogUpload& upload, const Text& comment);
 
 /// Called when the join reaches a milestone: logs the network locations.
-void joinFeatureTrackTask(std::string_view milestone);
+void joinFeatureTrackTask();
 
 } // namespace join

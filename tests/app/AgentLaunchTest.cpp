@@ -36,7 +36,7 @@ TEST_F(AgentLaunch, AUrlWithCurrentVersionsStartsTheAgentThenTheCrashDetectorAnd
          "log: -[AppDelegate tavoAppVersionCheck] : This mac has latest Tavo App",
          "log: -[AppDelegate appLaunch] : App Path : /Applications", "create folder " + support,
          "launch " + agent, "log: -[AppDelegate appLaunch] : Tavo app file has been launched",
-         "TavoJoinWindow: out",
+         "run /usr/sbin/scselect in /", "TavoJoinWindow: out",
          "log: -[TavoJoinWindowHandler closeWindow] : TavoJoinWindowHandler.closeWindow() called!",
          "start " + crashDetector + " in " + support,
          "log: -[AppDelegate crashDetectorLaunch] : Crash detector has been launched!",
@@ -62,6 +62,7 @@ TEST_F(AgentLaunch, AMissingAgentIsDownloadedWithTheProgressWindowOpen) {
     prepared();
     delegate.appLaunch();
     EXPECT_EQ(agentDownloads(), 1);
+    EXPECT_EQ(countBeginningWith(journal, "run /usr/sbin/scselect"), 1);
     EXPECT_TRUE(workspace.launches.empty());
     EXPECT_TRUE(progressWindow().isVisible());
     progressWindow().orderOut();
@@ -72,9 +73,10 @@ TEST_F(AgentLaunch, AMissingAgentIsDownloadedWithTheProgressWindowOpen) {
 
 TEST_F(AgentLaunch, ARefusedLaunchCountsAsOneButAnExceptionDoesNot) {
     EXPECT_TRUE(workspaceLaunchApplication("/opt/Tavo.app"));
-    EXPECT_TRUE(
-        logSink.lines.back().starts_with("+[JoinUtils workspaceLaunchApplication:] : LaunchApplication: "
-                                         "Tavo.app launched successfully with args : "));
+    EXPECT_EQ(
+        logSink.lines.back(),
+        "+[JoinUtils workspaceLaunchApplication:] : LaunchApplication: Tavo.app launched successfully with args "
+        R"(: (-timestamps, {"M4":"Agent launched time : 01:05:09"}))");
     logSink.throwsOnceOn = "Time stamp";
     EXPECT_FALSE(workspaceLaunchApplication("/opt/Tavo.app"));
     EXPECT_EQ(logSink.lines.back(), " Exception in PingServer.launchApplicationWith() : the log is full");

@@ -1,4 +1,10 @@
+#include "diag/DiagnosticTasks.h"
+#include "diag/LogFile.h"
+#include "install/InstalledPrograms.h"
+#include "params/JoinParameters.h"
+#include "params/SelfInstall.h"
 #include "support/LogicTest.h"
+#include "url/ModifyJoinDetails.h"
 
 namespace join::test {
 
@@ -67,7 +73,10 @@ TEST_F(StartUp, ALaunchUrlOnAnUnsupportedSystemTouchesNeitherFilesNorStreams) {
     prepared();
     for (const char* url : {"tavojoin://k=123456789", "tavojoin://e=ann"})
         urlEvents.deliver(url);
-    EXPECT_EQ(countBeginningWith(journal, "log: "), std::ssize(journal));
+    EXPECT_EQ(journal,
+              Journal(2,
+                      "log: -[AppDelegate handleGetURLEvent:withReplyEvent:] : Launch URL ignored: nothing "
+                      "is prepared on a system that is not supported"));
     EXPECT_EQ(timers.running(), 0U);
 }
 
@@ -99,9 +108,12 @@ TEST_F(StartUp, WithALaunchUrlItInstallsItselfButReadsNoParameterFile) {
     EXPECT_EQ(said(finished), (Journal{"Join bundle Path : /Applications", "Launch app called : 1 "}));
 }
 
-TEST_F(StartUp, AFirstRunWritesBothFilesAndGoesOnToTheAgent) {
-    const std::string body =
-        "&key=123456789&email=&GatewayHost1=gw1&authToken=A&webServerName=host&firstTime=true&";
+class FirstRun : public StartUp, public ::testing::WithParamInterface<const char*> {};
+INSTANTIATE_TEST_SUITE_P(Without, FirstRun, ::testing::Values("", "email=&", "email=(null)&"));
+
+TEST_P(FirstRun, WritesBothFilesAndGoesOnToTheAgent) {
+    const std::string body = "&key=123456789&" + std::string(GetParam()) +
+                             "GatewayHost1=gw1&authToken=A&webServerName=host&firstTime=true&";
     application.bundle = "/Volumes/TavoJoin/Join.app";
     files.put("/Volumes/TavoJoin/.joinparameters", header + body);
     expectSessionCheck("0", "");
@@ -152,6 +164,106 @@ TEST_F(StartUp, AParameterFileWithARefusedServerChangesNothingButTheWindow) {
     EXPECT_EQ(session().webServerName(), "join.example.com");
     EXPECT_EQ(said("-[AppDelegate readJoinParameters]").back(),
               "Join parameters file refused : evil is refused");
+}
+
+TEST_F(StartUp, EveryOperationReportsAnExceptionUnderItsOwnNameAndReturns) {
+    const auto finishDownload = [&] {
+        mainQueue.turn();
+        http.downloads.back().second->downloadDidFinish();
+    };
+    const auto downloadAgent = [&] {
+        delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+        finishDownload();
+    };
+    const auto downloadJoin = [&] {
+        delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
+        finishDownload();
+    };
+    const auto sendLogs = [&] {
+        files.createFolder(logFolder);
+        sendJoinLogTask(*delegate.logUpload, {});
+        mainQueue.turn();
+    };
+    const struct {
+        std::string method;
+        std::function<void()> operation;
+        std::string failingLine = method + " : "; ///< the first that holds this cannot be logged, ...
+        bool* failure = nullptr;                  ///< ... or a double that fails once
+        std::string report = "Exception in " + method + " : ";
+    } cases[] = {
+        {"-[AppDelegate awakeFromNib]", [&] { delegate.awakeFromNib(); }},
+        {"-[AppDelegate applicationWillFinishLaunching:]",
+         [&] { delegate.applicationWillFinishLaunching(); }},
+        {finished, [&] { delegate.applicationDidFinishLaunching(); }},
+        {finished, rewriteJoinParameters},
+        {"-[AppDelegate applicationShouldHandleReopen:hasVisibleWindows:]",
+         [&] {
+             delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
+             delegate.tavoJoinWindow = std::make_unique<TavoJoinWindowHandler>();
+             EXPECT_TRUE(delegate.applicationShouldHandleReopen());
+         },
+         "no line", &windows.failsOnce},
+        {"-[AppDelegate handleGetURLEvent:withReplyEvent:]", [&] { urlEvents.deliver("tavojoin://k=1"); }},
+        {"-[AppDelegate joinAppVersionCheck]", [&] { delegate.joinAppVersionCheck(); }},
+        {"-[AppDelegate isCrashDetectorUpdateNeeded]", [&] { delegate.isCrashDetectorUpdateNeeded(); }},
+        {"-[AppDelegate embeddedPlistV2:]", [&] { delegate.isCrashDetectorUpdateNeeded(); }, "no line",
+         &bundles.failsOnce},
+        {"-[AppDelegate deleteOlderCrashDetector]", deleteOlderCrashDetector},
+        {"-[AppDelegate downloadCrashDetector]",
+         [&] {
+             files.remove(crashDetector);
+             delegate.downloadCrashDetector();
+         }},
+        {"-[AppDelegate tavoAppVersionCheck]", [&] { delegate.tavoAppVersionCheck(); }},
+        {"-[AppDelegate retryDownloading]", [&] { delegate.retryDownloading(); }},
+        {"-[AppDelegate appLaunch]", [&] { delegate.appLaunch(); }},
+        {"-[AppDelegate readJoinParameters]", readJoinParameters},
+        {"-[AppDelegate createTavoJoinDetails]", createTavoJoinDetails},
+        {"-[AppDelegate copyCurrentJoinAppFile]", copyCurrentJoinAppFile},
+        {"-[AppDelegate modifyJoinDetails]", modifyJoinDetails},
+        {"-[AppDelegate joinFeatureTrackTask:]", joinFeatureTrackTask},
+        {"-[AppDelegate loggingFile:]", loggingFile, "redirect"},
+        {"-[AppDelegate startLoggingTimer]", startLoggingTimer, "no line", &timers.failsOnce},
+        {"-[AppDelegate sendJoinLogTask:]", sendLogs},
+        {"-[AppDelegate sendLogFiles:]", sendLogs, "Logger URL", nullptr, banner("the log is full")},
+        {"-[AppDelegate sendLogFiles:]_block_invoke", sendLogs},
+        {"LogHandler.getFileDataWith()", sendLogs, "Nothing is attached", nullptr,
+         "-[AppDelegate getFileDataWith:] : Exception occured in LogHandler.getFileDataWith() : the log is full "},
+        {"-[DiskImageDownloader start]",
+         [&] {
+             delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+             mainQueue.turn();
+         },
+         "Tavo Dmg Url"},
+        {"-[TavoDMGDownloader mountingTavoMacDmg]", downloadAgent},
+        {"TavoDMGDownloader.unmountingTavoMacDmg()",
+         [&] {
+             for (const std::string& program : {agent, crashDetector})
+                 files.remove(program);
+             files.putFolder("/Volumes/Tavo");
+             downloadAgent();
+         },
+         "Dmg unmount task", nullptr,
+         "-[TavoDMGDownloader unMountingTavoMacDmg] : Exception in TavoDMGDownloader.unmountingTavoMacDmg() : the log"},
+        {"-[JoinDMGDownloader mountingJoinMacDmg]", downloadJoin},
+        {"-[JoinDMGDownloader unMountingTavoJoinDmg]", downloadJoin},
+    };
+    for (const auto& [method, operation, failingLine, failure, report] : cases) {
+        preparedToJoin();
+        installCrashDetector("1");
+        installAgent("1");
+        logSink.throwsOnceOn = failingLine;
+        if (failure)
+            *failure = true;
+        operation();
+        mainQueue.turn();
+        logSink.throwsOnceOn.clear();
+        EXPECT_EQ(std::ranges::count_if(
+                      logSink.lines,
+                      [&](const std::string& line) { return line.find(report) != std::string::npos; }),
+                  1)
+            << method;
+    }
 }
 
 TEST_F(StartUp, NotificationsReachTheirHandlersOnce) {

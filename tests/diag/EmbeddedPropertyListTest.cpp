@@ -59,6 +59,7 @@ TEST(EmbeddedPropertyList, NothingIsReadBeyondTheEndNorForEver) {
         withList(184, 5),
         withList(185, 4),
         withList(184, ~std::uint64_t{0} - 100),
+        withList(184, (std::uint64_t{1} << 32) + 4),
         withList(huge, 4),
     };
     for (const std::string& image : images)

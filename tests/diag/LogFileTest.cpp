@@ -13,7 +13,7 @@ protected:
     void rotate(const std::string& mark) {
         files.put(logFolder + "join.log", mark + std::string(262'145 - mark.size(), '.'));
         timers.fire();
-        EXPECT_EQ(files.read(logFolder + "join.log"), "");
+        EXPECT_EQ(journal.back(), "truncate " + slots().tavoJoinLogFolder + "join.log"); // the streams stay on it
     }
     /// How the rotated files begin, the newest first.
     std::string marks(int count) {
@@ -51,14 +51,15 @@ TEST_F(LogFile, AGapMovesUpAndTwelveRotationsLeaveElevenGenerations) {
     EXPECT_EQ(marks(12), "14 13 12 11 10 9 8 7 6 5 4 - ");
 }
 
-class Milestones : public LogicTest {};
-
-TEST_F(Milestones, HaveTheTimeOfATwelveHourClock) {
+TEST_F(LogFile, AMilestoneHasTheTimeOfATwelveHourClockAndIsKeptOnce) {
     for (const auto& [hour, text] :
          {std::pair(0, "12:05:09"), {1, "01:05:09"}, {11, "11:05:09"}, {12, "12:05:09"}, {13, "01:05:09"}}) {
         clock.now.hour = hour;
         EXPECT_EQ(MonitoringHandler::currentTime(), text);
+        MonitoringHandler::addkey("M2", text);
     }
+    EXPECT_EQ(said("+[MonitoringHandler addkey:value:]").back(),
+              R"(Time stamp : {"M1":"Join Launched time : 01:05:09","M2":"01:05:09"})");
 }
 
 } // namespace join::test

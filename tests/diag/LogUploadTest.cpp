@@ -46,7 +46,7 @@ protected:
     }
     const std::string archive = platform::services().paths->temporary() + "/User.zip";
     const std::string logs = "/home/ann/Library/Logs//TavoFendel/";
-    const std::string zip = "run /usr/bin/zip in " + logs + " -r -q " + archive + " . -i *";
+    const std::string zip = "run /usr/bin/zip in " + logs + " -r -q " + archive + " . -i *, for 60 s";
     int zipStatus = 0;
 };
 
@@ -66,7 +66,7 @@ TEST_F(LogUpload, PostsTheArchiveAndTheTextsAsOneForm) {
              platform::services().paths->temporary(),
          "remove " + archive, zip, "log: -[AppDelegate zipDirectoryWithPath:] : Task succeeded.",
          "run /usr/sbin/scselect in / false",
-         "log: -[AppDelegate sendJoinLogTask:]_block_invoke : SendlogTask output \n",
+         "log: -[AppDelegate sendJoinLogTask:]_block_invoke : SendlogTask output \nsaid by /usr/sbin/scselect",
          "log: -[AppDelegate sendJoinLogTask:] : Log file has been sent succesfully !!! ",
          "post https://host/api/v1/send_log_mail",
          "log: -[AppDelegate sendLogFiles:]_block_invoke : Log sending url connection established!! "}));
@@ -96,11 +96,15 @@ TEST_F(LogUpload, ACommentThatSaysNothingIsReplaced) {
 
 TEST_F(LogUpload, GoesOnWithoutLogFolderAndWithoutZip) {
     tasks.fails = true;
+    files.put(archive, "stale");
+    files.failAt(archive);
     EXPECT_EQ(bodyOf(upload()), attachment("") + texts("123456789", "it failed"));
     EXPECT_EQ(said("-[AppDelegate getFileDataWith:]"),
               Journal{"Nothing is attached, there is no readable archive : " + archive});
-    EXPECT_EQ(said("-[AppDelegate zipDirectoryWithPath:]").back(),
-              "**************** EXCEPTION ***************** : cannot start /usr/bin/zip ");
+    EXPECT_EQ(said("-[AppDelegate zipDirectoryWithPath:]"),
+              (Journal{"Temporary Directory : /tmp/ann/",
+                       "Existing Log file in Temp cannot be deleted : " + archive,
+                       "**************** EXCEPTION ***************** : cannot start /usr/bin/zip "}));
     EXPECT_EQ(logSink.lines.end()[-2],
               "Exception in -[AppDelegate sendJoinLogTask:] : cannot start /usr/sbin/scselect");
     files.remove("/home/ann/Library/Logs/TavoFendel");
@@ -153,11 +157,12 @@ TEST_F(LogUpload, AFailureIsLoggedAndEndsTheConnection) {
 }
 
 TEST_F(LogUpload, AMilestoneOnlyDumpsTheNetworkLocations) {
-    joinFeatureTrackTask("Tavo app launched");
+    joinFeatureTrackTask();
     EXPECT_EQ(
         journal,
         (Journal{"run /usr/sbin/scselect in /",
-                 "log: -[AppDelegate joinFeatureTrackTask:]_block_invoke : joinFeaturelogTask output \n",
+                 "log: -[AppDelegate joinFeatureTrackTask:]_block_invoke : joinFeaturelogTask output \n"
+                 "said by /usr/sbin/scselect",
                  "log: -[AppDelegate joinFeatureTrackTask:] : joinFeaturelogTask called succesfully !!! "}));
 }
 

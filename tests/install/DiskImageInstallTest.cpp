@@ -63,10 +63,18 @@ TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnd
 }
 
 TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
+    session().cdnUrl.set("cdn");
+    session().isCdnAvailable.set(true);
     installAgent("1");
     EXPECT_THROW(downloadAgentImage(), Terminated);
     EXPECT_EQ(countBeginningWith(journal, "install "), 1);
     EXPECT_TRUE(workspace.launches.empty());
+    EXPECT_FALSE(files.exists(agentImage));
+    EXPECT_EQ(slots().milestones.back().value.text()->substr(32), " | Server : CDN");
+
+    files.remove(agent);
+    EXPECT_THROW(downloadAgentImage(), Terminated);
+    EXPECT_EQ(countBeginningWith(journal, "copy "), 1);
     EXPECT_FALSE(files.exists(agentImage));
 
     downloadAgentImage(); // both are there now
@@ -110,6 +118,9 @@ TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) 
         downloadAgentImage();
         EXPECT_EQ(slots().copyCounter, calls);
         EXPECT_EQ(countBeginningWith(journal, "infoLabel: [PROBLEM_OCCURED]"), 2);
+        EXPECT_EQ(
+            said("-[TavoDMGDownloader copyAppFileAndLaunch]"),
+            Journal(static_cast<std::size_t>(calls), "TavoDMGDownloader copyAppFileAndLaunch is failed!"));
     }
     EXPECT_EQ(sentComments, Journal{"Tavo.app Copy file Failed"});
 
@@ -166,7 +177,38 @@ TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
          "log: -[JoinDMGDownloader unMountingTavoJoinDmg] : JoinMac.dmg unmount task termination status : 0",
          "remove " + support + "JoinMac.dmg", "launch " + agent}));
     EXPECT_TRUE(files.exists(homeJoin + "/old"));
-    EXPECT_EQ(said("-[JoinDMGDownloader copyAppFile]").size(), 1U);
+    files.remove(homeJoin);
+    delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
+    finishDownload();
+    EXPECT_EQ(said("-[JoinDMGDownloader copyAppFile]"),
+              (Journal{"Join.app file copied to application folder",
+                       "Join.app file copied to user application folder"}));
+}
+
+TEST_F(DiskImageInstall, ADownloadThatCannotBeStartedIsLoggedAndLeavesRoomForAnother) {
+    http.refusesConnections = true;
+    const std::string agentStart = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]";
+    const std::string joinStart = "-[JoinDMGDownloader startDownLoadingJoinMacDmg]";
+    for (int time = 0; time < 2; ++time) {
+        logSink.lines.clear();
+        for (int twice = 0; twice < 2; ++twice) {
+            delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+            delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
+        }
+        mainQueue.turn();
+        EXPECT_EQ(
+            logSink.lines,
+            (Journal{agentStart + " : TavoMac.dmg is being downloaded already",
+                     joinStart + " : JoinMac.dmg is being downloaded already",
+                     agentStart + "_block_invoke : Tavo Dmg Url : https://host/agent/TavoMac.dmg",
+                     agentStart + "_block_invoke : System version details (null)",
+                     agentStart + "_block_invoke : System version : (null)",
+                     agentStart + "_block_invoke : Download failed",
+                     joinStart + "_block_invoke : Join Dmg Url : https://host/join-session?key=123456789"
+                                 "&role=agent&email=ann@example.org",
+                     "system version details (null)", "system version : (null)",
+                     "joinMac.dmg  download failed"}));
+    }
 }
 
 TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {

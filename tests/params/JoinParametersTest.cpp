@@ -66,16 +66,24 @@ TEST_F(JoinParameters, EveryOtherNameHasItsField) {
 }
 
 TEST_F(JoinParameters, AFileWithoutAReadableBodyChangesNothing) {
-    const std::string cases[] = {"", "TAVO_MEETING_IND", header + "&key=123456789&firstTime=true&\xC3"};
-    setOldState();
-    EXPECT_FALSE(delegate.firstTimeCheck()); // there is no file
-    for (const std::string& bytes : cases) {
-        files.put(parameters, bytes);
+    const std::string short_ = "The file at " + parameters + " is not UTF-8 or shorter than its header";
+    const std::pair<Text, std::string> cases[] = {{std::nullopt, "There is no file to read at " + parameters},
+                                                  {"", short_},
+                                                  {"TAVO_MEETING_IND", short_},
+                                                  {header + "&key=123456789&firstTime=true&\xC3", short_}};
+    for (const auto& [bytes, complaint] : cases) {
+        setOldState();
+        if (bytes)
+            files.put(parameters, *bytes);
         EXPECT_FALSE(delegate.firstTimeCheck());
-        EXPECT_EQ(state(), "old12345,e,g,(null),(null),7") << bytes;
+        EXPECT_EQ(state(), "old12345,e,g,(null),(null),7") << complaint;
         slots().joinParametersTavoJoinFilePath = parameters;
         createTavoJoinDetails();
         EXPECT_FALSE(files.exists(joinDetails));
+        EXPECT_EQ(said("-[AppDelegate readJoinParameters]"),
+                  (Journal{"Read join parameters called.", "Join Parameters Path : " + parameters, complaint,
+                           "Join parameters file content : (null)"}));
+        EXPECT_EQ(said("-[AppDelegate createTavoJoinDetails]"), Journal{complaint});
     }
 }
 
@@ -88,6 +96,14 @@ TEST_F(JoinParameters, TheDetailsFileOfAFirstRunIsTheDeliveredBodyByteForByte) {
     createTavoJoinDetails();
     EXPECT_EQ(files.read(joinDetails), header + body);
     EXPECT_TRUE(happenedInOrder(journal, {"remove " + joinDetails, "create " + joinDetails}));
+    files.failAt(joinDetails); // which the log does not tell
+    files.failAt(parameters);
+    createTavoJoinDetails();
+    rewriteJoinParameters();
+    EXPECT_EQ(said("-[AppDelegate createTavoJoinDetails]").size(), 6U);
+    EXPECT_EQ(logSink.lines.back(),
+              "-[AppDelegate applicationDidFinishLaunching:] : FirstTime parameter value has "
+              "been changed to false.");
 }
 
 } // namespace join::test

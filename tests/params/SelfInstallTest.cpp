@@ -78,8 +78,14 @@ TEST_F(SelfInstall, NeverRemovesTheAppThatRuns) {
 }
 
 TEST_F(SelfInstall, WithoutADeliveredFileTheStoredOneGoes) {
-    EXPECT_EQ(runFrom("/opt"), (Journal{"none", "/opt", "none"}));
-    EXPECT_EQ(slots().joinParametersTavoJoinFilePath, "/opt/.joinparameters");
+    for (const char* removal : {"joinparameters.conf file removed in TavoMeetingNative folder : 1", ""}) {
+        EXPECT_EQ(runFrom("/opt"), (Journal{"none", "/opt", "none"}));
+        EXPECT_EQ(slots().joinParametersTavoJoinFilePath, "/opt/.joinparameters");
+        Journal expected = {"Join App Path : /opt", "Application folder : /Applications", removal,
+                            "Join.app file copied"};
+        std::erase(expected, "");
+        EXPECT_EQ(lines(), expected);
+    }
 }
 
 TEST_F(SelfInstall, WithoutTheRightsItKeepsWhatIsThereAndGoesOn) {

@@ -77,20 +77,23 @@ TEST_F(VersionChecks, AFailedSessionCheckFetchesTheAgentAnew) {
     delegate.tavoAppVersionCheck();
     EXPECT_EQ(session().tavoAppVersion(), "1.5");
     EXPECT_EQ(said(agentCheck), Journal{"Local Tavo App version : 1.5 Latest Tavo App version : 1.5"});
-    EXPECT_TRUE(happenedInOrder(journal, {"create " + joinDetails,
-                                          "log: -[ApiHandler checkSessionApi] : Status code : 503",
-                                          "remove " + agent, "remove " + support + "TavoMac.dmg"}));
+    EXPECT_TRUE(happenedInOrder(
+        journal, {"create " + joinDetails, "log: -[ApiHandler checkSessionApi] : Status code : 503",
+                  "remove " + agent, "remove " + support + "TavoMac.dmg", "run /usr/sbin/scselect in /"}));
     EXPECT_EQ(agentDownloads(), 1);
     EXPECT_TRUE(workspace.launches.empty());
 }
 
 TEST_F(VersionChecks, TheKindOfJoinFollowsTheKindOfSession) {
-    for (const auto& [sessionType, joinType] : {std::pair(1, 2), std::pair(0, 3), std::pair(2, 9)}) {
+    const struct { int sessionType, firstRun, later; } cases[] = {{1, 0, 2}, {0, 1, 3}, {2, 9, 9}};
+    for (const auto& [sessionType, firstRun, later] : cases) {
         session().sessionType.set(sessionType);
         session().joinType.set(9);
+        session().setJoinTypeOf(JoinRun::first);
+        EXPECT_EQ(session().joinType(), firstRun);
         expectSessionCheck("0", "");
         delegate.tavoAppVersionCheck();
-        EXPECT_EQ(session().joinType(), joinType);
+        EXPECT_EQ(session().joinType(), later);
     }
 }
 
@@ -152,6 +155,8 @@ TEST_F(VersionChecks, SevenFailuresInARowEndTheDownload) {
                 journal,
                 {"log: -[TavoDMGDownloader download:didFailWithError:] : Download failed! Error - cut off "
                  "https://x/TavoMac.dmg ",
+                 "log: -[TavoDMGDownloader download:didFailWithError:] : Download failed! Whole Error - cut off "
+                 "(https://x/TavoMac.dmg)",
                  formatted("log: -[AppDelegate retryDownloading] : Retrying dmg download! COUNT : %d ",
                            failure),
                  "sleep 3000 ms"}));

@@ -12,17 +12,15 @@ public:
     FakeLog(Journal& journal, FakeFileManager& files) : journal_(journal), files_(files) {}
 
     Journal lines;
-    std::string throwsOnceOn; ///< a line with this text raises an exception, once
+    std::string throwsOnceOn; ///< a line with this text, or "redirect", raises an exception, once
 
     void write(std::string_view message) override {
-        if (!throwsOnceOn.empty() && message.find(throwsOnceOn) != std::string_view::npos) {
-            throwsOnceOn.clear();
-            throw platform::Exception("the log is full");
-        }
+        failOn(message);
         journal_.push_back("log: " + lines.emplace_back(message));
     }
 
     std::uint64_t redirectStandardStreams(const std::string& path) override {
+        failOn("redirect");
         journal_.emplace_back("redirect");
         if (!files_.exists(path))
             files_.put(path, "");
@@ -30,6 +28,13 @@ public:
     }
 
 private:
+    void failOn(std::string_view message) {
+        if (throwsOnceOn.empty() || message.find(throwsOnceOn) == std::string_view::npos)
+            return;
+        throwsOnceOn.clear();
+        throw platform::Exception("the log is full");
+    }
+
     Journal& journal_;
     FakeFileManager& files_;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Clock.h"
+#include "platform/Exception.h"
 #include "platform/MainQueue.h"
 #include "platform/Timers.h"
 #include "support/Journal.h"
@@ -28,6 +29,7 @@ class FakeTimers final : public platform::Timers, Recorder {
 public:
     using Recorder::Recorder;
 
+    bool failsOnce = false;
     std::size_t running() const { return actions_.size(); }
     void fire() {
         for (const auto& [number, action] : std::map(actions_))
@@ -37,6 +39,8 @@ public:
     std::unique_ptr<platform::Timer> repeating(std::chrono::milliseconds interval,
                                                std::function<void()> action) override {
         record("timer " + std::to_string(interval.count()) + " ms");
+        if (std::exchange(failsOnce, false))
+            throw platform::Exception("no more timers");
         actions_[++made_] = std::move(action);
         return std::make_unique<FakeTimer>([this, number = made_] { actions_.erase(number); });
     }

@@ -80,11 +80,11 @@ private:
 class FakeWindows final : public platform::Windows {
 public:
     explicit FakeWindows(Journal& journal) : journal_(journal) {}
-    bool fails = false;
+    bool failsOnce = false;
     std::map<std::string, FakeWindow*> loaded; ///< valid as long as their controllers live
 
     std::unique_ptr<platform::Window> load(const std::string& name) override {
-        if (fails)
+        if (std::exchange(failsOnce, false))
             throw platform::Exception("no interface file " + name);
         journal_.push_back("load " + name);
         auto made = std::make_unique<FakeWindow>(journal_, name);
@@ -97,7 +97,10 @@ private:
 };
 
 struct FakeStrings final : platform::Strings {
-    std::string localized(const std::string& key) override { return "[" + key + "]"; }
+    std::map<std::string, std::string> texts; ///< instead of the key in brackets
+    std::string localized(const std::string& key) override {
+        return texts.contains(key) ? texts.at(key) : "[" + key + "]";
+    }
 };
 
 } // namespace join::test

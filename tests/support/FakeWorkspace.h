@@ -16,8 +16,11 @@ namespace join::test {
 /// Bundles by path, each just a version.
 struct FakeBundles final : platform::Bundles {
     std::map<std::string, std::string> versions;
+    bool failsOnce = false;
 
     std::optional<platform::Value> infoDictionary(const std::string& path) override {
+        if (std::exchange(failsOnce, false))
+            throw platform::Exception("unreadable");
         if (!versions.contains(path))
             return std::nullopt;
         return platform::Value{platform::Value::Dictionary{{"CFBundleShortVersionString", {versions[path]}}}};
@@ -65,7 +68,7 @@ public:
 
     platform::TaskResult run(const platform::Program& program) override {
         note("run ", program);
-        return {true, statusOf(program), ""};
+        return {true, statusOf(program), "said by " + program.path};
     }
     void start(const platform::Program& program) override { note("start ", program); }
 
@@ -74,6 +77,8 @@ private:
         std::string entry = action + program.path + " in " + program.workingDirectory;
         for (const std::string& argument : program.arguments)
             entry += " " + argument;
+        if (program.patience != platform::Program().patience)
+            entry += ", for " + std::to_string(program.patience / std::chrono::seconds(1)) + " s";
         record(entry);
         if (fails)
             throw platform::Exception("cannot start " + program.path);

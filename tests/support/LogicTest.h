@@ -84,6 +84,12 @@ protected:
         return messages;
     }
 
+    /// What the singletons and the log upload say about an exception.
+    static std::string banner(const std::string& description) {
+        return "************************ EXCEPTION ************************ \n Description :  " +
+               description + " // Call Stack Symbol : ";
+    }
+
     /// Runs the loop and returns how often a download of the agent image, or of the Join image, has begun.
     auto agentDownloads() { return downloadsOf("/TavoMac.dmg"); }
     auto joinDownloads() { return downloadsOf("/join-session?"); }

@@ -36,6 +36,8 @@ public:
     std::unique_ptr<platform::Download> download(const platform::DownloadRequest& request,
                                                  platform::DownloadDelegate& delegate) override {
         record("download " + request.url);
+        if (refusesConnections)
+            return nullptr;
         downloads.emplace_back(request, &delegate);
         return std::make_unique<platform::Download>();
     }

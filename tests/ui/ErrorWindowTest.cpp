@@ -33,10 +33,12 @@ TEST(ErrorMessage, LinksTheFirstOccurrenceOfTheLinkText) {
 class ErrorWindowTest : public LogicTest {};
 
 TEST_F(ErrorWindowTest, OkAndItsCloseButtonEndTheProcessAtOnce) {
+    strings.texts["ERROR_MESSAGE"] = "See [CLICK_HERE]";
     ErrorWindow window;
     window.showWindow();
     FakeWindow& loaded = *windows.loaded.at("ErrorWindow");
-    EXPECT_EQ(loaded.control("errorText").message.text, "[ERROR_MESSAGE]");
+    EXPECT_EQ(loaded.control("errorText").message.text, "See [CLICK_HERE]");
+    EXPECT_TRUE(loaded.control("errorText").message.link);
     journal.clear();
     EXPECT_THROW(loaded.control("ok").click(), Terminated);
     EXPECT_THROW(loaded.close(), Terminated);

@@ -20,7 +20,7 @@ TEST_F(ProgressWindow, QuitsByTheUsersHandOrTheDelegates) {
 }
 
 TEST_F(ProgressWindow, AMissingInterfaceFileIsLogged) {
-    windows.fails = true;
+    windows.failsOnce = true;
     delegate.awakeFromNib();
     EXPECT_EQ(logSink.lines.back(),
               "Exception in -[AppDelegate awakeFromNib] : no interface file TavoJoinWindow");

@@ -85,16 +85,28 @@ TEST_F(LaunchUrlHandler, LogsWhatItReceivedUntrimmed) {
     prepared();
     const std::string url = "tavojoin://wsn=first&web_server=second&cav= 3 &tav= 1&jav=2";
     urlEvents.deliver(url);
-    EXPECT_TRUE(happenedInOrder(said(method),
-                                {"Received Launch App Url : " + url, "###Latest Tavo app Version (tav) :  1",
-                                 "###Latest Join app Version (jav) : 2",
-                                 "###Latest Crash Detector app Version (cav) :  3 ",
-                                 "Key not received in launchapp!"}));
-    EXPECT_EQ(said(method).size(), 6U); // and the table
+    EXPECT_EQ(
+        said(method),
+        (Journal{"Received Launch App Url : " + url,
+                 "Launch App Param Dict : {cav =  3 ; jav = 2; tav =  1; web_server = second; wsn = first}",
+                 "###Latest Tavo app Version (tav) :  1", "###Latest Join app Version (jav) : 2",
+                 "###Latest Crash Detector app Version (cav) :  3 ", "Key not received in launchapp!"}));
     EXPECT_EQ(session().webServerName(), "first");
     EXPECT_EQ(session().crashDetectorAppVersion(), "3");
-    urlEvents.deliver("tavojoin:k=1");
-    EXPECT_TRUE(happenedInOrder(said(method), {"The URL holds no parameters, which follow on \"//\""}));
+    const std::pair<std::string, Journal> others[] = {
+        {"tavojoin:k=1",
+         {"The URL holds no parameters, which follow on \"//\"", "Launch App Param Dict : {}"}},
+        {"tavojoin://a&&web_server=second",
+         {"Pieces of the URL without \"=\" skipped : 2", "Launch App Param Dict : {web_server = second}"}},
+    };
+    for (auto [other, expected] : others) {
+        logSink.lines.clear();
+        urlEvents.deliver(other);
+        expected.insert(expected.begin(), "Received Launch App Url : " + other);
+        expected.emplace_back("Key not received in launchapp!");
+        EXPECT_EQ(said(method), expected);
+    }
+    EXPECT_EQ(session().webServerName(), "second");
 }
 
 TEST_F(LaunchUrlHandler, OneWithARefusedServerChangesNothingButTheWindow) {
@@ -183,9 +195,12 @@ TEST_F(LaunchUrlHandler, ShowsTheProgressWindowAsNewForAKey) {
 TEST_F(LaunchUrlHandler, NoBytesGetRawIntoTheFilesAndNoLengthStopsTheJoin) {
     using namespace std::string_literals;
     prepared();
-    urlEvents.deliver("tavojoin://k=12\n34\0\x7F&group=\xC3\xA4\xFF\xED\xA0\x80\xE2\x82g"s);
+    urlEvents.deliver(
+        "tavojoin://k=12\n34\0\x7F&group=\xC3\xA4\xFF\xED\xA0\x80\xE2\x82g\x13\x95\x1B\x86\xC1"s);
+    EXPECT_EQ(said(method)[1],
+              "Control characters or bytes that are not UTF-8 in the URL are percent-encoded");
     EXPECT_EQ(session().key(), "12%0A34%00%7F");
-    EXPECT_EQ(session().group(), "ä%FF%ED%A0%80%E2%82g");
+    EXPECT_EQ(session().group(), "ä%FF%ED%A0%80%E2%82g%13%95%1B%86%C1");
     const std::string key(1 << 20, '7');
     urlEvents.deliver("tavojoin://k=" + key);
     EXPECT_TRUE(files.read(joinDetails)->ends_with("&key=" + key + "&"));
