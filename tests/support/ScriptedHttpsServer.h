@@ -43,7 +43,8 @@ struct ScriptedAnswer {
 };
 
 /// An HTTPS server on loopback that answers the expected requests, each once. A request that was not
-/// expected, or that never came, fails the test. Connections are kept alive.
+/// expected, or that never came, fails the test. Connections are kept alive. It is also a proxy, at whose
+/// other end it is itself, whatever host was asked for.
 class ScriptedHttpsServer {
 public:
     explicit ScriptedHttpsServer(const std::string& names = "DNS:localhost,IP:127.0.0.1")
@@ -93,6 +94,18 @@ public:
         const std::scoped_lock lock(mutex_);
         return requests_;
     }
+    /// What a client says in clear to have a tunnel, in order. From now on the answer has that status.
+    std::vector<std::string> tunnels() const {
+        const std::scoped_lock lock(mutex_);
+        return tunnels_;
+    }
+    void answerTunnels(const std::string& status) {
+        const std::scoped_lock lock(mutex_);
+        tunnelStatus_ = status;
+    }
+    std::string proxyUrl(const std::string& user) const {
+        return "http://" + user + "@localhost:" + std::to_string(port_);
+    }
     std::size_t connectionCount() const {
         const std::scoped_lock lock(mutex_);
         return connections_.size();
@@ -123,11 +136,26 @@ private:
     void serve(int socket) {
         const Tls tls(SSL_new(context_.get()), SSL_free);
         SSL_set_fd(tls.get(), socket);
-        if (!awaitInput(socket) || SSL_accept(tls.get()) != 1)
+        if (!awaitInput(socket) || !openTunnel(socket) || SSL_accept(tls.get()) != 1)
             return;
         for (std::string request = read(tls.get()); !request.empty(); request = read(tls.get()))
             if (!answer(tls.get(), socket, take(std::move(request))))
                 return;
+    }
+
+    /// Returns whether the connection may begin: it is direct, or a tunnel that is granted.
+    bool openTunnel(int socket) {
+        constexpr std::string_view request = "CONNECT ";
+        std::string head(request.size(), '\0');
+        if (::recv(socket, head.data(), head.size(), MSG_PEEK | MSG_WAITALL) < 0 || head != request)
+            return true;
+        head.clear();
+        for (char byte = 0; !head.ends_with("\r\n\r\n") && ::recv(socket, &byte, 1, 0) == 1;)
+            head += byte;
+        const std::scoped_lock lock(mutex_);
+        tunnels_.push_back(head);
+        const std::string reply = "HTTP/1.1 " + tunnelStatus_ + " Scripted\r\nContent-Length: 0\r\n\r\n";
+        return ::write(socket, reply.data(), reply.size()) > 0 && tunnelStatus_ == "200";
     }
 
     /// The length of the request that begins so; the largest number while its header is incomplete.
@@ -215,6 +243,8 @@ private:
     mutable std::mutex mutex_;
     std::multimap<std::string, ScriptedAnswer> expected_;
     std::vector<std::string> requests_;
+    std::vector<std::string> tunnels_;
+    std::string tunnelStatus_ = "200";
     std::jthread acceptor_;
     std::vector<std::jthread> connections_;
 };

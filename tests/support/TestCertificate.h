@@ -12,8 +12,8 @@ namespace join::test {
 /// A key and its self-signed certificate, valid from yesterday to tomorrow.
 class TestCertificate {
 public:
-    /// The names it is valid for, in OpenSSL's form: "DNS:localhost,IP:127.0.0.1".
-    explicit TestCertificate(const std::string& names)
+    /// The names it is valid for, in OpenSSL's form: "DNS:localhost,IP:127.0.0.1"; and that of its owner.
+    explicit TestCertificate(const std::string& names, const std::string& owner = "test")
         : key_(EVP_EC_gen("P-256"), EVP_PKEY_free), certificate_(X509_new(), X509_free) {
         constexpr long day = 86'400; // seconds
         X509* certificate = certificate_.get();
@@ -23,8 +23,8 @@ public:
         X509_gmtime_adj(X509_getm_notAfter(certificate), day);
         X509_set_pubkey(certificate, key_.get());
         X509_NAME* name = X509_get_subject_name(certificate);
-        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("test"),
-                                   -1, -1, 0);
+        X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
+                                   reinterpret_cast<const unsigned char*>(owner.c_str()), -1, -1, 0);
         X509_set_issuer_name(certificate, name);
         X509_EXTENSION* extension =
             X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, names.c_str());

@@ -184,17 +184,22 @@ TEST(CurlDownload, AServerThatCannotBeReachedOrTrustedFailsItOnceAndLeavesNothin
     }
 }
 
-TEST(CurlDownload, AnAuthorityThatIsOnlyInTheSystemsBundleIsTrusted) {
+TEST(CurlDownload, TheSystemsAuthoritiesAreTrustedInTheirFolderAndInTheirBundleBesidesTheUsers) {
     expectInChild([] {
         World world;
-        const EnvironmentVariable unset("SSL_CERT_FILE", nullptr);
+        const std::string others =
+            writeFile(world.folder / "others.pem", TestCertificate("DNS:a", "others").pem());
+        const EnvironmentVariable file("SSL_CERT_FILE", others.c_str());
         world.expectFailure("certificate");
-        if (!leaveSharedMounts() ||
-            ::mount((world.certificates / "server.pem").c_str(), "/etc/ssl/certs/ca-certificates.crt",
-                    nullptr, MS_BIND, nullptr) != 0)
-            return; // only root may, where there is a bundle
-        world.server.expect("/", {.body = "whole"});
-        world.expectFile();
+        for (const std::string name : {"756b76dc.0", "ca-certificates.crt"}) { // the hash of "CN = test"
+            const std::string system = world.certificates / "with " + name;
+            writeFile(system + "/" + name, world.server.certificate());
+            if (!leaveSharedMounts() ||
+                ::mount(system.c_str(), "/etc/ssl/certs", nullptr, MS_BIND, nullptr) != 0)
+                return; // only root may, where there is such a folder
+            world.server.expect("/", {.body = "whole"});
+            world.expectFile();
+        }
     });
 }
 
