@@ -108,12 +108,12 @@ TEST_F(StartUp, WithALaunchUrlItInstallsItselfButReadsNoParameterFile) {
     EXPECT_EQ(said(finished), (Journal{"Join bundle Path : /Applications", "Launch app called : 1 "}));
 }
 
-class FirstRun : public StartUp, public ::testing::WithParamInterface<const char*> {};
+class FirstRun : public StartUp, public ::testing::WithParamInterface<std::string> {};
 INSTANTIATE_TEST_SUITE_P(Without, FirstRun, ::testing::Values("", "email=&", "email=(null)&"));
 
 TEST_P(FirstRun, WritesBothFilesAndGoesOnToTheAgent) {
-    const std::string body = "&key=123456789&" + std::string(GetParam()) +
-                             "GatewayHost1=gw1&authToken=A&webServerName=host&firstTime=true&";
+    const std::string body =
+        "&key=123456789&" + GetParam() + "GatewayHost1=gw1&authToken=A&webServerName=host&firstTime=true&";
     application.bundle = "/Volumes/TavoJoin/Join.app";
     files.put("/Volumes/TavoJoin/.joinparameters", header + body);
     expectSessionCheck("0", "");

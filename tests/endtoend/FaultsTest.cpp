@@ -26,6 +26,7 @@ struct Road {
     std::string name;
     const char* updateNeeded;
     std::function<Launch(const JoinWorld&)> prepare;
+    friend std::ostream& operator<<(std::ostream& out, const Road& road) { return out << road.name; }
 };
 
 Launch fromBareComputer(const JoinWorld& world) { return world.launch({world.url()}); }

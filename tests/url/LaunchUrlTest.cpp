@@ -189,6 +189,7 @@ TEST_F(LaunchUrlHandler, ShowsTheProgressWindowAsNewForAKey) {
         expected.insert(expected.end(),
                         {"TavoJoinWindow: front", "log: " + method + " : Modify join details by Launch App"});
         EXPECT_TRUE(happenedInOrder(journal, expected));
+        EXPECT_EQ(countBeginningWith(journal, "progress: "), countBeginningWith(expected, "progress: "));
     }
 }
 
