@@ -74,7 +74,7 @@ TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
 
     files.remove(agent);
     EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_EQ(countBeginningWith(journal, "copy "), 1);
+    EXPECT_EQ(countBeginningWith(journal, "install "), 1);
     EXPECT_FALSE(files.exists(agentImage));
 
     downloadAgentImage(); // both are there now
