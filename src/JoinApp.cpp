@@ -59,6 +59,9 @@ public:
     bool copy(const std::string& source, const std::string& target) override {
         return waiting_.during([&] { return LinuxFileManager::copy(source, target); });
     }
+    bool install(const std::string& source, const std::string& target) override {
+        return waiting_.during([&] { return LinuxFileManager::install(source, target); });
+    }
     bool replace(const std::string& source, const std::string& target) override {
         return waiting_.during([&] { return LinuxFileManager::replace(source, target); });
     }
