@@ -11,6 +11,8 @@ namespace {
 /// A virtual screen with a window manager.
 class Desktop {
 public:
+    Desktop() { xdotool({"get_num_desktops"}); } // which the manager tells as soon as it is there
+
     std::string display() const {
         std::string number;
         eventually([&] { return (number = contentsOf(folder_ / "display")).ends_with('\n'); });
@@ -65,7 +67,7 @@ public:
 
 private:
     TemporaryFolder folder_;
-    Child screen_{{.command = {"Xvfb", "-displayfd", "1", "-nolisten", "tcp", "-noreset"},
+    Child screen_{{.command = {"sh", "-c", "exec Xvfb -displayfd 1 -nolisten tcp -noreset 2>/dev/null"},
                    .output = folder_ / "display"}};
     Child manager_{{.command = {"openbox"}, .environment = {{"DISPLAY", display()}}}};
 };
