@@ -12,6 +12,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>يرجى التحقق من المفتاح ومن الاتصال</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>جارٍ الاتصال بجلستك…</translation></message>
     <message id="INSTALL_PROGRESS"><source></source><translation>جارٍ تجهيز جلستك. قد يستغرق ذلك بضع دقائق…</translation></message>
+    <message id="DOWNLOADED"><source></source><translation>%1 من %2 ميغابايت</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>تعذر الانضمام إلى الجلسة. يرجى التحقق من اتصالك بالإنترنت ثم فتح الرابط مرة أخرى.</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>لا يسمح مسؤول هذا الكمبيوتر بهذا الرابط. يرجى إغلاق هذه النافذة.</translation></message>
     <message id="OK"><source></source><translation>موافق</translation></message>

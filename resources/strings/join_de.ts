@@ -12,6 +12,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>Bitte Schlüssel und Verbindung prüfen</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>Die Verbindung zu Ihrer Sitzung wird hergestellt …</translation></message>
     <message id="INSTALL_PROGRESS"><source></source><translation>Die Sitzung wird eingerichtet. Das kann einige Minuten dauern …</translation></message>
+    <message id="DOWNLOADED"><source></source><translation>%1 von %2 MB</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>Sie konnten der Sitzung nicht beitreten. Bitte prüfen Sie Ihre Internetverbindung und öffnen Sie den Link dann noch einmal.</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>Der Administrator dieses Computers lässt diesen Link nicht zu. Bitte schließen Sie dieses Fenster.</translation></message>
     <message id="OK"><source></source><translation>OK</translation></message>

@@ -12,6 +12,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>Please check the key and your connection</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>Connecting you to your session…</translation></message>
     <message id="INSTALL_PROGRESS"><source></source><translation>Installing what your session needs. This can take a few minutes…</translation></message>
+    <message id="DOWNLOADED"><source></source><translation>%1 of %2 MB</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>The session could not be joined. Please check your internet connection, then open the link again.</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>The administrator of this computer does not allow this link. Please close this window.</translation></message>
     <message id="OK"><source></source><translation>OK</translation></message>

@@ -12,6 +12,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>Compruebe la clave y la conexión</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>Conectando con su sesión…</translation></message>
     <message id="INSTALL_PROGRESS"><source></source><translation>Preparando la sesión. Esto puede tardar unos minutos…</translation></message>
+    <message id="DOWNLOADED"><source></source><translation>%1 de %2 MB</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>No ha sido posible unirse a la sesión. Compruebe la conexión a Internet y vuelva a abrir el enlace.</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>El administrador de este equipo no permite este enlace. Cierre esta ventana.</translation></message>
     <message id="OK"><source></source><translation>Aceptar</translation></message>

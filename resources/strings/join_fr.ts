@@ -12,6 +12,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>Vérifiez la clé et votre connexion</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>Connexion à votre session en cours…</translation></message>
     <message id="INSTALL_PROGRESS"><source></source><translation>Préparation de votre session. Cela peut prendre quelques minutes…</translation></message>
+    <message id="DOWNLOADED"><source></source><translation>%1 sur %2 Mo</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>Impossible de rejoindre la session. Vérifiez votre connexion Internet, puis ouvrez de nouveau le lien.</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>L’administrateur de cet ordinateur n’autorise pas ce lien. Veuillez fermer cette fenêtre.</translation></message>
     <message id="OK"><source></source><translation>OK</translation></message>

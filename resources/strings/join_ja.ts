@@ -12,6 +12,7 @@
     <message id="ENTER_VALID_KEY"><source></source><translation>キーと接続を確認してください</translation></message>
     <message id="JOIN_PROGRESS"><source></source><translation>セッションに接続しています…</translation></message>
     <message id="INSTALL_PROGRESS"><source></source><translation>セッションの準備をしています。数分かかることがあります…</translation></message>
+    <message id="DOWNLOADED"><source></source><translation>%2 MB 中 %1 MB</translation></message>
     <message id="PROBLEM_OCCURED"><source></source><translation>セッションに参加できませんでした。インターネット接続を確認してから、もう一度リンクを開いてください。</translation></message>
     <message id="LINK_NOT_ALLOWED"><source></source><translation>このコンピューターの管理者は、このリンクを許可していません。このウィンドウを閉じてください。</translation></message>
     <message id="OK"><source></source><translation>OK</translation></message>

@@ -54,7 +54,7 @@ void AppDelegate::awakeFromNib() {
         tavoJoinWindow->showWindow();
         joinMainWindow = std::make_unique<TavoJoinMainWindowHandler>(*tavoJoinWindow);
         tavoDmgDownloader = std::make_unique<TavoDMGDownloader>(*tavoJoinWindow);
-        joinDmgDownloader = std::make_unique<JoinDMGDownloader>();
+        joinDmgDownloader = std::make_unique<JoinDMGDownloader>(*tavoJoinWindow);
         logUpload = std::make_unique<LogUpload>();
         registerNotificationHandlers();
     });

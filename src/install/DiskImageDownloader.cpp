@@ -9,6 +9,7 @@
 #include "platform/Services.h"
 #include "platform/Tasks.h"
 #include "session/ProcessSlots.h"
+#include "ui/TavoJoinWindowHandler.h"
 
 namespace join {
 
@@ -67,14 +68,23 @@ void DiskImageDownloader::requestImage() {
 
 void DiskImageDownloader::downloadDidBegin() { writeLog(image_.beganLine); }
 
-void DiskImageDownloader::downloadDidFail(const platform::HttpError& error) {
+void DiskImageDownloader::downloadDidReceive(std::uint64_t received, std::uint64_t announced) {
+    joinInfoWindow_.showDownload(this, received, announced);
+}
+
+void DiskImageDownloader::downloadHasEnded() {
     isBusy_ = false;
+    joinInfoWindow_.endDownload(this);
+}
+
+void DiskImageDownloader::downloadDidFail(const platform::HttpError& error) {
+    downloadHasEnded();
     log(image_.failedLine, error.description, error.failingUrl);
     downloadFailed(error);
 }
 
 void DiskImageDownloader::downloadDidFinish() {
-    isBusy_ = false;
+    downloadHasEnded();
     writeLog(image_.finishedLine);
     downloadFinished();
 }

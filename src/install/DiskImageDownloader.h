@@ -9,6 +9,8 @@
 
 namespace join {
 
+class TavoJoinWindowHandler;
+
 /// What differs between the disk images. The formats are those of log lines.
 struct DiskImage {
     std::string_view fileName;   ///< in the support folder
@@ -37,7 +39,9 @@ public:
     bool isBusy() const { return isBusy_; }
 
 protected:
-    explicit DiskImageDownloader(const DiskImage& image) : image_(image) {}
+    /// The progress window shows how far the download has got; it must outlive this object.
+    DiskImageDownloader(const DiskImage& image, TavoJoinWindowHandler& joinInfoWindow)
+        : joinInfoWindow_(joinInfoWindow), image_(image) {}
 
     /// Queues the start of the download for a later turn of the main loop. Ignores a second start while one
     /// is queued or a download is running: it would download the same image.
@@ -60,10 +64,14 @@ protected:
     /// Returns the path of something on the mounted volume.
     std::string onVolume(std::string_view name) const;
 
+    TavoJoinWindowHandler& joinInfoWindow_;
+
 private:
     void downloadDidBegin() override;
+    void downloadDidReceive(std::uint64_t received, std::uint64_t announced) override;
     void downloadDidFail(const platform::HttpError& error) override;
     void downloadDidFinish() override;
+    void downloadHasEnded();
     void start();
     void requestImage();
 

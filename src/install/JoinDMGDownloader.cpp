@@ -32,7 +32,8 @@ constexpr DiskImage joinDiskImage = {
 
 } // namespace
 
-JoinDMGDownloader::JoinDMGDownloader() : DiskImageDownloader(joinDiskImage) {}
+JoinDMGDownloader::JoinDMGDownloader(TavoJoinWindowHandler& joinInfoWindow)
+    : DiskImageDownloader(joinDiskImage, joinInfoWindow) {}
 
 void JoinDMGDownloader::startDownLoadingJoinMacDmg() { startDownloading(); }
 

@@ -7,7 +7,7 @@ namespace join {
 /// Downloads the Join app's own disk image and reinstalls the Join app. The running one continues.
 class JoinDMGDownloader final : public DiskImageDownloader {
 public:
-    JoinDMGDownloader();
+    explicit JoinDMGDownloader(TavoJoinWindowHandler& joinInfoWindow);
 
     void startDownLoadingJoinMacDmg();
 

@@ -42,7 +42,7 @@ void post(std::string_view name, const Text& object = std::nullopt) {
 } // namespace
 
 TavoDMGDownloader::TavoDMGDownloader(TavoJoinWindowHandler& joinInfoWindow)
-    : DiskImageDownloader(agentDiskImage), joinInfoWindow_(joinInfoWindow) {}
+    : DiskImageDownloader(agentDiskImage, joinInfoWindow) {}
 
 void TavoDMGDownloader::startDownLoadingTavoMacDmg() {
     joinInfoWindow_.showInstallation();

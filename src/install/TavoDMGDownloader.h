@@ -4,8 +4,6 @@
 
 namespace join {
 
-class TavoJoinWindowHandler;
-
 /// Downloads the disk image of the agent and the Crash Detector, and installs whichever of them is missing.
 class TavoDMGDownloader final : public DiskImageDownloader {
 public:
@@ -29,8 +27,6 @@ private:
     bool copyAndLaunchOnce();
     void copyCrashDetectorFile();
     void deleteImageWhenInstalled();
-
-    TavoJoinWindowHandler& joinInfoWindow_;
 };
 
 } // namespace join

@@ -46,11 +46,13 @@ struct DownloadRequest {
 };
 
 /// Receives the events of a download, on the main queue: one for its beginning, one for its end. A download
-/// that cannot begin only reports its failure.
+/// that cannot begin only reports its failure. In between it reports how many bytes have arrived, at most ten
+/// times a second, if the answer is the file and announces its length.
 class DownloadDelegate {
 public:
     virtual ~DownloadDelegate() = default;
     virtual void downloadDidBegin() = 0;
+    virtual void downloadDidReceive(std::uint64_t received, std::uint64_t announced) = 0;
     virtual void downloadDidFail(const HttpError& error) = 0;
     virtual void downloadDidFinish() = 0;
 };

@@ -68,6 +68,12 @@ public:
     virtual void setAction(std::function<void()> action) = 0;
 };
 
+/// How far something has got: from 0 to 1, and in words.
+struct ProgressValue {
+    double part = 0;
+    std::string text;
+};
+
 /// An indicator is seen only while it is animated.
 class ProgressIndicator {
 public:
@@ -75,6 +81,9 @@ public:
 
     virtual void startAnimation() = 0;
     virtual void stopAnimation() = 0;
+
+    /// Fills the indicator that far; without a value, it turns. Pointers and screen readers find the words.
+    virtual void setValue(const std::optional<ProgressValue>& value) = 0;
 };
 
 /// A window from an interface file, and its controls, the outlets, by name. It owns them all. Asking for an

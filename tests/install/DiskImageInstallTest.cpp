@@ -25,6 +25,7 @@ protected:
         files.put(request.destination, "image");
         journal.clear();
         delegate->downloadDidBegin();
+        delegate->downloadDidReceive(42'000'000, 97'000'000);
         delegate->downloadDidFinish();
     }
 
@@ -47,8 +48,8 @@ TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnd
     EXPECT_THROW(downloadAgentImage(), Terminated);
     EXPECT_TRUE(happenedInOrder(
         journal,
-        {"log: -[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted",
-         "log: -[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
+        {"log: -[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted", "progress: 0.43 [DOWNLOADED]",
+         "progress: turn", "log: -[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
          ("log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
           "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}"),
          mount, "log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 0",

@@ -36,6 +36,9 @@ struct RecordingControl final : platform::Label,
     void setAction(std::function<void()> action) override { click = std::move(action); }
     void startAnimation() override { record("start"); }
     void stopAnimation() override { record("stop"); }
+    void setValue(const std::optional<platform::ProgressValue>& value) override {
+        record(value ? std::to_string(value->part).substr(0, 4) + " " + value->text : "turn");
+    }
 };
 
 /// Has every outlet that the logic asks for.

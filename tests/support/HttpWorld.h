@@ -18,9 +18,15 @@ using News = std::vector<std::string>;
 struct RecordingDelegate final : platform::DownloadDelegate, platform::ConnectionDelegate {
     News news; ///< pieces of data are joined
     platform::HttpError error;
+    std::uint64_t lastReceived = 0;
+    std::uint64_t lastAnnounced = 0;
     std::function<void()> atResponse = [] {};
 
     void downloadDidBegin() override { news.emplace_back("begin"); }
+    void downloadDidReceive(std::uint64_t received, std::uint64_t announced) override {
+        EXPECT_GE(received, std::exchange(lastReceived, received));
+        lastAnnounced = announced;
+    }
     void downloadDidFinish() override { news.emplace_back("finish"); }
     void downloadDidFail(const platform::HttpError& given) override { connectionDidFail(given); }
     void connectionDidReceiveResponse() override {

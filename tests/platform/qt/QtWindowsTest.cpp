@@ -114,7 +114,7 @@ TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
     EXPECT_THROW(window->progressIndicator("infoLabel"), Exception);
 }
 
-TEST(SpinningIndicator, TurnsOnlyWhileItIsAnimated) {
+TEST(SpinningIndicator, TurnsOnlyWhileItIsAnimatedAndHasNoValue) {
     SpinningIndicator indicator;
     indicator.resize(36, 36);
     indicator.startAnimation();
@@ -131,6 +131,16 @@ TEST(SpinningIndicator, TurnsOnlyWhileItIsAnimated) {
     };
     indicator.stopAnimation();
     EXPECT_FALSE(turnsAt());
+    indicator.startAnimation();
+    indicator.setValue(ProgressValue{0.25, "1 of 4 MB"});
+    const QImage quarter = indicator.grab().toImage();
+    EXPECT_FALSE(turnsAt());
+    EXPECT_EQ(indicator.toolTip(), "1 of 4 MB");
+    EXPECT_EQ(indicator.accessibleDescription(), "1 of 4 MB");
+    indicator.setValue(ProgressValue{0.5, "2 of 4 MB"});
+    EXPECT_NE(indicator.grab().toImage(), quarter);
+    indicator.setValue(std::nullopt);
+    EXPECT_TRUE(turnsAt());
 }
 
 TEST(QtMainQueue, RunsWorkOfAnyThreadInItsOrderOnTheMainThread) {

@@ -11,8 +11,8 @@ namespace join::platform {
 namespace {
 
 constexpr const char* ids[]{
-    "JOIN",          "CANCEL",          "ENTER_KEY", "ENTER_EMAIL",   "ENTER_VALID_KEY",
-    "JOIN_PROGRESS", "PROBLEM_OCCURED", "OK",        "ERROR_MESSAGE", "CLICK_HERE"};
+    "JOIN",       "CANCEL",          "ENTER_KEY", "ENTER_EMAIL",   "ENTER_VALID_KEY", "JOIN_PROGRESS",
+    "DOWNLOADED", "PROBLEM_OCCURED", "OK",        "ERROR_MESSAGE", "CLICK_HERE"};
 
 /// One compiled table, without fallbacks.
 class Table {
@@ -39,6 +39,7 @@ TEST(StringsTables, ThereIsAWholeOneForEachKnownLanguageAndNoOther) {
             EXPECT_FALSE(text.trimmed().isEmpty()) << id;
             EXPECT_TRUE(text != id || text == "OK") << id; // which is its own text in many languages
         }
+        EXPECT_TRUE(table.text("DOWNLOADED").contains("%1") && table.text("DOWNLOADED").contains("%2"));
         QString message = table.text("ERROR_MESSAGE");
         EXPECT_EQ(message.count(table.text("CLICK_HERE")), 1) << "is made a link";
         EXPECT_FALSE(message.remove("%%").contains('%')) << "a percent sign stands doubled";

@@ -3,6 +3,8 @@
 #include "platform/linux/files/StagedFile.h"
 
 #include <cerrno>
+#include <chrono>
+#include <functional>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -13,6 +15,12 @@ namespace {
 
 constexpr long bufferSize = 256L << 10;
 
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds reportInterval{100};
+
+/// Told how many bytes of how many have arrived.
+using Progress = std::function<void(std::uint64_t received, std::uint64_t announced)>;
+
 std::string withReason(const std::string& text, int error) {
     return text + ": " + std::generic_category().message(error);
 }
@@ -20,7 +28,7 @@ std::string withReason(const std::string& text, int error) {
 /// Receives one body into its file.
 class Body final : CurlExchange {
 public:
-    Body(const DownloadRequest& request, CurlHandle& handle);
+    Body(const DownloadRequest& request, CurlHandle& handle, Progress progress);
 
     /// Returns why the download cannot begin, or nothing if it can.
     Failure prepare();
@@ -30,18 +38,23 @@ public:
 
 private:
     bool take(std::string_view bytes) override;
+    void tick() noexcept override;
     Failure reasonToRefuseAnswer() const;
     curl_off_t announcedLength() const;
     bool endsWithConnection() const;
 
     const DownloadRequest& request_;
+    Progress progress_;
+    Clock::time_point nextReport_;
+    std::uint64_t written_ = 0;  ///< bytes
+    std::uint64_t reported_ = 0; ///< of them
     StagedFile file_;
     bool hasBody_ = false;
 };
 
-Body::Body(const DownloadRequest& request, CurlHandle& handle)
+Body::Body(const DownloadRequest& request, CurlHandle& handle, Progress progress)
     : CurlExchange(handle, request.url, maximumDownloadSize, request.timeout), request_(request),
-      file_(request.destination) {
+      progress_(std::move(progress)), file_(request.destination) {
     set(CURLOPT_USERAGENT, withoutControls(request.userAgent).c_str());
     setStallTimeout(request.stallTimeout);
     set(CURLOPT_BUFFERSIZE, bufferSize);
@@ -73,7 +86,19 @@ bool Body::take(std::string_view bytes) {
         failure_ = reasonToRefuseAnswer();
     if (!failure_ && !file_.write(bytes))
         failure_ = withReason("The file cannot be written", errno);
+    if (!failure_)
+        written_ += bytes.size();
     return !failure_;
+}
+
+void Body::tick() noexcept {
+    const curl_off_t announced = announcedLength();
+    const auto now = Clock::now();
+    if (written_ == reported_ || announced <= 0 || now < nextReport_)
+        return;
+    nextReport_ = now + reportInterval;
+    reported_ = written_;
+    progress_(written_, static_cast<std::uint64_t>(announced));
 }
 
 Failure Body::reasonToRefuseAnswer() const {
@@ -105,7 +130,9 @@ bool Body::endsWithConnection() const {
 
 void download(const DownloadRequest& request, DownloadDelegate& delegate, CurlHandle& handle,
               const Reports& reports, const std::stop_token& stop) {
-    Body body(request, handle);
+    Body body(request, handle, [&](std::uint64_t received, std::uint64_t announced) {
+        reports.tell([&delegate, received, announced] { delegate.downloadDidReceive(received, announced); });
+    });
     Failure failure = body.prepare();
     if (!failure) {
         reports.tell([&delegate] { delegate.downloadDidBegin(); });

@@ -176,6 +176,7 @@ int CurlExchange::watch(void* exchange, curl_off_t /*total*/, curl_off_t /*now*/
     const std::uint64_t maximum = 2 * self.maximumBodySize_ + mostOverhead;
     if (self.traffic_ > maximum)
         self.failure_ = "The server has sent more than " + std::to_string(maximum) + " bytes";
+    self.tick();
     return self.failure_ ? 1 : 0;
 }
 

@@ -64,6 +64,9 @@ protected:
     /// exchange.
     virtual bool take(std::string_view bytes) = 0;
 
+    /// Called during the exchange, whenever something happens and at least once a second.
+    virtual void tick() noexcept {}
+
     /// Sends the request and waits for the end of the exchange.
     CURLcode perform(const std::stop_token& stop = {});
 

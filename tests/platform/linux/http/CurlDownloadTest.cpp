@@ -115,6 +115,7 @@ TEST(CurlDownload, PutsTheWholeBodyInPlaceOfAnOlderFileThroughARedirect) {
 
     world.expectFile();
     EXPECT_TRUE(contentsOf(world.request.destination) == body);
+    EXPECT_EQ(world.delegate.lastAnnounced, body.size());
     EXPECT_EQ(namesIn(world.folder.path()), News{"Image.dmg"});
     struct stat status {};
     EXPECT_EQ(::stat(world.request.destination.c_str(), &status), 0);
