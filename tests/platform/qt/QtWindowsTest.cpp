@@ -30,9 +30,9 @@ bool turnUntil(Condition condition) {
 
 class QtWindowsTest : public testing::Test {
 protected:
-    QWidget& widget() const {
+    static QWidget& widget(const QString& name = "TavoJoinWindow") {
         for (QWidget* candidate : QApplication::topLevelWidgets())
-            if (candidate->objectName() == "TavoJoinWindow")
+            if (candidate->objectName() == name)
                 return *candidate;
         throw std::runtime_error("no window");
     }
@@ -49,9 +49,7 @@ TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
     window->makeKeyAndOrderFront();
     EXPECT_TRUE(window->isVisible());
     EXPECT_FALSE(widget().testAttribute(Qt::WA_PendingUpdate));
-    const auto screen = [this] {
-        return QApplication::primaryScreen()->grabWindow(widget().winId()).toImage();
-    };
+    const auto screen = [] { return QApplication::primaryScreen()->grabWindow(widget().winId()).toImage(); };
     EXPECT_EQ(screen().pixelColor(2, 2), QColor(Qt::white));
     window->progressIndicator("progress").startAnimation();
     window->label("infoLabel").setStringValue("other words");
@@ -81,6 +79,18 @@ TEST_F(QtWindowsTest, AWindowIsShownInTheMiddleAndReportsItsClosing) {
     widget().close();
     EXPECT_EQ(closed, 1);
     EXPECT_FALSE(window->isVisible());
+}
+
+TEST_F(QtWindowsTest, ABusyWindowTakesNothingButCancel) {
+    const auto entry = windows.load("TavoJoinMainWindow");
+    const QWidget& shown = widget("TavoJoinMainWindow");
+    for (const bool isBusy : {true, false}) {
+        entry->setBusy(isBusy);
+        for (const char* name : {"keyInputTextfield", "emailInputTextfield", "joinButton"})
+            EXPECT_EQ(shown.findChild<QWidget*>(name)->isEnabled(), !isBusy) << name;
+        EXPECT_TRUE(shown.findChild<QWidget*>("cancelButton")->isEnabled());
+        EXPECT_EQ(shown.cursor().shape(), isBusy ? Qt::BusyCursor : Qt::ArrowCursor);
+    }
 }
 
 TEST_F(QtWindowsTest, ItsIconIsTheDesktopsInEverySize) {
