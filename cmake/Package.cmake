@@ -8,6 +8,7 @@ foreach(file IN ITEMS copyright changelog)
     install(FILES ${join_configured}/${file} DESTINATION share/doc/tavo-join)
 endforeach()
 install(FILES resources/policy.conf DESTINATION share/doc/tavo-join/examples)
+install(FILES resources/desktop/lintian-overrides DESTINATION share/lintian/overrides RENAME tavo-join)
 
 # Programs are stripped, and texts compressed as Debian's policy asks (sections 12.1 and 12.7).
 set(CPACK_STRIP_FILES ON)
