@@ -335,7 +335,7 @@ TEST_F(Mount, CannotReachWhatItDoesNotNeed) {
         EXPECT_FALSE(std::ofstream(folder_ / "outside").is_open());
         EXPECT_TRUE(std::ofstream(volume_ + "/inside").is_open());
         EXPECT_EQ(::socket(AF_INET, SOCK_STREAM, 0), -1);
-        EXPECT_NE(::execl("/bin/true", "true", nullptr), 0);
+        EXPECT_NE(::execl("/bin/false", "false", nullptr), 0); // fails the test if it starts
     }).get();
     test::withoutSystemCall(SYS_landlock_create_ruleset, ENOSYS, // as on older kernels
                             [this] { EXPECT_EQ(mount(), "/Volumes/Tavo"); });
