@@ -59,9 +59,10 @@ void JoinDMGDownloader::downloadFinished() {
 void JoinDMGDownloader::copyAppFile() {
     constexpr auto method = "-[JoinDMGDownloader copyAppFile]";
     files().createFolder(supportFolder());
-    if (files().exists(homeApplicationsFolder()) && files().install(onVolume("Join.app"), homeJoinCopy()))
+    if (files().exists(homeApplicationsFolder()) &&
+        files().installFromVolume(onVolume("Join.app"), homeJoinCopy()))
         log("%s : Join.app file copied to user application folder", method);
-    if (files().install(onVolume("Join.app"), systemJoinCopy()))
+    if (files().installFromVolume(onVolume("Join.app"), systemJoinCopy()))
         log("%s : Join.app file copied to application folder", method);
     detach();
     files().remove(imagePath());

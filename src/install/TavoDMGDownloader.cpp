@@ -112,7 +112,7 @@ bool TavoDMGDownloader::copyAndLaunchOnce() {
     constexpr auto method = "-[TavoDMGDownloader copyAppFileAndLaunch]";
     ++slots().copyCounter;
     files().createFolder(supportFolder());
-    if (files().install(onVolume("Tavo.app"), installedAgent()))
+    if (files().installFromVolume(onVolume("Tavo.app"), installedAgent()))
         log("%s : Tavo.app file copied", method);
     if (workspaceLaunchApplication(installedAgent())) {
         log("%s : App Path : %@ tavo app file launched!", method, installedAgent());
@@ -131,7 +131,7 @@ bool TavoDMGDownloader::copyAndLaunchOnce() {
 
 void TavoDMGDownloader::copyCrashDetectorFile() {
     files().createFolder(supportFolder());
-    if (files().install(onVolume("TavoCrashDetector"), installedCrashDetector()))
+    if (files().installFromVolume(onVolume("TavoCrashDetector"), installedCrashDetector()))
         log("%s : TavoCrashDetector file copied", "-[TavoDMGDownloader copyCrashDetectorFile]");
     deleteImageWhenInstalled();
 }

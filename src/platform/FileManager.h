@@ -47,6 +47,10 @@ public:
     /// Copies like copy(), and is on the disk before it has its name: a power cut leaves it whole or absent.
     virtual bool install(const std::string& source, const std::string& target) = 0;
 
+    /// Installs like install(), from the volume of a disk image that is detached afterwards: files may be shared
+    /// with it rather than copied.
+    virtual bool installFromVolume(const std::string& source, const std::string& target) = 0;
+
     /// Installs like install(), but replaces whatever exists at the target, which is kept if that fails.
     virtual bool replace(const std::string& source, const std::string& target) = 0;
 

@@ -38,6 +38,9 @@ public:
     bool install(const std::string& source, const std::string& target) override {
         return copy("install ", source, target);
     }
+    bool installFromVolume(const std::string& source, const std::string& target) override {
+        return copy("install ", source, target);
+    }
     bool copy(const std::string& way, const std::string& source, const std::string& target) {
         const std::string from = plain(source);
         const std::string to = plain(target);

@@ -53,6 +53,13 @@ bool writeAll(int descriptor, std::string_view bytes) {
     return true;
 }
 
+void startFlush(int descriptor, std::size_t written) {
+    constexpr off_t part = off_t{8} << 20;
+    const off_t end = ::lseek(descriptor, 0, SEEK_CUR);
+    if (end / part != (end - static_cast<off_t>(written)) / part)
+        ::sync_file_range(descriptor, 0, 0, SYNC_FILE_RANGE_WRITE);
+}
+
 bool hasFlushed(int returned) {
     return returned == 0 || errno == EINVAL || errno == EOPNOTSUPP || errno == ENOSYS;
 }

@@ -51,6 +51,10 @@ std::optional<std::string> readFile(const std::string& path, std::size_t maximum
 /// Writes all bytes. Returns false on an error, with some perhaps written.
 bool writeAll(int descriptor, std::string_view bytes);
 
+/// To be called after so many bytes were written to a file that is to stay: the system begins to write it to the
+/// disk each time that some megabytes are complete, so that a later flush has less to wait for.
+void startFlush(int descriptor, std::size_t written);
+
 /// Returns whether a call like fsync(2), which has returned that, has reached the disk, or the file system knows
 /// no such call.
 bool hasFlushed(int returned);

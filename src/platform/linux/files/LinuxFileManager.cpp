@@ -79,6 +79,10 @@ bool LinuxFileManager::install(const std::string& source, const std::string& tar
     return copyTo(source, target, Way::install);
 }
 
+bool LinuxFileManager::installFromVolume(const std::string& source, const std::string& target) {
+    return copyTo(source, target, Way::installFromVolume);
+}
+
 bool LinuxFileManager::replace(const std::string& source, const std::string& target) {
     return copyTo(source, target, Way::replace);
 }
@@ -99,8 +103,10 @@ bool LinuxFileManager::copyTo(const std::string& source, const std::string& targ
     };
     // One call for all files: one for each takes a hundred times as long.
     const bool isFlushed = way == Way::copy || !folder;
-    if (copyTree(from, staged.path()) && (isFlushed || hasFlushed(::syncfs(folder.get()))) && commit() &&
-        (isFlushed || hasFlushed(::fsync(folder.get()))))
+    const bool mayLink = way == Way::installFromVolume &&
+                         withoutLinks(from).starts_with(withoutLinks(root_.toReal("/Volumes")) + "/");
+    if (copyTree(from, staged.path(), mayLink) && (isFlushed || hasFlushed(::syncfs(folder.get()))) &&
+        commit() && (isFlushed || hasFlushed(::fsync(folder.get()))))
         return true;
     if (log_ && errno != EEXIST)
         log_->write(source + " could not be copied to " + target + " : " + std::strerror(errno));

@@ -23,6 +23,7 @@ public:
     /// Flush the whole file system of the target: that is much faster than flushing many files. What a file
     /// system cannot do is not asked of it.
     bool install(const std::string& source, const std::string& target) override;
+    bool installFromVolume(const std::string& source, const std::string& target) override;
     bool replace(const std::string& source, const std::string& target) override;
 
     /// What cannot be removed from a folder stays beside it, hidden.
@@ -39,7 +40,7 @@ public:
     std::unique_ptr<ReadableFile> open(const std::string& path) override;
 
 private:
-    enum class Way { copy, install, replace };
+    enum class Way { copy, install, installFromVolume, replace };
     bool copyTo(const std::string& source, const std::string& target, Way way);
     std::string realPath(const std::string& path) const;
 

@@ -26,7 +26,12 @@ bool StagedFile::open() {
     return static_cast<bool>(file_);
 }
 
-bool StagedFile::write(std::string_view bytes) { return writeAll(file_.get(), bytes); }
+bool StagedFile::write(std::string_view bytes) {
+    if (!writeAll(file_.get(), bytes))
+        return false;
+    startFlush(file_.get(), bytes.size());
+    return true;
+}
 
 bool StagedFile::flush() { return hasFlushed(::fdatasync(file_.get())); }
 

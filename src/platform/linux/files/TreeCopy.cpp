@@ -18,6 +18,9 @@ namespace {
 /// Two descriptors are open for each level on the way down.
 constexpr int maximumDepth = 128;
 
+/// What no copy may have in its mode.
+constexpr mode_t forbidden = S_ISUID | S_ISGID | S_ISVTX | S_IWGRP | S_IWOTH;
+
 /// Reports an error that no system call has set.
 bool failed(int error) {
     errno = error;
@@ -36,19 +39,17 @@ Times timesOf(const struct stat& status) { return {status.st_atim, status.st_mti
 
 /// Sets permissions first: that does not change the times.
 bool setAttributes(int descriptor, const struct stat& status) {
-    constexpr mode_t permissions = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
-    return ::fchmod(descriptor, status.st_mode & permissions) == 0 &&
+    return ::fchmod(descriptor, status.st_mode & ALLPERMS & ~forbidden) == 0 &&
            ::futimens(descriptor, timesOf(status).data()) == 0;
 }
 
 /// The kernel shares blocks or copies by itself if the file system supports it; the rest is copied through a
-/// buffer. What is large begins to be written to the disk at once, so that a later flush is short.
+/// buffer.
 bool copyBytes(int source, int target) {
-    constexpr ssize_t portion = ssize_t{8} << 20;
+    constexpr std::size_t portion = std::size_t{8} << 20;
     ssize_t count = 0;
     while ((count = ::copy_file_range(source, nullptr, target, nullptr, portion, 0)) > 0)
-        if (count == portion)
-            ::sync_file_range(target, 0, 0, SYNC_FILE_RANGE_WRITE);
+        startFlush(target, static_cast<std::size_t>(count));
     std::array<char, 65536> buffer{};
     while ((count = readSome(source, buffer.data(), buffer.size())) > 0) {
         if (!writeAll(target, {buffer.data(), static_cast<std::size_t>(count)}))
@@ -73,9 +74,9 @@ bool copyLink(Place from, Place to) {
            ::utimensat(to.folder, to.name, timesOf(status).data(), AT_SYMLINK_NOFOLLOW) == 0;
 }
 
-bool copyEntry(Place from, Place to, int depth);
+bool copyEntry(Place from, Place to, int depth, bool mayLink);
 
-bool copyFolder(int source, const struct stat& status, Place to, int depth) {
+bool copyFolder(int source, const struct stat& status, Place to, int depth, bool mayLink) {
     if (depth == maximumDepth)
         return failed(ENAMETOOLONG);
     if (::mkdirat(to.folder, to.name, S_IRWXU) != 0)
@@ -85,13 +86,20 @@ bool copyFolder(int source, const struct stat& status, Place to, int depth) {
     if (!target || !names)
         return false;
     for (const std::string& name : *names)
-        if (!copyEntry({source, name.c_str()}, {target.get(), name.c_str()}, depth + 1))
+        if (!copyEntry({source, name.c_str()}, {target.get(), name.c_str()}, depth + 1, mayLink))
             return false;
     // Only now: the mode may forbid what was just done, and every entry has changed the times.
     return setAttributes(target.get(), status);
 }
 
-bool copyEntry(Place from, Place to, int depth) {
+/// Gives a file a second name if nobody else can change it through the first one.
+bool linkFile(int source, const struct stat& status, Place to) {
+    const std::string opened = "/proc/self/fd/" + std::to_string(source);
+    return status.st_nlink == 1 && status.st_uid == ::geteuid() && (status.st_mode & forbidden) == 0 &&
+           ::linkat(AT_FDCWD, opened.c_str(), to.folder, to.name, AT_SYMLINK_FOLLOW) == 0;
+}
+
+bool copyEntry(Place from, Place to, int depth, bool mayLink) {
     const Descriptor source = openForReading(from.folder, from.name, O_NOFOLLOW);
     if (!source)
         return errno == ELOOP && copyLink(from, to);
@@ -99,16 +107,18 @@ bool copyEntry(Place from, Place to, int depth) {
     if (::fstat(source.get(), &status) != 0)
         return false;
     if (S_ISDIR(status.st_mode))
-        return copyFolder(source.get(), status, to, depth);
-    return S_ISREG(status.st_mode) ? copyFile(source.get(), status, to) : failed(EINVAL);
+        return copyFolder(source.get(), status, to, depth, mayLink);
+    if (!S_ISREG(status.st_mode))
+        return failed(EINVAL);
+    return (mayLink && linkFile(source.get(), status, to)) || copyFile(source.get(), status, to);
 }
 
 } // namespace
 
-bool copyTree(const std::string& source, const std::string& target) {
+bool copyTree(const std::string& source, const std::string& target, bool mayLink) {
     if (isFolder(source) && withoutLinks(target).starts_with(withoutLinks(source) + "/"))
         return failed(EINVAL); // it would never end
-    return copyEntry({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, 0);
+    return copyEntry({AT_FDCWD, source.c_str()}, {AT_FDCWD, target.c_str()}, 0, mayLink);
 }
 
 } // namespace join::platform

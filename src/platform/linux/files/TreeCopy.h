@@ -9,6 +9,7 @@ namespace join::platform {
 /// and never followed. Files share their blocks with the originals if the file system can. Returns false for
 /// devices, pipes and sockets, for a tree deeper than some 130 folders, for a copy into the source itself,
 /// and on any other error, with the reason in errno; what was created by then stays.
-bool copyTree(const std::string& source, const std::string& target);
+/// Files of the user that have no second name are given one, rather than copied, if the caller allows that.
+bool copyTree(const std::string& source, const std::string& target, bool mayLink = false);
 
 } // namespace join::platform

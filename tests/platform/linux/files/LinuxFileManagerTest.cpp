@@ -167,6 +167,26 @@ TEST_F(FileManagerOfLinux, ACopyFailsWhenAnythingStandsAtTheTarget) {
     EXPECT_EQ(entries(), 3);
 }
 
+TEST_F(FileManagerOfLinux, WhatIsInstalledFromAVolumeIsSharedWithItIfOnlyWeCanChangeIt) {
+    const std::string volume = folder_ / "root/Volumes/V";
+    const std::string own = writeFile(volume + "/A.app/own", "x");
+    const std::string open = writeFile(volume + "/A.app/open", "x");
+    ASSERT_EQ(::chmod(open.c_str(), 0666), 0);
+    const std::string outside = writeFile(folder_ / "outside/own", "x");
+    fs::create_directory_symlink(folder_ / "outside", folder_ / "root/Volumes/link");
+    EXPECT_TRUE(files_.install("/Volumes/V/A.app", user_ + "/installed"));
+    EXPECT_TRUE(files_.installFromVolume("/Volumes/V/A.app", user_ + "/shared"));
+    EXPECT_TRUE(files_.installFromVolume("/Volumes/V/A.app", user_ + "/second")); // never with two
+    EXPECT_TRUE(files_.installFromVolume("/Volumes/link/own", user_ + "/linked"));
+    EXPECT_TRUE(fs::equivalent(own, user_ + "/shared/own"));
+    EXPECT_EQ(fs::hard_link_count(own), 2U);
+    EXPECT_EQ(fs::hard_link_count(open), 1U);
+    EXPECT_EQ(fs::hard_link_count(outside), 1U);
+    EXPECT_TRUE(files_.remove("/Volumes/V"));
+    for (const char* file : {"/installed/own", "/shared/own", "/shared/open", "/second/own", "/linked"})
+        EXPECT_EQ(contentsOf(user_ + file), "x") << file;
+}
+
 TEST_F(FileManagerOfLinux, AReplacementTakesThePlaceOfAnything) {
     const std::string outside = writeFile(folder_ / "outside/file", "x");
     constexpr unsigned none = ~0U;

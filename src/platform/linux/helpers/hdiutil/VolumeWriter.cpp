@@ -67,7 +67,12 @@ private:
     void writeFile(const PlannedEntry& entry) {
         constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
         Descriptor file(::openat(top_.get(), placeOf(entry), flags, S_IRUSR | S_IWUSR));
-        const auto append = [&](std::string_view bytes) { return writeAll(file.get(), bytes); };
+        const auto append = [&](std::string_view bytes) {
+            if (!writeAll(file.get(), bytes))
+                return false;
+            startFlush(file.get(), bytes.size());
+            return true;
+        };
         if (!file || !readBytes(entry.size, append) || ::fchmod(file.get(), entry.mode) != 0 ||
             ::futimens(file.get(), timesOf(entry).data()) != 0 || !file.close())
             raise(entry.path);
