@@ -17,17 +17,10 @@ namespace fs = std::filesystem;
 
 const fs::path sources = JOIN_SOURCE_DIR;
 
-/// The headers of C++20, each between two blanks.
-const std::string standardHeaders =
-    " algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv "
-    "chrono cinttypes climits clocale cmath compare complex concepts condition_variable coroutine "
-    "csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype "
-    "deque exception execution filesystem format forward_list fstream functional future "
-    "initializer_list iomanip ios iosfwd iostream istream iterator latch limits list locale map "
-    "memory memory_resource mutex new numbers numeric optional ostream queue random ranges ratio "
-    "regex scoped_allocator semaphore set shared_mutex source_location span sstream stack stdexcept "
-    "stop_token streambuf string string_view syncstream system_error thread tuple type_traits "
-    "typeindex typeinfo unordered_map unordered_set utility valarray variant vector version ";
+/// Whether it is a header of C++: those of libraries and of the system have endings or capitals.
+bool isStandard(const std::string& name) {
+    return name.find_first_not_of("abcdefghijklmnopqrstuvwxyz_") == std::string::npos;
+}
 
 /// What each folder, with those in it, may include beside itself; from the ground up.
 struct Folder {
@@ -70,7 +63,7 @@ bool isOurs(const std::string& name) {
 /// Whether files of this folder may include it; the kind is '<' or '"'.
 bool isAllowed(const Folder& folder, char kind, const std::string& name) {
     if (kind == '<')
-        return folder.seesLibraries || standardHeaders.find(" " + name + " ") != std::string::npos;
+        return folder.seesLibraries || isStandard(name);
     if (!isOurs(name) && !folder.seesLibraries)
         return false;
     if (name.find('/') == std::string::npos && !isOurs(name)) // a form, which the toolkit makes

@@ -26,8 +26,9 @@ JoinSessionDetails* JoinSessionDetails::getInstance() {
         const std::scoped_lock lock(creationLock);
         auto& joinInfo = slots().joinInfo;
         if (!joinInfo) {
-            joinInfo = std::make_unique<JoinSessionDetails>();
+            auto created = std::make_unique<JoinSessionDetails>();
             log("%s : Update Info Object Allocated", method);
+            joinInfo = std::move(created);
         }
         return joinInfo.get();
     } catch (const std::exception& exception) {

@@ -13,21 +13,12 @@ Launch tool(const JoinWorld& world, std::vector<std::string> command) {
     return launch;
 }
 
-std::string outputOf(const JoinWorld& world, std::vector<std::string> command) {
-    const Launch launch = tool(world, std::move(command));
-    EXPECT_EQ(statusOf(launch), 0);
-    return contentsOf(launch.output);
-}
-
-std::string entryPath(const JoinWorld& world) {
-    return world.home() + "/.local/share/applications/com.tavo.join.desktop";
-}
-
 /// Registered, with the copy that stays where it is.
 bool isRegistered(const JoinWorld& world) {
+    const std::string entry = world.home() + "/.local/share/applications/com.tavo.join.desktop";
     const std::string installed = world.systemRoot() + "/Applications/Join.app/Contents/MacOS/Join";
     return eventually([&] {
-        return count(contentsOf(entryPath(world)), "\nExec=" + installed + " %u\n") > 0 &&
+        return count(contentsOf(entry), "\nExec=" + installed + " %u\n") > 0 &&
                count(contentsOf(world.home() + "/.config/mimeapps.list"), "tavojoin=com.tavo.join.desktop") >
                    0;
     });
@@ -55,35 +46,6 @@ TEST(Desktop, CarriesHostileLinksToTheRunningJoinAsTheyAre) {
     }
     EXPECT_FALSE(fs::exists(trap));
     EXPECT_TRUE(isAlive(join.process()));
-}
-
-TEST(Desktop, OpensItsLinksWithTheInstalledJoinAndIsToldAgainWhenItsEntryLeadsNowhere) {
-    const JoinWorld world;
-    {
-        const Child join(world.launch({}));
-        ASSERT_TRUE(isRegistered(world)) << world.log();
-        EXPECT_EQ(outputOf(world, {"xdg-mime", "query", "default", "x-scheme-handler/tavojoin"}),
-                  "com.tavo.join.desktop\n");
-        EXPECT_EQ(outputOf(world, {"desktop-file-validate", entryPath(world)}), "");
-    }
-    world.endAll();
-    const auto written = fs::last_write_time(entryPath(world));
-    const auto list = fs::last_write_time(world.home() + "/.config/mimeapps.list");
-    const auto startAgain = [&] {
-        fs::remove(world.logFolder() + "/join.log");
-        const Child join(world.launch({}));
-        ASSERT_TRUE(world.logs("Launch app called : 0"));
-        ASSERT_EQ(statusOf(world.launch({"tavojoin://"})), 0);
-        ASSERT_TRUE(world.logs("Received Launch App Url"));
-    };
-    startAgain();
-    EXPECT_EQ(fs::last_write_time(entryPath(world)), written);
-    EXPECT_EQ(fs::last_write_time(world.home() + "/.config/mimeapps.list"), list);
-
-    const std::string entry = contentsOf(entryPath(world));
-    writeFile(entryPath(world), "[Desktop Entry]\nType=Application\nName=Join\nExec=/gone/Join %u\n");
-    startAgain();
-    EXPECT_EQ(contentsOf(entryPath(world)), entry);
 }
 
 TEST(Desktop, StartsOneThatJoinsWhereNoneRuns) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
-#include <fstream>
 #include <sys/stat.h>
 
 namespace join::test {
@@ -37,35 +35,6 @@ TEST(Join, StartsTheInstalledAgentFromALaunchUrlAndQuits) {
                   "&isDemoMode=false&isDemoTech=false&group=null&email=ann@example.org&key=123456789&");
     EXPECT_TRUE(world.logHolds("-[TavoJoinWindowHandler close] : Agent invoked successfully"));
     EXPECT_TRUE(world.log().ends_with(std::string(133, '-') + "\n\n"));
-}
-
-TEST(Join, LogsSpoiltAnswersAndStaysUpWithTheAgentToBeFetched) {
-    const struct {
-        std::vector<std::string> serviceOptions;
-        const char* logged;
-    } cases[] = {
-        {{"--status", "404"}, "and status code : 404"},
-        {{"--broken", "html"}, "The answer is not a JSON document"},
-        {{"--broken", "garbage"}, "The answer is not a JSON document"},
-        {{"--broken", "deep"}, "The answer is not a JSON document"},
-        {{"--broken", "types"}, "************************ EXCEPTION"},
-        {{"--broken", "reset"}, "Check Update failed"},
-        {{"--broken", "cut"}, "Check Update failed"},
-        {{"--broken", "huge"}, "Check Update failed"}, // a hundred megabytes
-        {{"--broken", "endless"}, "Check Update failed"},
-    };
-    for (const auto& [serviceOptions, logged] : cases) {
-        SCOPED_TRACE(serviceOptions.back());
-        const JoinWorld world(serviceOptions);
-        world.installPrograms();
-        const Child join(world.launch({world.url()}));
-        ASSERT_TRUE(world.logs("Launch app called : 1"));
-        EXPECT_TRUE(world.logHolds(logged)) << world.log();
-        EXPECT_TRUE(world.logHolds(sessionValidated));
-        EXPECT_FALSE(fs::exists(world.support("Tavo.app")));
-        EXPECT_EQ(world.agentStarts(), "");
-        EXPECT_TRUE(isAlive(join.process()));
-    }
 }
 
 TEST(Join, TrustsNoServiceWithAnUnknownCertificate) {
@@ -120,58 +89,6 @@ TEST(Join, SaysSoWithoutADisplay) {
         EXPECT_EQ(said.find('\n'), said.size() - 1) << said;
     }
     EXPECT_FALSE(fs::exists(world.home() + "/Library"));
-}
-
-TEST(Join, TakesHostileLaunchUrlsAsTheCharactersTheyAre) {
-    const std::vector<std::pair<std::string, std::string>> urls = {
-        {"tavojoin:k=123456789", "Key not received in launchapp!"},
-        {"tavojoin://", "Key not received in launchapp!"},
-        {"tavojoin://e=a&&novalue&", "Pieces of the URL without \"=\" skipped : 3"},
-        {"tavojoin://e=a\n2026-01-01 forged\x1b[2J\xff", "e = a%0A2026-01-01 forged%1B[2J%FF}"},
-        {"tavojoin://e=" + std::string(100'000, 'x'), "Key not received in launchapp!"},
-        {"tavojoin://k=12345678 9&wsn=localhost:1", "Check Update failed"},
-        {"tavojoin://k=123456789&wsn=someone@localhost:1", "Check Update failed"},
-    };
-    for (const auto& [url, logged] : urls) {
-        const JoinWorld world;
-        world.installPrograms();
-        const Child join(world.launch({url}));
-        EXPECT_TRUE(eventually([&] { return world.logHolds("Launch app called : 1"); })) << url;
-        EXPECT_TRUE(world.logHolds(logged)) << world.log();
-        EXPECT_TRUE(isAlive(join.process()));
-    }
-}
-
-TEST(Join, GoesOnWhereItsSupportFolderCannotBeMade) {
-    const JoinWorld world;
-    writeFile(world.home() + "/Library/Application Support", "not a folder");
-    const Child join(world.launch({world.url()}));
-    EXPECT_TRUE(world.logs("Launch app called : 1"));
-    EXPECT_TRUE(world.logHolds("Unable to create tavojoindetails.conf file"));
-    EXPECT_TRUE(isAlive(join.process()));
-}
-
-TEST(Join, KeepsItsStreamsWhileTheLogFolderIsAwayAndLogsAgainWhenItIsBack) {
-    const JoinWorld world;
-    const Child join(world.launch({}));
-    ASSERT_TRUE(world.logs("Launch app called : 0"));
-    const auto stream = [&](int number) {
-        std::error_code error;
-        return fs::read_symlink("/proc/" + std::to_string(join.process()) + "/fd/" + std::to_string(number),
-                                error)
-            .string();
-    };
-    fs::rename(world.logFolder(), world.logFolder() + ".away");
-    writeFile(world.logFolder(), "a file where the folder was");
-    for (int number : {0, 1, 2})
-        EXPECT_NE(stream(number), "") << number;
-    EXPECT_TRUE(isAlive(join.process()));
-
-    fs::remove(world.logFolder());
-    fs::create_directories(world.logFolder());
-    EXPECT_TRUE(eventually([&] { return fs::exists(world.logFolder() + "/join.log"); }));
-    for (int number : {0, 1, 2})
-        EXPECT_TRUE(eventually([&] { return stream(number) == world.logFolder() + "/join.log"; })) << number;
 }
 
 TEST(Join, StartsInABareHomeWithClosedStandardStreams) {

@@ -82,6 +82,7 @@ TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
     EXPECT_EQ(countBeginningWith(journal, "install "), 0);
     EXPECT_EQ(countBeginningWith(journal, detach), 0);
     EXPECT_EQ(session().retryCounter(), 0);
+    EXPECT_FALSE(delegate.applicationShouldHandleReopen()); // no download is under way
 }
 
 TEST_F(DiskImageInstall, AVolumeThatAnEarlierRunLeftBehindIsTakenAwayFirst) {
@@ -217,9 +218,9 @@ TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {
         delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
         mainQueue.turn();
         http.downloads.back().second->downloadDidFail({"refused", "https://host/"});
+        EXPECT_EQ(sentComments, Journal{"Join App faild to download JoinMac.dmg"});
     }
     EXPECT_EQ(joinDownloads(), 2);
-    EXPECT_EQ(sentComments, Journal{"Join App faild to download JoinMac.dmg"});
     EXPECT_EQ(said("-[JoinDMGDownloader download:didFailWithError:]"),
               Journal(2, "JoinMac.dmg Download failed! Error - refused https://host/ "));
     EXPECT_TRUE(progressWindow().isVisible());

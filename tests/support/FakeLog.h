@@ -4,6 +4,8 @@
 #include "platform/Log.h"
 #include "support/FakeFileManager.h"
 
+#include <functional>
+
 namespace join::test {
 
 /// Keeps the lines. The streams point at a file of the fake file manager, into which nothing is written.
@@ -13,9 +15,11 @@ public:
 
     Journal lines;
     std::string throwsOnceOn; ///< a line with this text, or "redirect", raises an exception, once
+    std::function<void()> atWrite = [] {};
 
     void write(std::string_view message) override {
         failOn(message);
+        atWrite();
         journal_.push_back("log: " + lines.emplace_back(message));
     }
 

@@ -185,22 +185,4 @@ TEST_F(EntryWindowOfTheDelegate, AsksForAValidKeyAtItsFirstShowingAfterAUrlWitho
         journal, {"keyInputTextfield: prompt [ENTER_KEY]", noValidKey, "TavoJoinMainWindow: front"}));
 }
 
-TEST_F(EntryWindowOfTheDelegate, ATypedKeyReachesTheDetailsFileAndTheAgentsDownload) {
-    prepared();
-    delegate.applicationDidFinishLaunching();
-    session().webServerName.set("host");
-    session().sessionType.set(SessionType::remoteSupport);
-    FakeWindow& window = *windows.loaded.at("TavoJoinMainWindow");
-    window.control("keyInputTextfield").typed = "1234567890";
-    window.control("emailInputTextfield").typed = "ann@example.org";
-    http.expect(question("1234567890", "Fendel"), {200, "<is-valid>true", {}});
-    window.control("joinButton").click();
-    const std::string details = files.read(joinDetails).value_or("");
-    EXPECT_NE(details.find("&key=1234567890&email=ann@example.org&"), std::string::npos) << details;
-    EXPECT_EQ(agentDownloads(), 1);
-    EXPECT_FALSE(window.isVisible());
-    EXPECT_TRUE(progressWindow().isVisible());
-    EXPECT_EQ(session().sessionType(), SessionType::remoteSupport);
-}
-
 } // namespace join::test

@@ -4,6 +4,7 @@
 #include "platform/linux/system/LogText.h"
 #include "platform/linux/system/StandardStreams.h"
 #include "platform/linux/system/SystemClock.h"
+#include "support/Child.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
@@ -59,7 +60,8 @@ bool leadsTo(int stream, const std::string& path) {
 
 bool allLeadTo(const std::string& path) { return leadsTo(0, path) && leadsTo(1, path) && leadsTo(2, path); }
 
-TEST(SystemClock, FollowsAChangeOfTheTimeZone) {
+TEST(SystemClock, CountsAThousandMillisecondsAndFollowsAChangeOfTheTimeZone) {
+    EXPECT_TRUE(test::eventually([] { return SystemClock().localTime().millisecond > 99; }));
     const test::EnvironmentVariable east("TZ", "<EAST>-6");
     const int hour = SystemClock().localTime().hour;
     const test::EnvironmentVariable west("TZ", "<WEST>6");
@@ -121,8 +123,12 @@ TEST(StderrLog, TheStreamsFollowTheFileOfThatName) {
         REQUIRE_IN_CHILD(size > 5 && log.redirectStandardStreams(path) == size);
 
         REQUIRE_IN_CHILD(::truncate(path.c_str(), 0) == 0);
-        log.write("emptied");
-        REQUIRE_IN_CHILD(contentsOf(path).starts_with(stamp));
+        std::string writer;
+        std::jthread([&] {
+            writer = "[" + std::to_string(::getpid()) + ":" + std::to_string(::gettid()) + "] ";
+            log.write("emptied\x1B");
+        }).join();
+        REQUIRE_IN_CHILD(contentsOf(path) == stamp + writer + "emptied\\x1B\n");
 
         std::filesystem::rename(path, folder / "rotated");
         REQUIRE_IN_CHILD(log.redirectStandardStreams(path) == 0 && allLeadTo(path));
