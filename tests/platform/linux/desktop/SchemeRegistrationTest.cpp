@@ -1,18 +1,18 @@
 #include "platform/linux/desktop/SchemeRegistration.h"
 
-#include "platform/Exception.h"
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/helpers/register-scheme/DesktopEntry.h"
 #include "support/Child.h"
 #include "support/Environment.h"
+#include "support/FakeWorkspace.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace join::test {
 
@@ -24,22 +24,18 @@ const std::string type = "x-scheme-handler/tavojoin";
 const std::string entryId = "com.tavo.join.desktop";
 
 bool has(const std::string& text, const std::string& line) {
-    return text.find("\n" + line + "\n") != std::string::npos;
+    return ("\n" + text).find("\n" + line + "\n") != std::string::npos;
 }
 
 TEST(DesktopEntry, EscapesPathsForItsReaders) {
-    struct Case {
-        std::string path, exec, string;
-    };
-    const std::vector<Case> cases{
+    const std::array<std::string, 3> cases[] = {
         {"/höme/日本-_.:,+@[]{}!^", "/höme/日本-_.:,+@[]{}!^", "/höme/日本-_.:,+@[]{}!^"},
         {"/a b", R"("/a b")", "/a b"},
         {"/100%/%u", "/usr/bin/env /100%%/%%u", "/100%/%u"},
         {"/it's 5% (a&b;c)", R"-(/usr/bin/env "/it's 5%% (a&b;c)")-", "/it's 5% (a&b;c)"},
         {R"(/a\b)", R"("/a\\\\b")", R"(/a\\b)"},
         {R"(/"$HOME"`x`)", R"("/\\"\\$HOME\\"\\`x\\`")", R"(/"$HOME"`x`)"},
-        {"/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@"},
-    };
+        {"/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@"}};
     const TemporaryFolder folder;
     for (const auto& [path, exec, string] : cases) {
         const std::string text = desktopEntryText(path, path + ".svg").value_or("");
@@ -57,49 +53,45 @@ TEST(DesktopEntry, EscapesPathsForItsReaders) {
 
 class SchemeRegistrationTest : public testing::Test {
 protected:
-    struct StartedHelpers final : Tasks {
-        std::vector<Lines> arguments;
-        bool fails = false;
-        TaskResult run(const Program& /*program*/) override { return {}; }
-        void start(const Program& program) override {
-            EXPECT_EQ(program.path, "register-scheme");
-            arguments.push_back(program.arguments);
-            if (fails)
-                throw Exception("no more processes");
-        }
-    };
-
-    SchemeRegistrationTest() {
-        for (const char* program : {"/Join.app/Contents/MacOS/Join", "/bin/other"})
-            writeProgram(folder_.path() + program);
-    }
-
-    /// Whether the entry starts the bundle's executable.
-    bool starts(const std::string& bundle) {
-        return has(contentsOf(entry_), "TryExec=" + bundle + "/Contents/MacOS/Join");
-    }
+    SchemeRegistrationTest() { writeProgram(bundle_ + "/Contents/MacOS/Join"); }
 
     /// Registers like a start of the program; returns how often it started the helper, which then does its
     /// work.
     std::size_t ensure() {
-        StartedHelpers started;
-        SchemeRegistration registration(root_, bundle_, log_, started);
-        registration.ensure("tavojoin", "com.tavo.join");
-        registration.ensure("tavojoin", "com.tavo.join");
-        for (const Lines& arguments : started.arguments)
-            status_ = runHelper(arguments);
-        return started.arguments.size();
+        Journal started;
+        RecordingTasks tasks(started);
+        SchemeRegistration registration(root_, bundle_, log_, tasks);
+        for (int time = 0; time < 2; ++time)
+            registration.ensure("tavojoin", "com.tavo.join");
+        const std::string call = "start register-scheme in / tavojoin com.tavo.join ";
+        for (const std::string& entry : started) {
+            EXPECT_TRUE(entry.starts_with(call)) << entry;
+            runHelper({"tavojoin", "com.tavo.join", entry.substr(call.size())});
+        }
+        return started.size();
     }
 
-    int runHelper(Lines arguments) {
+    void runHelper(Lines arguments) {
         arguments.insert(arguments.begin(), REGISTER_SCHEME_PROGRAM);
-        return Child({.command = arguments, .output = folder_ / "complaints"}).wait();
+        status_ = Child({.command = arguments, .output = folder_ / "complaints"}).wait();
+        complaints_ = contentsOf(folder_ / "complaints");
     }
-    std::string complaints() { return contentsOf(folder_ / "complaints"); }
 
-    std::string answerOf(Lines query) {
-        EXPECT_EQ(Child({.command = std::move(query), .output = folder_ / "answer"}).wait(), 0);
-        return contentsOf(folder_ / "answer");
+    /// That the helper had something to do, and that links now start this bundle.
+    void expectRegistered(const std::string& bundle, const std::string& icon = "com.tavo.join") {
+        EXPECT_EQ(ensure(), 1U);
+        EXPECT_EQ(status_, 0) << complaints_;
+        const std::string entry = contentsOf(entry_);
+        EXPECT_TRUE(has(entry, "TryExec=" + bundle + "/Contents/MacOS/Join")) << entry;
+        EXPECT_TRUE(has(entry, "Icon=" + icon)) << entry;
+        EXPECT_TRUE(has(contentsOf(defaults_), type + "=" + entryId)) << contentsOf(defaults_);
+        EXPECT_EQ(ensure(), 0U);
+    }
+
+    void expectComplaint(const std::string& complaint) {
+        EXPECT_EQ(ensure(), 1U);
+        EXPECT_EQ(status_, 1);
+        EXPECT_TRUE(complaints_.starts_with("register-scheme: " + complaint)) << complaints_;
     }
 
     TemporaryFolder folder_;
@@ -113,23 +105,16 @@ protected:
     const std::string bundle_ = folder_ / "Join.app";
     RecordingLog log_;
     int status_ = -1;
+    std::string complaints_;
 };
 
 TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
-    EXPECT_EQ(ensure(), 1U);
-    EXPECT_EQ(status_, 0) << complaints();
-    EXPECT_TRUE(starts(bundle_) && has(contentsOf(entry_), "Icon=com.tavo.join"));
+    expectRegistered(bundle_);
     EXPECT_EQ(fs::status(entry_).permissions(), fs::perms{0644});
-    EXPECT_EQ(answerOf({"xdg-mime", "query", "default", type}), entryId + "\n");
-    EXPECT_EQ(ensure(), 0U);
-
     writeFile(entry_, "[Desktop Entry]\nExec=/gone %u\n");
-    EXPECT_EQ(ensure(), 1U);
-    EXPECT_TRUE(starts(bundle_));
-
+    expectRegistered(bundle_);
     writeFile(defaults_, "[Default Applications]\n" + type + "=other.desktop;" + entryId + ";\n");
-    EXPECT_EQ(ensure(), 1U);
-    EXPECT_EQ(answerOf({"xdg-mime", "query", "default", type}), entryId + "\n");
+    expectRegistered(bundle_);
 
     const std::string installed = root_.toReal("/Applications/Join.app");
     writeFile(installed + "/Contents/MacOS/Join", "cannot be executed");
@@ -137,46 +122,30 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
     writeProgram(installed + "/Contents/MacOS/Join", ""); // a power cut has left it
     EXPECT_EQ(ensure(), 0U);
     writeProgram(installed + "/Contents/MacOS/Join");
-    const std::string icon = writeFile(installed + "/Contents/Resources/Join.svg", "");
-    EXPECT_EQ(ensure(), 1U);
-    EXPECT_TRUE(starts(installed) && has(contentsOf(entry_), "Icon=" + icon));
-    EXPECT_EQ(ensure(), 0U);
-    EXPECT_EQ(complaints(), "");
+    expectRegistered(installed, writeFile(installed + "/Contents/Resources/Join.svg", ""));
+    EXPECT_EQ(complaints_, "");
     EXPECT_EQ(log_.lines, Lines{});
 }
 
 TEST_F(SchemeRegistrationTest, ChangesNoOtherDefault) {
-    const Lines others{"# mine",
-                       "[Added Associations]",
-                       "text/html=b.desktop;",
-                       "[Default Applications]",
-                       "text/html=b.desktop",
-                       "x-scheme-handler/https=b.desktop;c.desktop;",
-                       "[Removed Associations]",
-                       "text/plain=d.desktop"};
-    std::string list;
-    for (const std::string& line : others)
-        list += line + "\n";
+    const std::string list = "# mine\n[Added Associations]\ntext/html=b.desktop;\n"
+                             "[Default Applications]\ntext/html=b.desktop\n"
+                             "x-scheme-handler/https=b.desktop;c.desktop;\n"
+                             "[Removed Associations]\ntext/plain=d.desktop\n";
+    const std::string elsewhere = writeFile(folder_ / "kept elsewhere", list);
     fs::create_directories(folder_ / "config");
-    fs::create_symlink(writeFile(folder_ / "kept elsewhere", list), defaults_);
-    EXPECT_EQ(ensure(), 1U);
-    EXPECT_EQ(status_, 0) << complaints();
-    list = "\n" + contentsOf(folder_ / "kept elsewhere");
-    for (const std::string& line : others)
-        EXPECT_TRUE(has(list, line)) << line << "\n" << list;
+    fs::create_symlink(elsewhere, defaults_);
+    expectRegistered(bundle_);
+    std::istringstream lines(list);
+    for (std::string line; std::getline(lines, line);)
+        EXPECT_TRUE(has(contentsOf(elsewhere), line)) << line;
 }
 
 TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
-    const auto expectComplaint = [&](const std::string& complaint) {
-        EXPECT_EQ(ensure(), 1U);
-        EXPECT_EQ(status_, 1);
-        EXPECT_NE(complaints().find(complaint), std::string::npos) << complaints();
-    };
     const std::string foreign = writeFile(folder_ / "foreign", "[Desktop Entry]\n");
+    const std::string taken = entry_ + " cannot be written: something else has its name\n";
     fs::create_directories(fs::path(entry_).parent_path());
     fs::create_symlink(foreign, entry_);
-    const std::string taken =
-        "register-scheme: " + entry_ + " cannot be written: something else has its name\n";
     expectComplaint(taken);
     EXPECT_EQ(contentsOf(foreign), "[Desktop Entry]\n");
     fs::remove(entry_);
@@ -186,27 +155,28 @@ TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
 
     const std::string unreadable = "[Default Applications]\ntext/html=b.desktop\nwhat is this\n";
     writeFile(defaults_, unreadable);
-    expectComplaint("register-scheme: " + defaults_ + " is left as it is: ");
+    expectComplaint(defaults_ + " is left as it is: ");
     EXPECT_EQ(contentsOf(defaults_), unreadable);
     fs::remove(defaults_);
 
-    writeProgram(folder_ / "bin/other");
+    const std::string other = writeProgram(folder_ / "bin/other");
     writeFile(folder_ / "data/applications/other.desktop",
-              "[Desktop Entry]\nType=Application\nName=O\nExec=" + (folder_ / "bin/other") + " %u\n");
+              "[Desktop Entry]\nType=Application\nName=O\nExec=" + other + " %u\n");
     writeFile(folder_ / "config/special-mimeapps.list",
               "[Default Applications]\n" + type + "=other.desktop\n");
     const EnvironmentVariable desktop("XDG_CURRENT_DESKTOP", "Special");
-    expectComplaint("register-scheme: links of " + type + " go to other.desktop\n");
+    expectComplaint("links of " + type + " go to other.desktop\n");
 }
 
 TEST_F(SchemeRegistrationTest, IsOneLineInTheLogWhenThereIsNoHelper) {
-    StartedHelpers none;
-    none.fails = true;
-    SchemeRegistration helpless(root_, bundle_, log_, none);
-    for (int i = 0; i < 2; ++i)
+    Journal started;
+    RecordingTasks tasks(started);
+    tasks.fails = true;
+    SchemeRegistration helpless(root_, bundle_, log_, tasks);
+    for (int time = 0; time < 2; ++time)
         helpless.ensure("tavojoin", "com.tavo.join");
-    EXPECT_EQ(none.arguments.size(), 2U);
-    EXPECT_EQ(log_.lines, Lines{"no more processes"});
+    EXPECT_EQ(started.size(), 2U);
+    EXPECT_EQ(log_.lines, Lines{"cannot start register-scheme"});
 }
 
 TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneThatIsAtIt) {
@@ -214,13 +184,12 @@ TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneTh
     Descriptor held(::open(mark.c_str(), O_RDWR | O_CLOEXEC));
     ASSERT_EQ(::flock(held.get(), LOCK_EX), 0);
     EXPECT_EQ(ensure(), 1U);
-    EXPECT_EQ(status_, 0) << complaints();
+    EXPECT_EQ(status_, 0) << complaints_;
     EXPECT_FALSE(fs::exists(entry_));
     held.close();
 
-    ASSERT_EQ(::mkfifo((folder_ / "data/pipe").c_str(), 0600), 0);
     fs::create_directories(folder_ / "config");
-    fs::rename(folder_ / "data/pipe", defaults_); // GIO waits for a writer
+    ASSERT_EQ(::mkfifo(defaults_.c_str(), 0600), 0); // GIO waits for a writer
     std::array<int, 2> ends{};
     ASSERT_EQ(::pipe(ends.data()), 0);
     const Descriptor reading(ends[0]);
@@ -234,11 +203,20 @@ TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneTh
 }
 
 TEST_F(SchemeRegistrationTest, ItsHelperTakesNothingElse) {
-    for (const Lines& arguments :
-         {Lines{}, Lines{"s", "a"}, Lines{"s", "a", "/a", "b"}, Lines{"s/t", "a", "/a"},
-          Lines{"s", "-a", "/a"}, Lines{"s", "../a", "/a"}, Lines{"s", "a", "b"}, Lines{"s", "", "/a"}})
-        EXPECT_EQ(runHelper(arguments), 2) << testing::PrintToString(arguments);
-    EXPECT_EQ(runHelper({"tavojoin", "com.tavo.join", "/a\nb"}), 1);
+    const std::vector<Lines> refused = {{},
+                                        {"s", "a"},
+                                        {"s", "a", "/a", "b"},
+                                        {"s/t", "a", "/a"},
+                                        {"s", "-a", "/a"},
+                                        {"s", "../a", "/a"},
+                                        {"s", "a", "b"},
+                                        {"s", "", "/a"}};
+    for (const Lines& arguments : refused) {
+        runHelper(arguments);
+        EXPECT_EQ(status_, 2) << testing::PrintToString(arguments);
+    }
+    runHelper({"tavojoin", "com.tavo.join", "/a\nb"});
+    EXPECT_EQ(status_, 1);
     EXPECT_FALSE(fs::exists(folder_ / "data/applications"));
 }
 
