@@ -30,17 +30,15 @@ TEST(NlohmannJson, DocumentsComeBackCompactInTheirOrder) {
 
 TEST(NlohmannJson, WhatIsNoDocumentGivesNothing) {
     using namespace std::string_literals;
-    const std::string texts[] = {// scalars are values, but no documents
-                                 "", " ", "1", "\"text\"", "null",
-                                 // not JSON
-                                 "[", "]", "[1,]", "{\"a\"}", "{a:1}", "[] x", "[]\0x"s, "[]\0"s, "['a']",
-                                 "[NaN]", "[1e999]", "[\"a\nb\"]",
-                                 // not UTF-8
-                                 "[\"\xFF\"]", "[\"\xC0\x80\"]", "{\"\xED\xA0\x80\":1}", "[\"\\ud800\"]",
-                                 // too deep
-                                 nested(513), nested(100'000), std::string(100'000, '[')};
-    for (const std::string& text : texts)
-        EXPECT_FALSE(NlohmannJson().parse(text)) << text.substr(0, 40);
+    const std::vector<std::string> texts[] = {
+        {"", " ", "1", "\"text\"", "null"}, // scalars are values, but no documents
+        {"[", "]", "[1,]", "{\"a\"}", "{a:1}", "[] x", "[]\0x"s, "[]\0"s, "['a']", "[NaN]", "[1e999]",
+         "[\"a\nb\"]"},
+        {"[\"\xFF\"]", "[\"\xC0\x80\"]", "{\"\xED\xA0\x80\":1}", "[\"\\ud800\"]"}, // not UTF-8
+        {nested(513), nested(100'000), std::string(100'000, '[')}};
+    for (const auto& kind : texts)
+        for (const std::string& text : kind)
+            EXPECT_FALSE(NlohmannJson().parse(text)) << text.substr(0, 40);
 }
 
 TEST(NlohmannJson, BytesThatAreNotUtf8AreWrittenAsReplacements) {

@@ -82,26 +82,17 @@ TEST(PlistPropertyLists, ReadBinaryLists) {
         "\"2026-11-22 21:56:36 +0000\",\"9999-12-31 23:59:59 +0000\",\"\"],\"d\":\"<0fe1>\"}");
 }
 
-TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothing) {
-    const std::string lists[] = {xml("<dict><key>a</key><string>b</string></dict>"),
-                                 binary({"\xD1\x01\x02"s, "Qa", "\x5F\x10\x10" + "sixteen letters!"s})};
-    for (const std::string& whole : lists) {
+TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothingAndNoByteDoesHarm) {
+    const std::string binaryList =
+        binary({"\xD2\x01\x02\x03\x04"s, "Qa", "\x61\x00\xE9"s, "\xA2\x05\x05", "\x09", "\x10\x2A"});
+    for (const std::string& whole : {xml("<dict><key>a</key><string>b</string></dict>"), binaryList}) {
         ASSERT_NE(read(whole), "nothing");
-        const auto size = whole.find_last_not_of('\n') + 1;
-        for (std::size_t length = 0; length < size; ++length)
+        for (std::size_t length = 0; length <= whole.find_last_not_of('\n'); ++length)
             EXPECT_EQ(read(whole.substr(0, length)), "nothing") << length;
     }
-}
-
-TEST(PlistPropertyLists, NoByteOfABinaryListCanDoHarm) {
-    const std::string whole =
-        binary({"\xD2\x01\x02\x03\x04"s, "Qa", "\x61\x00\xE9"s, "\xA2\x05\x05", "\x09", "\x10\x2A"});
-    for (std::size_t at = 8; at < whole.size(); ++at)
-        for (int byte = 0; byte < 256; ++byte) {
-            std::string changed = whole;
-            changed[at] = static_cast<char>(byte);
-            read(changed);
-        }
+    for (std::size_t at = 8; at < binaryList.size(); ++at)
+        for (int byte = 0; byte < 256; ++byte)
+            read(std::string(binaryList).replace(at, 1, 1, static_cast<char>(byte)));
 }
 
 TEST(PlistPropertyLists, OtherFormsAndBrokenListsGiveNothing) {
@@ -118,14 +109,12 @@ TEST(PlistPropertyLists, OtherFormsAndBrokenListsGiveNothing) {
         EXPECT_EQ(read(text), "nothing") << text;
 }
 
-TEST(PlistPropertyLists, ListsWithinProportionPass) {
-    EXPECT_NE(read(xml(repeated(512, "<array>") + repeated(512, "</array>"))), "nothing");
-    EXPECT_NE(read(xml("<array>" + repeated(600, "<array></array><dict/>") + "</array>")), "nothing");
-    EXPECT_NE(read(chain(200, "\xA1", "\x09")), "nothing");
-    EXPECT_NE(read(chain(10, "\xA2", "\x09")), "nothing");
-}
-
 TEST(PlistPropertyLists, ListsOutOfProportionAreRefused) {
+    for (const std::string& withinProportion :
+         {xml(repeated(512, "<array>") + repeated(512, "</array>")),
+          xml("<array>" + repeated(600, "<array></array><dict/>") + "</array>"), chain(200, "\xA1", "\x09"),
+          chain(10, "\xA2", "\x09")})
+        EXPECT_NE(read(withinProportion), "nothing") << withinProportion;
     const std::string mebibyte(std::size_t{1} << 20, ' ');
     const std::pair<const char*, std::string> lists[] = {
         {"large", xml("<array>" + mebibyte + "</array>")},
@@ -158,22 +147,16 @@ TEST(PlistPropertyLists, TrailersThatDoNotFitAreRefused) {
     const std::string list = binary({"\xA1\x01", "\x09"});
     ASSERT_NE(read(list), "nothing");
     const std::size_t trailer = list.size() - 32;
-    const std::pair<std::size_t, std::string> changes[] = {// the sizes of an offset and of a reference
-                                                           {6, "\0"s},
-                                                           {6, "\x09"},
-                                                           {7, "\0"s},
-                                                           {7, "\x09"},
-                                                           // the number of objects
-                                                           {8, bigEndian(0, 8)},
-                                                           {8, bigEndian(4097, 8)},
-                                                           {8, bigEndian(1ULL << 63U, 8)},
-                                                           // the top object, the place of the table
-                                                           {16, bigEndian(2, 8)},
-                                                           {24, bigEndian(0, 8)},
-                                                           {24, bigEndian(~0ULL, 8)},
-                                                           {24, bigEndian(trailer, 8)}};
-    for (const auto& [at, bytes] : changes)
-        EXPECT_EQ(read(std::string(list).replace(trailer + at, bytes.size(), bytes)), "nothing") << at;
+    // From 6, in a byte each: the sizes of an offset and of a reference. From 8, in eight bytes each: the number
+    // of objects, the top object, the place of the table.
+    const std::pair<std::size_t, std::uint64_t> changes[] = {{6, 0},  {6, 9},      {7, 0},           {7, 9},
+                                                             {8, 0},  {8, 4097},   {8, 1ULL << 63U}, {16, 2},
+                                                             {24, 0}, {24, ~0ULL}, {24, trailer}};
+    for (const auto& [at, number] : changes) {
+        const int size = at < 8 ? 1 : 8;
+        const auto changed = std::string(list).replace(trailer + at, size, bigEndian(number, size));
+        EXPECT_EQ(read(changed), "nothing") << at << ": " << number;
+    }
 }
 
 } // namespace
