@@ -15,7 +15,13 @@ namespace join::platform::hdiutil {
 namespace {
 
 bool isZero(std::string_view bytes) {
-    return bytes.front() == '\0' && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0;
+    return bytes.empty() ||
+           (bytes.front() == '\0' && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
+}
+
+void require(bool isDone) {
+    if (!isDone)
+        fail("the volume cannot be unpacked");
 }
 
 } // namespace
@@ -48,37 +54,48 @@ std::string ImageFile::read(std::uint64_t offset, std::size_t size) const {
     return bytes;
 }
 
+NewImage::NewImage(const std::string& folder) {
+    const std::string path = folder + "/raw";
+    file_ = Descriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
+    require(file_ && ::unlink(path.c_str()) == 0);
+}
+
+std::size_t NewImage::write(std::uint64_t place, std::string_view bytes) const {
+    if (isZero(bytes))
+        return 0;
+    for (std::size_t done = 0; done < bytes.size();) {
+        const ssize_t count =
+            ::pwrite(file_.get(), bytes.data() + done, bytes.size() - done, static_cast<off_t>(place + done));
+        require(count >= 0 || errno == EINTR);
+        done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
+    }
+    return bytes.size();
+}
+
+ImageFile NewImage::finish(std::uint64_t size) {
+    require(::ftruncate(file_.get(), static_cast<off_t>(size)) == 0);
+    return ImageFile(std::move(file_));
+}
+
 ImageFile keepPart(const ByteSource& source, const Extent& part, const std::string& folder,
                    std::uint64_t room) {
-    const auto require = [](bool isDone) {
-        if (!isDone)
-            fail("the volume cannot be unpacked");
-    };
-    const std::string path = folder + "/raw";
-    Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    require(file && ::unlink(path.c_str()) == 0);
-
+    NewImage image(folder);
     std::vector<char> buffer(std::size_t{1} << 18);
     const std::uint64_t end = part.offset + part.size;
     std::uint64_t place = 0;
     while (const std::size_t count = source(buffer.data(), buffer.size())) {
         const std::uint64_t first = std::clamp(part.offset, place, place + count);
         const std::uint64_t last = std::clamp(end, place, place + count);
-        const std::string_view bytes(buffer.data() + (first - place), last - first);
-        place += count;
-        if (bytes.empty() || isZero(bytes)) {
-            require(::lseek(file.get(), static_cast<off_t>(bytes.size()), SEEK_CUR) >= 0);
-            continue;
-        }
-        if (bytes.size() > room)
+        const std::size_t written =
+            image.write(first - part.offset, {buffer.data() + (first - place), last - first});
+        if (written > room)
             throw Exception("the disk has no room for the volume");
-        room -= bytes.size();
-        require(writeAll(file.get(), bytes));
+        room -= written;
+        place += count;
     }
     if (place < end)
         throw Exception("the image is damaged: its volume is cut off");
-    require(::ftruncate(file.get(), static_cast<off_t>(part.size)) == 0);
-    return ImageFile(std::move(file));
+    return image.finish(part.size);
 }
 
 } // namespace join::platform::hdiutil

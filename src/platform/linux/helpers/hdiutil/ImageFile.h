@@ -3,8 +3,10 @@
 #include "platform/linux/files/Descriptor.h"
 #include "platform/linux/helpers/hdiutil/Bytes.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace join::platform::hdiutil {
 
@@ -26,9 +28,25 @@ private:
     std::uint64_t size_ = 0;
 };
 
-/// Reads the source to its end and keeps one part of it in an unnamed file, which is deleted with the
-/// returned image. Zeros take no disk space. The file is created in the folder, which must be private. Throws
-/// Exception if the source ends within the part, or if the part takes more than room bytes of disk space.
+/// An image that is being unpacked into an unnamed file, which is deleted with it.
+class NewImage {
+public:
+    /// Creates the file in the folder, which must be private. Throws Exception.
+    explicit NewImage(const std::string& folder);
+
+    /// Writes bytes at a place, unless they are zeros, which take no disk space: every place is written once.
+    /// Returns how many it has written. May be called by several threads. Throws Exception.
+    std::size_t write(std::uint64_t place, std::string_view bytes) const;
+
+    /// Returns the image, which takes over the file. Throws Exception.
+    ImageFile finish(std::uint64_t size);
+
+private:
+    Descriptor file_;
+};
+
+/// Reads the source to its end and returns one part of it, in an unnamed file in the folder. Throws Exception
+/// if the source ends within the part, or if the part takes more than room bytes of disk space.
 ImageFile keepPart(const ByteSource& source, const Extent& part, const std::string& folder,
                    std::uint64_t room);
 

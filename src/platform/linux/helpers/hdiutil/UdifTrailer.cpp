@@ -32,7 +32,19 @@ void require(bool condition) {
         throw Exception("the image is damaged: its trailer is wrong");
 }
 
+Extent extentAt(const std::string& bytes, std::size_t place, std::uint64_t room) {
+    const Extent extent{bigEndian(bytes, place, 8), bigEndian(bytes, place + 8, 8)};
+    require(extent.offset <= room && extent.size <= room - extent.offset);
+    return extent;
+}
+
 } // namespace
+
+std::optional<std::uint32_t> crcAt(std::string_view bytes, std::size_t place) {
+    if (bigEndian(bytes, place, 4) != crcChecksum || bigEndian(bytes, place + 4, 4) != crcBits)
+        return std::nullopt;
+    return static_cast<std::uint32_t>(bigEndian(bytes, place + 8, 4));
+}
 
 bool isUdif(const RandomAccess& image) {
     const std::string bytes = lastBytes(image);
@@ -42,18 +54,15 @@ bool isUdif(const RandomAccess& image) {
 UdifTrailer readUdifTrailer(const RandomAccess& image) {
     const std::string bytes = lastBytes(image);
     require(bytes.size() == UdifTrailer::size && hasSignature(bytes) && hasVersionAndSize(bytes));
-    const std::uint64_t resourceFork = bigEndian(bytes, 48, 8);
-    const std::uint64_t propertyList = bigEndian(bytes, 224, 8);
-    UdifTrailer trailer{.data = {bigEndian(bytes, 24, 8), bigEndian(bytes, 32, 8)},
-                        .isRaw = resourceFork == 0 && propertyList == 0,
-                        .dataCrc = {}};
+    constexpr std::size_t placeOfDataCrc = 80;
     const std::uint64_t room = image.size() - UdifTrailer::size;
-    require(trailer.data.offset <= room && trailer.data.size <= room - trailer.data.offset);
-    const std::uint64_t checksum = bigEndian(bytes, 80, 4);
-    if (checksum == noChecksum)
-        return trailer;
-    require(checksum == crcChecksum && bigEndian(bytes, 84, 4) == crcBits);
-    trailer.dataCrc = static_cast<std::uint32_t>(bigEndian(bytes, 88, 4));
+    const std::uint64_t resourceFork = bigEndian(bytes, 48, 8);
+    UdifTrailer trailer{.data = extentAt(bytes, 24, room),
+                        .propertyList = extentAt(bytes, 216, room),
+                        .dataCrc = crcAt(bytes, placeOfDataCrc),
+                        .masterCrc = crcAt(bytes, 352)};
+    trailer.isRaw = resourceFork == 0 && trailer.propertyList.size == 0;
+    require(trailer.dataCrc || bigEndian(bytes, placeOfDataCrc, 4) == noChecksum);
     return trailer;
 }
 
