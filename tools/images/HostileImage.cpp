@@ -8,7 +8,6 @@
 
 #include <filesystem>
 #include <random>
-#include <sstream>
 #include <stdexcept>
 #include <utility>
 
@@ -53,18 +52,6 @@ std::string withTooManyChunks(std::string image) {
     if (table == std::string::npos)
         throw std::runtime_error("no block table");
     return image.replace(table + tag.size() + countInBase64, 4, "////");
-}
-
-/// A zlib UDIF image of a volume whose first chunk is changed by a function, which is told the image's size.
-template <typename Change>
-std::string withFirstChunk(std::string_view volume, const Change& change) {
-    std::ostringstream out;
-    UdifWriter writer(out, {});
-    writer.append(volume);
-    writer.finish();
-    UdifContents contents = writer.contents();
-    change(contents.partitions.front().chunks.front(), out.str().size());
-    return out.str().substr(0, contents.dataSize) + udifTail(contents);
 }
 
 /// A volume of this name (at most 32 bytes), whatever it holds: separators, "..".
@@ -130,14 +117,6 @@ std::vector<HostileImage> damagedImages() {
         {"cut-volume", cutInTheMiddle(volume)},
         {"trailer-outside", withTrailerPointingOutside(image)},
         {"too-many-chunks", withTooManyChunks(image)},
-        {"chunk-offset-outside",
-         withFirstChunk(volume, [](UdifChunk& chunk, auto size) { chunk.offset = 2 * size; })},
-        {"chunk-size-outside",
-         withFirstChunk(volume, [](UdifChunk& chunk, auto size) { chunk.size = 2 * size; })},
-        {"chunk-overflow",
-         withFirstChunk(volume, [](UdifChunk& chunk, auto) { chunk.offset = UINT64_MAX - 16; })},
-        {"chunk-sectors-outside",
-         withFirstChunk(volume, [](UdifChunk& chunk, auto) { chunk.sectors = UINT64_MAX / udifSectorSize; })},
         {"flipped-byte-compressed", withFlippedByte(image, 100)},
         {"flipped-byte-plain", withFlippedByte(plain, plain.size() / 2)}};
 }

@@ -8,7 +8,7 @@
 #include "platform/linux/helpers/hdiutil/IsoTrees.h"
 #include "platform/linux/helpers/hdiutil/Partitions.h"
 #include "platform/linux/helpers/hdiutil/SevenZip.h"
-#include "platform/linux/helpers/hdiutil/UdifTrailer.h"
+#include "platform/linux/helpers/hdiutil/UdifInflate.h"
 #include "platform/linux/helpers/hdiutil/VolumeWriter.h"
 
 #include <algorithm>
@@ -19,7 +19,6 @@
 #include <sys/stat.h>
 #include <sys/statvfs.h>
 #include <utility>
-#include <zlib.h>
 
 namespace join::platform::hdiutil {
 
@@ -27,7 +26,6 @@ namespace {
 
 constexpr mode_t folderMode = S_IRWXU | S_IRGRP | S_IXGRP | S_IROTH | S_IXOTH;
 constexpr std::uint64_t reserve = std::uint64_t{64} << 20; ///< of disk space, for everybody else
-constexpr std::uint64_t portion = std::uint64_t{1} << 16;  ///< of the image, read at once
 
 /// Where volumes are built and taken apart, for a StagedPath: beside the folder of the volumes, on the same
 /// file system, but not visible among them.
@@ -79,13 +77,19 @@ private:
     /// that compares its checksums, if it has any.
     std::unique_ptr<ChildProcess> unpack() {
         const UdifTrailer trailer = readUdifTrailer(image_);
+        const Extent& text = trailer.propertyList;
+        if (text.size > 0 && text.size <= UdifTable::maximumText) {
+            if (const auto table = parseUdifTable(image_.read(text.offset, text.size), trailer)) {
+                inflate(*table, trailer);
+                return nullptr;
+            }
+        }
+        std::unique_ptr<ChildProcess> check = trailer.isRaw ? nullptr : sevenZip(ImageKind::udif).check();
+        compareStored(image_, trailer, interruption_);
         if (trailer.isRaw) {
-            compareChecksum(trailer);
             cutOut(trailer.data);
             return nullptr;
         }
-        auto check = sevenZip(ImageKind::udif).check();
-        compareChecksum(trailer);
         const Extent partition = partitionOfVolume(list(ImageKind::udif));
         std::optional<ImageFile> volume;
         sevenZip(ImageKind::udif).open([&](const ByteSource& source) {
@@ -95,19 +99,17 @@ private:
         return check;
     }
 
-    /// Compares the checksum of the chunks as stored; 7zz compares those of their contents.
-    void compareChecksum(const UdifTrailer& trailer) const {
-        if (!trailer.dataCrc)
-            return;
-        uLong crc = 0;
-        const std::uint64_t end = trailer.data.offset + trailer.data.size;
-        for (std::uint64_t place = trailer.data.offset; place < end; place += portion) {
-            interruption_.check();
-            const std::string bytes = image_.read(place, std::min(portion, end - place));
-            crc = ::crc32_z(crc, reinterpret_cast<const Bytef*>(bytes.data()), bytes.size());
+    void inflate(const UdifTable& table, const UdifTrailer& trailer) {
+        Listing partitions;
+        for (const UdifPartition& partition : table.partitions) {
+            ListedEntry& entry = partitions.entries.emplace_back();
+            entry.size = partition.size;
+            entry.comment = partition.name;
         }
-        if (crc != *trailer.dataCrc)
-            throw Exception("the image is damaged: its checksum is wrong");
+        const Extent partition = partitionOfVolume(partitions);
+        if (table.bytes > room())
+            throw Exception("the disk has no room for the volume");
+        image_ = inflateUdif(image_, trailer, table, partition, staging_.path(), interruption_);
     }
 
     /// Reduces the image to what 7zz must see: a volume without its surroundings, and a disc with the richer
