@@ -2,11 +2,11 @@
 
 #include "platform/Bundles.h"
 #include "platform/FileManager.h"
+#include "platform/MainQueue.h"
 #include "platform/PropertyLists.h"
 #include "platform/Services.h"
 
 #include <QApplication>
-#include <QTimer>
 #include <QVersionNumber>
 
 #include <cstdlib>
@@ -23,7 +23,7 @@ void QtApplication::run(ApplicationDelegate& delegate) {
     delegate_ = &delegate;
     delegate.awakeFromNib();
     steps_.afterFirstWindow();
-    QTimer::singleShot(0, [this] {
+    services().mainQueue->enqueue([this] {
         delegate_->applicationWillFinishLaunching();
         steps_.deliverLaunchUrls();
         delegate_->applicationDidFinishLaunching();

@@ -8,7 +8,7 @@
 namespace join::platform {
 
 /// The application on Qt's event loop. The QApplication must exist before this object and outlive it.
-/// Property lists are read through services().
+/// Property lists are read, and the end of the launch is queued, through services().
 class QtApplication final : public Application {
 public:
     /// What to do between the calls of the delegate.
