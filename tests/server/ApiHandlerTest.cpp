@@ -8,7 +8,7 @@ namespace join::test {
 TEST(SessionAnswer, ATextMeansYesByItsFirstCharacterAfterBlanksSignAndZeros) {
     for (const char* yes : {"true", "1", "yes", "Y", "T", "\t -007", "+2", "0y", " \n9"})
         EXPECT_TRUE(truthOfText(yes)) << yes;
-    for (const char* no : {"", "false", "0", "no", "--1", "+ 1", "-", " ", "0 1", "on"})
+    for (const char* no : {"", "false", "0", "no", "--1", "+ 1", "-", " ", "0 1", "on", "~"})
         EXPECT_FALSE(truthOfText(no)) << no;
 }
 

@@ -137,6 +137,7 @@ TEST_F(LaunchUrlHandler, AKeyIsTrimmedButItsKindToldFromTheLengthReceived) {
     } const cases[] = {
         {"k=123456789", "123456789", 1},
         {"k=1234567890", "1234567890", 0},
+        {"k=12345678901", "12345678901", 0},
         {"k=12345678", "12345678", 7},
         {"k= 12345678\t", "12345678", 0},
         {"sessionId=123456789", "123456789", 1},
