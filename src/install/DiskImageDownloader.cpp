@@ -68,6 +68,10 @@ void DiskImageDownloader::requestImage() {
 
 void DiskImageDownloader::downloadDidBegin() { writeLog(image_.beganLine); }
 
+void DiskImageDownloader::downloadDidContinue(std::uint64_t kept) {
+    log("%s : Download continues, bytes kept : %lu", "-[DiskImageDownloader downloadDidContinue:]", kept);
+}
+
 void DiskImageDownloader::downloadDidReceive(std::uint64_t received, std::uint64_t announced) {
     joinInfoWindow_.showDownload(this, received, announced);
 }

@@ -67,6 +67,7 @@ protected:
     TavoJoinWindowHandler& joinInfoWindow_;
 
 private:
+    void downloadDidContinue(std::uint64_t kept) override;
     void downloadDidBegin() override;
     void downloadDidReceive(std::uint64_t received, std::uint64_t announced) override;
     void downloadDidFail(const platform::HttpError& error) override;

@@ -47,11 +47,13 @@ struct DownloadRequest {
 
 /// Receives the events of a download, on the main queue: one for its beginning, one for its end. A download
 /// that cannot begin only reports its failure. In between it reports how many bytes have arrived, at most ten
-/// times a second, if the answer is the file and announces its length.
+/// times a second, if the answer is the file and announces its length; what an earlier attempt has left counts.
 class DownloadDelegate {
 public:
     virtual ~DownloadDelegate() = default;
     virtual void downloadDidBegin() = 0;
+    /// Called at most once, if an earlier attempt has left so many bytes and the server sends only the rest.
+    virtual void downloadDidContinue(std::uint64_t kept) = 0;
     virtual void downloadDidReceive(std::uint64_t received, std::uint64_t announced) = 0;
     virtual void downloadDidFail(const HttpError& error) = 0;
     virtual void downloadDidFinish() = 0;
@@ -106,7 +108,8 @@ public:
 
     /// Starts a download and returns at once, with nullptr if it could not be started at all. The destination
     /// appears only when the body is complete and the status is 2xx; otherwise it is left as it was, and
-    /// nothing is left beside it. The delegate must outlive the download. URLs are checked as for get().
+    /// nothing is left beside it. What has come of a download that breaks off is kept for a day, if the server
+    /// names a version and sends ranges; the next download of the same URL to a file of that name continues it. The delegate must outlive the download. URLs are checked as for get().
     /// Never throws. Main thread only.
     virtual std::unique_ptr<Transfer> download(const DownloadRequest& request,
                                                DownloadDelegate& delegate) = 0;

@@ -114,6 +114,7 @@ TEST(Install, TheAgentsDownloadIsTriedSevenTimesAndThenTheLogsAreSent) {
     Child unzip({.command = {"cmake", "-E", "tar", "xf", "1.zip"}, .directory = mail.path()});
     EXPECT_EQ(unzip.wait(), 0);
     EXPECT_EQ(count(contentsOf(mail / "Join/join.log"), "Download failed! Error - "), 7);
+    EXPECT_EQ(count(world.log(), "Download continues, bytes kept : "), 3 + 2);
 }
 
 TEST(Install, NothingOfARefusedImageIsStartedOrInstalled) {

@@ -23,6 +23,7 @@ struct RecordingDelegate final : platform::DownloadDelegate, platform::Connectio
     std::function<void()> atResponse = [] {};
 
     void downloadDidBegin() override { news.emplace_back("begin"); }
+    void downloadDidContinue(std::uint64_t kept) override { news.push_back(std::to_string(kept)); }
     void downloadDidReceive(std::uint64_t received, std::uint64_t announced) override {
         EXPECT_GE(received, std::exchange(lastReceived, received));
         lastAnnounced = announced;
@@ -50,6 +51,7 @@ struct HttpWorld {
     ScriptedHttpsServer server;
     EnvironmentVariable trust{"SSL_CERT_FILE",
                               writeFile(certificates / "server.pem", server.certificate()).c_str()};
+    EnvironmentVariable cache{"XDG_CACHE_HOME", (certificates / "cache").c_str()};
     FakeMainQueue queue;
     RecordingDelegate delegate;
     platform::Policy policy;

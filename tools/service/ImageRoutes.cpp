@@ -18,8 +18,16 @@ constexpr const char* joinProgram = "/join-session";
 
 constexpr const char* imageType = "application/x-apple-diskimage";
 
+/// Opens an image and names its version: httplib then serves ranges of it by itself.
+std::shared_ptr<ImageFile> opened(httplib::Response& response, const std::string& path) {
+    auto file = std::make_shared<ImageFile>(path);
+    response.set_header("ETag", '"' + std::to_string(file->size()) + '"');
+    response.set_header("Accept-Ranges", "bytes");
+    return file;
+}
+
 void sendWhole(httplib::Response& response, const std::string& path) {
-    const auto file = std::make_shared<ImageFile>(path);
+    const auto file = opened(response, path);
     if (file->size() == 0) { // without a provider it has an announced length too
         response.set_content("", imageType);
         return;
@@ -30,17 +38,19 @@ void sendWhole(httplib::Response& response, const std::string& path) {
                                   });
 }
 
-/// Announces the whole, but after half of it does something else and ends.
+/// Announces all that was asked for, but after half of it does something else and ends.
 void sendHalf(httplib::Response& response, const std::string& path, const std::function<void()>& then) {
-    const auto file = std::make_shared<ImageFile>(path);
-    response.set_content_provider(
-        file->size(), imageType,
-        [file, then, half = file->size() / 2](std::size_t offset, std::size_t, httplib::DataSink& sink) {
-            if (offset < half)
-                return file->send(sink, offset, half - offset);
-            then();
-            return false;
-        });
+    const auto file = opened(response, path);
+    response.set_content_provider(file->size(), imageType,
+                                  [file, then, end = std::size_t{0}](std::size_t offset, std::size_t length,
+                                                                     httplib::DataSink& sink) mutable {
+                                      if (end == 0)
+                                          end = offset + length / 2;
+                                      if (offset < end)
+                                          return file->send(sink, offset, end - offset);
+                                      then();
+                                      return false;
+                                  });
 }
 
 } // namespace

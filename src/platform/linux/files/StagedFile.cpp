@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <sys/statvfs.h>
 #include <unistd.h>
+#include <utility>
 
 namespace join::platform {
 
@@ -24,6 +25,12 @@ bool StagedFile::open() {
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC;
     file_ = Descriptor(::open(staged_.path().c_str(), flags, mode_));
     return static_cast<bool>(file_);
+}
+
+void StagedFile::adopt(Descriptor file) {
+    if (std::exchange(hasName_, false))
+        ::unlink(staged_.path().c_str());
+    file_ = std::move(file);
 }
 
 bool StagedFile::write(std::string_view bytes) {

@@ -23,6 +23,11 @@ public:
     /// Creates the file. Fails if its folder does not allow it, or if the destination is a folder.
     bool open();
 
+    /// Takes another file, open for appending, in place of the one created. It must be on the same file system.
+    void adopt(Descriptor file);
+
+    int descriptor() const { return file_.get(); }
+
     bool write(std::string_view bytes);
 
     /// Waits until what was written is on the disk: so even a power cut after commit() leaves the whole file.

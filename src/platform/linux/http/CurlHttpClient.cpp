@@ -1,6 +1,7 @@
 #include "platform/linux/http/CurlHttpClient.h"
 
 #include "platform/linux/http/CurlTransfer.h"
+#include "platform/linux/http/KeptPart.h"
 
 #include <exception>
 #include <utility>
@@ -40,7 +41,9 @@ private:
 } // namespace
 
 CurlHttpClient::CurlHttpClient(MainQueue& mainQueue, const TrustPolicy& policy)
-    : mainQueue_(mainQueue), policy_(policy), handle_(std::make_unique<CurlHandle>(policy)) {}
+    : mainQueue_(mainQueue), policy_(policy), handle_(std::make_unique<CurlHandle>(policy)) {
+    KeptPart::removeOutdated();
+}
 
 CurlHttpClient::~CurlHttpClient() = default;
 

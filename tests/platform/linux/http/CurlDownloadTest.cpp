@@ -172,6 +172,115 @@ TEST(CurlDownload, ABodyIsWholeWhenItSaysItsEndAndIsNeverDecoded) {
     }
 }
 
+/// What is kept: a file of ten bytes breaks off after five.
+struct BrokenOff : World {
+    void breakOff(std::vector<std::string> headers = {"ETag: \"1\"", "Accept-Ranges: bytes"}) {
+        server.expect("/", {200, "0123456789", std::move(headers), Fault::cutBody});
+        expectFailure("No whole answer");
+    }
+    /// Whether the latest request but so many asked for the rest.
+    bool hasAskedForRest(std::size_t before = 0, const std::string& validator = "\"1\"") const {
+        return server.requests()
+                   .at(server.requests().size() - 1 - before)
+                   .find("\r\nRange: bytes=5-\r\nIf-Range: " + validator + "\r\n") != std::string::npos;
+    }
+    void expectContents(const News& news, const std::string& contents) {
+        expectNews(news, "", client);
+        EXPECT_EQ(contentsOf(request.destination), contents);
+        EXPECT_EQ(namesIn(certificates / "cache/tavojoin/downloads"), News{});
+    }
+};
+
+TEST(CurlDownload, GoesOnWhereItBrokeOffUntilItIsWhole) {
+    for (const auto& [headers, validator] :
+         {std::pair{News{"ETag: \"1\""}, "\"1\""},
+          {News{"ETag: W/\"1\"", "Last-Modified: Sun, 01 Nov 2026 10:00:00 GMT",
+                "Date: Sun, 01 Nov 2026 10:01:00 GMT"},
+           "Sun, 01 Nov 2026 10:00:00 GMT"}}) {
+        BrokenOff world;
+        const auto with = [&](const std::string& header) {
+            News all = headers;
+            all.push_back(header);
+            return all;
+        };
+        world.breakOff(with("Accept-Ranges: bytes"));
+        world.server.expect("/", {206, "56789", with("Content-Range: bytes 5-9/10"), Fault::cutBody});
+        world.expectNews({"begin", "5", "fail"}, "No whole answer", world.client);
+        EXPECT_TRUE(world.hasAskedForRest(0, validator));
+        EXPECT_EQ(namesIn(world.folder.path()), News{});
+        world.server.expect("/", {206, "789", with("Content-Range: bytes 7-9/10")});
+        world.expectContents({"begin", "7", "finish"}, "0123456789");
+    }
+}
+
+TEST(CurlDownload, BeginsAfreshUnlessTheServerSendsExactlyTheRestOfTheSameFile) {
+    BrokenOff world;
+    const std::string tag = "ETag: \"1\"";
+    const std::string range = "Content-Range: bytes 5-9/10";
+    const ScriptedAnswer answers[] = {{206, "45678", {tag, "Content-Range: bytes 4-8/10"}},
+                                      {206, "5678", {tag, "Content-Range: bytes 5-8/10"}},
+                                      {206, "56789", {tag, "Content-Range: bytes 5-9/11"}},
+                                      {206, "56789x", {tag, range}},
+                                      {206, "5678", {tag, range}},
+                                      {206, "56789", {tag, range}, Fault::endUnannounced},
+                                      {206, "56789", {"ETag: \"2\"", range}},
+                                      {206, "56789", {"ETag: W/\"1\"", range}},
+                                      {206, "56789", {range}},
+                                      {206, "56789", {tag, "Content-Type: multipart/byteranges; boundary=x"}},
+                                      {206, "", {tag, range}},
+                                      {416, "", {"Content-Range: bytes */5"}},
+                                      {204},
+                                      {503, "busy"}};
+    for (const ScriptedAnswer& answer : answers) {
+        world.breakOff();
+        world.server.expect("/", answer);
+        world.server.expect("/", {.body = "afresh"});
+        world.expectContents({"begin", "finish"}, "afresh");
+        EXPECT_TRUE(world.hasAskedForRest(1));
+        EXPECT_FALSE(world.hasAskedForRest());
+    }
+    world.breakOff();
+    world.server.expect("/", {200, "changed", {"ETag: \"2\""}});
+    world.expectContents({"begin", "finish"}, "changed");
+    EXPECT_TRUE(world.hasAskedForRest());
+}
+
+TEST(CurlDownload, KeepsOnlyWhatHasAVersionAndIsOfThisDayAndThisUrl) {
+    BrokenOff world;
+    const std::string ranges = "Accept-Ranges: bytes";
+    const std::string kept = world.certificates / "cache/tavojoin/downloads/";
+    const auto age = [&](int hours) {
+        for (const char* name : {"Image.dmg.part", "Image.dmg.notes"})
+            std::filesystem::last_write_time(kept + name, std::filesystem::file_time_type::clock::now() -
+                                                              std::chrono::hours(hours));
+    };
+    const std::pair<News, std::function<void()>> cases[] = {
+        {{ranges}, [] {}},
+        {{"ETag: \"1\""}, [] {}},
+        {{"ETag: W/\"1\"", ranges}, [] {}},
+        {{"Last-Modified: Sun, 01 Nov 2026 10:00:00 GMT", "Date: Sun, 01 Nov 2026 10:00:01 GMT", ranges},
+         [] {}},
+        {{"ETag: \"1\"", ranges}, [&] { age(25); }},
+        {{"ETag: \"1\"", ranges}, [&] { writeFile(kept + "Image.dmg.part", "0123456789"); }},
+        {{"ETag: \"1\"", ranges}, [&] { writeFile(kept + "Image.dmg.notes", "nonsense"); }},
+        {{"ETag: \"1\"", ranges}, [&] { std::filesystem::remove(kept + "Image.dmg.notes"); }},
+        {{"ETag: \"1\"", ranges}, [&] { world.request.url = world.server.url("/other"); }},
+    };
+    for (const auto& [headers, happens] : cases) {
+        world.request.url = world.server.url("/");
+        world.breakOff(headers);
+        happens();
+        world.server.expect(world.request.url.ends_with("other") ? "/other" : "/", {.body = "afresh"});
+        world.expectContents({"begin", "finish"}, "afresh");
+        EXPECT_FALSE(world.hasAskedForRest());
+    }
+    world.request.url = world.server.url("/");
+    world.breakOff();
+    age(23);
+    world.server.expect("/", {206, "56789", {"ETag: \"1\"", "Content-Range: bytes 5-9/10"}});
+    world.expectContents({"begin", "5", "finish"}, "0123456789");
+}
+
 TEST(CurlDownload, AServerThatCannotBeReachedOrTrustedFailsItOnceAndLeavesNothing) {
     World world;
     const ScriptedHttpsServer stranger;
