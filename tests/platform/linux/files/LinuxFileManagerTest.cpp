@@ -24,10 +24,8 @@ protected:
     FileManagerOfLinux() { fs::create_directory(user_); }
 
     void expectNoFile(const std::string& path) {
-        EXPECT_FALSE(files_.read(path)) << path;
-        EXPECT_FALSE(files_.map(path)) << path;
-        EXPECT_FALSE(files_.open(path)) << path;
-        EXPECT_FALSE(files_.truncate(path)) << path;
+        EXPECT_FALSE(files_.read(path) || files_.map(path) || files_.open(path) || files_.truncate(path))
+            << path;
     }
     auto entries() const { return std::distance(fs::directory_iterator(user_), {}); }
 
@@ -53,22 +51,18 @@ TEST_F(FileManagerOfLinux, APathThatIsNotAbsoluteOrWouldBeCutShortNamesNothing) 
     const std::string file = writeFile(user_ + "/file", "x");
     for (const std::string& path : {std::string(), std::string("."), file + std::string("\0/../x", 6)}) {
         expectNoFile(path);
-        EXPECT_FALSE(files_.exists(path));
-        EXPECT_FALSE(files_.createFolder(path));
-        EXPECT_FALSE(files_.create(path, "y"));
-        EXPECT_FALSE(files_.copy(path, user_ + "/copy"));
-        EXPECT_FALSE(files_.copy(file, path));
-        EXPECT_FALSE(files_.remove(path));
+        EXPECT_FALSE(files_.exists(path) || files_.createFolder(path) || files_.create(path, "y") ||
+                     files_.copy(path, user_ + "/copy") || files_.copy(file, path) || files_.remove(path))
+            << path;
     }
     EXPECT_EQ(contentsOf(file), "x");
 }
 
 TEST_F(FileManagerOfLinux, AFolderIsMadeWithItsParentsUnlessAFileIsInTheWay) {
-    EXPECT_TRUE(files_.createFolder(user_ + "/a/b/c"));
-    EXPECT_TRUE(files_.createFolder(user_ + "/a/b/c"));
-    writeFile(user_ + "/a/file", "");
-    EXPECT_FALSE(files_.createFolder(user_ + "/a/file"));
-    EXPECT_FALSE(files_.createFolder(user_ + "/a/file/b"));
+    for (int time = 0; time < 2; ++time)
+        EXPECT_TRUE(files_.createFolder(user_ + "/a/b/c"));
+    const std::string file = writeFile(user_ + "/a/file", "");
+    EXPECT_FALSE(files_.createFolder(file) || files_.createFolder(file + "/b"));
 }
 
 TEST_F(FileManagerOfLinux, OnlyRegularFilesAreReadMappedAndTruncated) {
@@ -102,11 +96,11 @@ TEST_F(FileManagerOfLinux, AMadeFileReplacesAFileOrLinkAndNothingElse) {
     fs::create_symlink("file", user_ + "/link");
     fs::create_directory(user_ + "/folder");
     ASSERT_EQ(::mkfifo((user_ + "/pipe").c_str(), 0600), 0);
-    EXPECT_TRUE(files_.create(user_ + "/link", "new"));
-    EXPECT_EQ(contentsOf(user_ + "/link"), "new");
-    EXPECT_EQ(contentsOf(user_ + "/file"), "old");
-    EXPECT_TRUE(files_.create(user_ + "/file", "newer"));
-    EXPECT_EQ(contentsOf(user_ + "/file"), "newer");
+    for (const std::string name : {"link", "file"}) {
+        EXPECT_TRUE(files_.create(user_ + "/" + name, name + " is new"));
+        EXPECT_EQ(contentsOf(user_ + "/link"), "link is new");
+        EXPECT_EQ(contentsOf(user_ + "/file"), name == "link" ? "old" : "file is new");
+    }
     for (const char* path : {"/folder", "/pipe", "/missing/file"})
         EXPECT_FALSE(files_.create(user_ + path, "x")) << path;
     EXPECT_EQ(entries(), 4);
@@ -136,21 +130,20 @@ TEST_F(FileManagerOfLinux, OnAFullDiskTheOldFileStaysAndNothingElseIsLeft) {
     const rlimit full{large.size() / 2, before.rlim_max}; // no file may grow beyond that
     std::signal(SIGXFSZ, SIG_IGN);
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &full), 0);
-    EXPECT_FALSE(files_.create(old, large));
-    EXPECT_FALSE(files_.create(user_ + "/new", large));
-    EXPECT_FALSE(files_.copy(file, user_ + "/copy"));
-    EXPECT_FALSE(files_.copy(folder_ / "tree", user_ + "/tree"));
-    EXPECT_FALSE(files_.replace(file, old));
-    EXPECT_FALSE(files_.copy(folder_ / "missing", "/Applications/A.app"));
-    EXPECT_FALSE(files_.copy("/dev/null", user_ + "/null"));
+    for (const std::string& path : {old, user_ + "/new"})
+        EXPECT_FALSE(files_.create(path, large)) << path;
+    const std::tuple<bool, std::string, std::string, const char*> copies[] = {
+        {false, file, user_ + "/copy", "File too large"},
+        {false, folder_ / "tree", user_ + "/tree", "File too large"},
+        {true, file, old, "File too large"},
+        {false, folder_ / "missing", "/Applications/A.app", "No such file or directory"},
+        {false, "/dev/null", user_ + "/null", "Invalid argument"}};
+    for (const auto& [replaces, source, target, reason] : copies) {
+        EXPECT_FALSE(replaces ? files_.replace(source, target) : files_.copy(source, target));
+        EXPECT_EQ(log_.lines.back(), source + " could not be copied to " + target + " : " + reason);
+    }
     ::setrlimit(RLIMIT_FSIZE, &before);
-    EXPECT_EQ(log_.lines,
-              (std::vector{
-                  file + " could not be copied to " + user_ + "/copy : File too large",
-                  folder_ / "tree could not be copied to " + user_ + "/tree : File too large",
-                  file + " could not be copied to " + old + " : File too large",
-                  folder_ / "missing could not be copied to /Applications/A.app : No such file or directory",
-                  "/dev/null could not be copied to " + user_ + "/null : Invalid argument"}));
+    EXPECT_EQ(log_.lines.size(), std::size(copies));
     EXPECT_EQ(contentsOf(old), "old");
     EXPECT_EQ(entries(), 1);
 }
@@ -215,28 +208,26 @@ TEST_F(FileManagerOfLinux, WhatAnotherUserHasWrittenInOurFolderIsOutOfTheWay) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can make what belongs to another user";
     const std::string source = writeFile(folder_ / "new", "new");
+    const std::string bundle = user_ + "/A.app";
     const auto giveAway = [](const std::string& path) { ASSERT_EQ(::chown(path.c_str(), 1, 1), 0); };
     for (const bool isReplaced : {true, false}) {
-        writeFile(user_ + "/A.app/Contents/file", "old");
-        giveAway(user_ + "/A.app/Contents");
-        giveAway(user_ + "/A.app");
+        writeFile(bundle + "/Contents/file", "old");
+        giveAway(bundle + "/Contents");
+        giveAway(bundle);
         const OrdinaryUser user;
-        if (!isReplaced) {
-            EXPECT_TRUE(files_.remove(user_ + "/A.app"));
-        }
+        EXPECT_TRUE(isReplaced || files_.remove(bundle));
         for (int time = 0; time < 2; ++time)
-            EXPECT_TRUE(files_.replace(source, user_ + "/A.app"));
-        EXPECT_EQ(contentsOf(user_ + "/A.app"), "new");
-        EXPECT_TRUE(files_.remove(user_ + "/A.app"));
+            EXPECT_TRUE(files_.replace(source, bundle));
+        EXPECT_EQ(contentsOf(bundle), "new");
+        EXPECT_TRUE(files_.remove(bundle));
     }
     EXPECT_EQ(entries(), 2); // hidden
     // Where nothing can be made or moved, everything stays as it was.
-    writeFile(user_ + "/A.app/Contents/file", "old");
+    writeFile(bundle + "/Contents/file", "old");
     giveAway(user_);
     const OrdinaryUser user;
-    EXPECT_FALSE(files_.replace(source, user_ + "/A.app"));
-    EXPECT_FALSE(files_.remove(user_ + "/A.app"));
-    EXPECT_EQ(contentsOf(user_ + "/A.app/Contents/file"), "old");
+    EXPECT_FALSE(files_.replace(source, bundle) || files_.remove(bundle));
+    EXPECT_EQ(contentsOf(bundle + "/Contents/file"), "old");
 }
 
 TEST_F(FileManagerOfLinux, RemovingATreeSparesWhatItsLinksLeadTo) {

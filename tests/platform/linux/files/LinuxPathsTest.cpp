@@ -15,6 +15,48 @@ using namespace join::platform;
 using namespace join::test;
 namespace fs = std::filesystem;
 
+TEST(SystemRoot, OnlyTheSystemsOwnFoldersAreMapped) {
+    const SystemRoot root("/data/root/");
+    const std::pair<const char*, const char*> mapped[] = {
+        {"/Volumes", "/data/root/Volumes"},
+        {"/Applications/Join.app", "/data/root/Applications/Join.app"},
+        {"//Volumes///x//y/", "/data/root/Volumes/x/y"},
+        {"/Volumes/./x/.", "/data/root/Volumes/x"},
+        {"/tmp/../Volumes/...", "/data/root/Volumes/..."},
+        {"/Volumes/x/../../System", "/data/root/System"},
+        {"/Volumes/../../../etc/passwd", "/etc/passwd"},
+        {"/Volumes/..", "/"},
+        {"/..", "/"}};
+    for (const auto& [system, real] : mapped)
+        EXPECT_EQ(root.toReal(system), real) << system;
+    for (const char* path : {"/", "/VolumesOfMine/x", "/volumes/x", "/home/ann/Volumes", "Volumes/x", ""})
+        EXPECT_EQ(root.toReal(path), path);
+}
+
+TEST(SystemRoot, OnlyPathsOfTheSystemsFoldersBelowTheRootAreMappedBack) {
+    const TemporaryFolder folder;
+    fs::create_directory(folder / "real");
+    fs::create_directory_symlink(folder / "real", folder / "link");
+    const SystemRoot root(folder / "link/root");
+    for (const std::string& place : {folder / "link", fs::canonical(folder / "real").string()}) {
+        EXPECT_EQ(root.toSystem(place + "/root/Volumes/x"), "/Volumes/x");
+        EXPECT_EQ(root.toSystem(place + "/root//System/"), "/System");
+        EXPECT_EQ(root.toSystem(place + "/root/Volumes/../../secret"), place + "/secret");
+        for (const std::string& path : {place + "/root/other", place + "/rootVolumes/x", place + "/root"})
+            EXPECT_EQ(root.toSystem(path), path);
+    }
+    for (const char* path : {"/Volumes/x", "x"})
+        EXPECT_EQ(root.toSystem(path), path);
+}
+
+TEST(SystemRoot, LiesInTheUsersDataFolder) {
+    for (const auto& [set, data] :
+         {std::pair{"/data", "/data"}, {"data", "/home/ann/.local/share"}, {"", "/home/ann/.local/share"}}) {
+        const EnvironmentVariable variable("XDG_DATA_HOME", set);
+        EXPECT_EQ(defaultSystemRoot("/home/ann"), std::string(data) + "/tavojoin/root");
+    }
+}
+
 namespace {
 
 fs::perms modeOf(const std::string& path) { return fs::status(path).permissions(); }
@@ -32,36 +74,35 @@ protected:
 } // namespace
 
 TEST_F(LinuxPathsOfAUser, TheLibraryIsMadePrivateAndAnExistingOneIsLeftAlone) {
-    EXPECT_TRUE(paths_.prepare());
-    EXPECT_EQ(modeOf(paths_.userLibrary()), fs::perms::owner_all);
-    ::chmod(paths_.userLibrary().c_str(), 0755);
-    EXPECT_TRUE(paths_.prepare());
-    EXPECT_EQ(modeOf(paths_.userLibrary()), fs::perms{0755});
-    fs::remove(paths_.userLibrary());
-    fs::create_symlink("nowhere", paths_.userLibrary());
+    const std::string library = folder_ / "Library";
+    for (const fs::perms mode : {fs::perms::owner_all, fs::perms{0755}}) {
+        EXPECT_TRUE(paths_.prepare());
+        EXPECT_EQ(modeOf(library), mode);
+        fs::permissions(library, fs::perms{0755});
+    }
+    fs::remove(library);
+    fs::create_symlink("nowhere", library);
     EXPECT_FALSE(paths_.prepare()); // nor does it throw
 }
 
 TEST_F(LinuxPathsOfAUser, ABundleInAnApplicationsFolderIsThereWhateverLinksLeadThere) {
     const std::string home = paths_.home();
     const std::string ofSystem = home + "/share/root/Applications";
-    for (const std::string& folder : {ofSystem, home + "/user", home + "/elsewhere"})
+    const std::string ofUser = home + "/user";
+    const std::string elsewhere = home + "/elsewhere";
+    for (const std::string& folder : {ofSystem, ofUser, elsewhere})
         fs::create_directories(folder);
     fs::create_directory_symlink(".", home + "/link");
     const SystemRoot root(home + "/link/share/root");
-    using Case = std::array<std::string, 3>;
-    for (const auto& [folder, ofUserLeadsTo, known] :
-         {Case{ofSystem, "user", "/Applications"}, Case{home + "/user", "user", home + "/Applications"},
-          Case{ofSystem, ofSystem, "/Applications"}, Case{home + "/elsewhere", "user", home + "/elsewhere"},
-          Case{home + "/elsewhere", "nowhere", home + "/elsewhere"},
-          Case{home + "/elsewhere", "Applications", home + "/elsewhere"}}) {
+    const std::array<std::string, 3> cases[] = {
+        {ofSystem, "user", "/Applications"},   {ofUser, "user", home + "/Applications"},
+        {ofSystem, ofSystem, "/Applications"}, {elsewhere, "user", elsewhere},
+        {elsewhere, "nowhere", elsewhere},     {elsewhere, "Applications", elsewhere}};
+    for (const auto& [folder, ofUserLeadsTo, known] : cases) {
         fs::create_directory_symlink(ofUserLeadsTo, home + "/Applications");
         EXPECT_EQ(paths_.bundlePath(folder + "/Join.app", root), known + "/Join.app") << ofUserLeadsTo;
         fs::remove(home + "/Applications");
     }
-    fs::remove(ofSystem);
-    fs::create_directory_symlink(home + "/elsewhere", ofSystem);
-    EXPECT_EQ(paths_.bundlePath(home + "/elsewhere/Join.app", root), "/Applications/Join.app");
 }
 
 TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheStart) {
@@ -73,56 +114,51 @@ TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheSt
 }
 
 TEST_F(LinuxPathsOfAUser, AHomeThatIsNoAbsolutePathIsTakenFromThePasswordEntry) {
-    EXPECT_EQ(paths_.home(), folder_.path());
-    const EnvironmentVariable unset("HOME", nullptr);
-    const std::string fromPasswordEntry = LinuxPaths().home();
+    const auto homeFor = [](const char* home) {
+        const EnvironmentVariable given("HOME", home);
+        return LinuxPaths().home();
+    };
+    EXPECT_EQ(homeFor("/home/ann//"), "/home/ann");
+    const std::string fromPasswordEntry = homeFor(nullptr);
     EXPECT_EQ(fromPasswordEntry.front(), '/');
-    for (const char* home : {"", "ann", "./ann"}) {
-        const EnvironmentVariable odd("HOME", home);
-        EXPECT_EQ(LinuxPaths().home(), fromPasswordEntry) << home;
-    }
-    const EnvironmentVariable slashes("HOME", "/home/ann//");
-    EXPECT_EQ(LinuxPaths().home(), "/home/ann");
+    for (const char* home : {"", "ann", "./ann"})
+        EXPECT_EQ(homeFor(home), fromPasswordEntry) << home;
 }
 
-TEST_F(LinuxPathsOfAUser, TheTemporaryFolderGivenByTheEnvironmentEndsWithOneSeparator) {
-    for (const char* ending : {"", "/", "//"}) {
-        const EnvironmentVariable given("TMPDIR", (folder_.path() + ending).c_str());
-        EXPECT_EQ(paths_.temporary(), folder_.path() + "/");
-    }
-    ::chmod(folder_.path().c_str(),
-            0755); // nothing of ours lies where others may look, or put something first
-    for (const std::string& unfit : {folder_.path(), std::string("tmp"), folder_ / "missing"}) {
-        const EnvironmentVariable given("TMPDIR", unfit.c_str());
-        EXPECT_EQ(paths_.temporary(), folder_ / ".cache/tavojoin/tmp/") << unfit;
-    }
+TEST_F(LinuxPathsOfAUser, APrivateTemporaryFolderGivenByTheEnvironmentIsTaken) {
+    const auto temporaryFor = [this](const std::string& given) {
+        const EnvironmentVariable variable("TMPDIR", given.c_str());
+        return paths_.temporary();
+    };
+    for (const char* ending : {"", "/", "//"})
+        EXPECT_EQ(temporaryFor(folder_.path() + ending), folder_.path() + "/");
+    fs::permissions(folder_.path(), fs::perms{0755}); // others may look there, or put something there first
+    for (const std::string& unfit : {folder_.path(), std::string("tmp"), folder_ / "missing"})
+        EXPECT_EQ(temporaryFor(unfit), folder_ / ".cache/tavojoin/tmp/") << unfit;
 }
 
 TEST_F(LinuxPathsOfAUser, InASharedCacheOurFoldersAreMadePrivateAndThoseOfOthersLeftAlone) {
     const std::string cache = folder_ / "shared";
     const EnvironmentVariable shared("XDG_CACHE_HOME", cache.c_str());
-    const std::string file = "/tmp/file";
-    writeFile(folder_ / "precious" + file, "x");
-    ::chmod((folder_ / "precious").c_str(), 0700);
-    for (const char* name : {"/tavojoin", "/tavojoin/tmp"}) {
-        ::chmod(paths_.temporary().c_str(), 0777);
-        ::chmod((cache + "/tavojoin").c_str(), 0777);
+    const std::string precious = writeFile(folder_ / "precious/tmp/file", "x");
+    fs::permissions(folder_ / "precious", fs::perms::owner_all);
+    for (const std::string& ours : {cache + "/tavojoin", cache + "/tavojoin/tmp"}) {
+        fs::permissions(paths_.temporary(), fs::perms::all);
+        fs::permissions(cache + "/tavojoin", fs::perms::all);
         paths_.temporary();
-        EXPECT_EQ(modeOf(cache + name), fs::perms::owner_all);
-        fs::remove_all(cache + name);
-        fs::create_directory_symlink(folder_ / "precious", cache + name);
+        EXPECT_EQ(modeOf(ours), fs::perms::owner_all);
+        fs::remove_all(ours);
+        fs::create_directory_symlink(folder_ / "precious", ours);
         EXPECT_THROW(paths_.temporary(), Exception);
         paths_.prepare();
-        EXPECT_TRUE(fs::exists(folder_ / "precious" + file)) << name;
-        fs::remove(cache + name);
-        if (::geteuid() != 0) // only root can make a folder that belongs to another user
-            continue;
-        writeFile(cache + "/tavojoin" + file, "x");
-        ::chmod((cache + "/tavojoin").c_str(), 0700);
-        ASSERT_EQ(::chown((cache + name).c_str(), 65534, 65534), 0);
-        EXPECT_THROW(paths_.temporary(), Exception);
-        paths_.prepare();
-        EXPECT_EQ(fs::exists(cache + "/tavojoin" + file), name == std::string("/tavojoin"));
-        fs::remove_all(cache);
+        EXPECT_TRUE(fs::exists(precious)) << ours;
+        fs::remove(ours);
     }
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make what belongs to another user";
+    const std::string file = writeFile(paths_.temporary() + "file", "x");
+    ASSERT_EQ(::chown((cache + "/tavojoin").c_str(), 65534, 65534), 0);
+    EXPECT_THROW(paths_.temporary(), Exception);
+    paths_.prepare();
+    EXPECT_TRUE(fs::exists(file));
 }

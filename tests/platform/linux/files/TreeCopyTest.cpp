@@ -15,12 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Gives a file, folder or link times that no clock would give.
-void setTimes(const std::string& path, long second) {
-    const std::array<timespec, 2> times{timespec{second, 123456789}, timespec{second + 1, 987654321}};
-    ASSERT_EQ(::utimensat(AT_FDCWD, path.c_str(), times.data(), AT_SYMLINK_NOFOLLOW), 0) << path;
-}
-
+/// The mode and times of a file, folder or link.
 std::string attributesOf(const std::string& path) {
     struct stat status {};
     if (::lstat(path.c_str(), &status) != 0)
@@ -48,7 +43,10 @@ TEST(TreeCopy, KeepsModesTimesAndLinksOfFoldersThatCannotBeWrittenTo) {
     const char* names[] = {"/sealed/file", "/empty", "/absolute", "/dangling", "/loop", "/sealed", ""};
     std::vector<std::string> expected;
     for (long second = 1'000'000'000; const char* name : names) {
-        setTimes(folder / "from" + name, ++second);
+        // Times that no clock would give.
+        const std::array<timespec, 2> times{timespec{++second, 123456789}, timespec{second + 1, 987654321}};
+        ASSERT_EQ(::utimensat(AT_FDCWD, (folder / "from" + name).c_str(), times.data(), AT_SYMLINK_NOFOLLOW),
+                  0);
         expected.push_back(attributesOf(folder / "from" + name));
     }
 
@@ -88,12 +86,12 @@ TEST(TreeCopy, RefusesWhatIsNeitherFileNorFolderNorLinkAndWhatHasNoEnd) {
         deep += "/d";
     fs::create_directories(deep);
     const std::pair<std::string, std::string> cases[] = {
-        {folder / "with-pipe", folder / "pipe-copy"},
-        {"/dev/zero", folder / "device-copy"},
+        {folder / "with-pipe", folder / "copy1"},
+        {"/dev/zero", folder / "copy2"},
         {folder / "into-itself", folder / "into-itself/copy"},
         {folder / "into-itself", folder / "into-itself/inner/copy"},
-        {folder / "deep", folder / "deep-copy"},
-        {folder / "missing", folder / "missing-copy"}};
+        {folder / "deep", folder / "copy3"},
+        {folder / "missing", folder / "copy4"}};
     for (const auto& [source, target] : cases)
         EXPECT_FALSE(copyTree(source, target)) << source;
 }
