@@ -12,9 +12,8 @@ using namespace join::test;
 
 TEST(SystemVersionList, ReportsAVersionThatSaysNothingOfTheSystemsAgeAsEleven) {
     const auto reports = [](const std::string& version, const std::string& reported) {
-        const std::string list = systemVersionList("N", version);
-        return list.find("<key>ProductVersion</key>\n\t<string>" + reported + "</string>") !=
-               std::string::npos;
+        const std::string line = "<key>ProductVersion</key>\n\t<string>" + reported + "</string>";
+        return systemVersionList("N", version).find(line) != std::string::npos;
     };
     for (const char* version : {"12", "22.04", "11.2.3", "20240101"})
         EXPECT_TRUE(reports(version, version)) << version;
@@ -38,20 +37,20 @@ TEST(SystemVersionList, HoldsNothingThatXmlCannotHold) {
 
 TEST(SystemVersionFile, NamesThisSystemAndIsNeverReplaced) {
     const TemporaryFolder folder;
-    LinuxFileManager files{SystemRoot(folder / "root")};
     const auto released = [&](const std::string& name) {
         const std::string said = folder / name;
         Child({.command = {"sh", "-c", ". /etc/os-release; printf %s \"$" + name + "\""}, .output = said})
             .wait();
         return contentsOf(said);
     };
-    EXPECT_TRUE(makeSystemVersionFile(files));
-    EXPECT_EQ(files.read(systemVersionPath), systemVersionList(released("NAME"), released("VERSION_ID")));
+    const std::string list = systemVersionList(released("NAME"), released("VERSION_ID"));
     const std::string made = folder / "root/System/Library/CoreServices/SystemVersion.plist";
-    writeFile(made, "edited");
+    LinuxFileManager files{SystemRoot(folder / "root")};
     EXPECT_TRUE(makeSystemVersionFile(files));
-    EXPECT_EQ(contentsOf(made), "edited");
-    writeFile(made, ""); // left by a power cut
-    EXPECT_TRUE(makeSystemVersionFile(files));
-    EXPECT_EQ(files.read(systemVersionPath), systemVersionList(released("NAME"), released("VERSION_ID")));
+    EXPECT_EQ(contentsOf(made), list);
+    for (const std::string before : {"edited", ""}) { // by the user; by a power cut
+        writeFile(made, before);
+        EXPECT_TRUE(makeSystemVersionFile(files));
+        EXPECT_EQ(contentsOf(made), before.empty() ? list : before);
+    }
 }
