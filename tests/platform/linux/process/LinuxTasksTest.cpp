@@ -50,16 +50,16 @@ TEST_F(LinuxTasksTest, AProgramEndedByASignalOrAtItsTimeHasNotExited) {
 
 TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
     const Program missing{folder / "missing", {}, "/"};
-    EXPECT_THROW(tasks.run(missing), Exception);
-    EXPECT_THROW(tasks.start(missing), Exception);
-    EXPECT_FALSE(tasks.startDetached(missing));
     const Program noFolder{script("tool", ""), {}, folder / "no-folder"};
-    EXPECT_THROW(tasks.run(noFolder), Exception);
+    for (const Program& program : {missing, noFolder}) {
+        EXPECT_THROW(tasks.run(program), Exception);
+        EXPECT_THROW(tasks.start(program), Exception);
+        EXPECT_FALSE(tasks.startDetached(program));
+    }
     try {
         tasks.run(missing);
     } catch (const Exception& exception) {
-        EXPECT_STREQ(exception.what(),
-                     ("Cannot start " + missing.path + ": No such file or directory").c_str());
+        EXPECT_EQ(exception.what(), "Cannot start " + missing.path + ": No such file or directory");
     }
 }
 
@@ -81,7 +81,9 @@ TEST_F(LinuxTasksTest, OutputOfAnySizeIsReadAndWhatAProgramLeavesBehindIsNotWait
     EXPECT_EQ(result.output.size(), 3000004U);
 }
 
-TEST_F(LinuxTasksTest, AToolThatTheSystemLacksIsAHelperEvenWhenTheBundleIsGone) {
+TEST_F(LinuxTasksTest, AProgramIsFoundBelowTheSystemRootAndAmongTheHelpersEvenWhenTheBundleIsGone) {
+    script("root/Applications/X.app/Contents/MacOS/X", "echo found\n");
+    EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
     std::filesystem::create_directory(folder / "Helpers");
     std::filesystem::copy("/bin/echo", folder / "Helpers/scselect");
     LinuxTasks withHelpers(SystemRoot(folder / "root"), folder / "Helpers");
@@ -89,11 +91,6 @@ TEST_F(LinuxTasksTest, AToolThatTheSystemLacksIsAHelperEvenWhenTheBundleIsGone) 
         EXPECT_EQ(withHelpers.run({"/usr/sbin/no/scselect", {"helper"}, "/"}).output, "helper\n");
         std::filesystem::remove_all(folder / "Helpers");
     }
-}
-
-TEST_F(LinuxTasksTest, AProgramInTheApplicationsFolderIsFoundBelowTheSystemRoot) {
-    script("root/Applications/X.app/Contents/MacOS/X", "echo found\n");
-    EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
 }
 
 TEST_F(LinuxTasksTest, ChildrenGetTheStandardStreamsOnlyAndASessionOfTheirOwnWhenTheyAreLeft) {
