@@ -11,7 +11,6 @@
 
 #include <atomic>
 #include <fcntl.h>
-#include <functional>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -21,20 +20,13 @@ namespace {
 
 using namespace std::chrono_literals;
 using namespace std::string_literals;
+namespace fs = std::filesystem;
 using test::TemporaryFolder;
 using Start = SingleInstance::Start;
 
 Descriptor opened(const std::string& folder) { return openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY); }
 
 InstanceMessage urlMessage(const std::string& url) { return {.url = url, .activationToken = ""}; }
-
-std::vector<std::string> urlsOf(const std::vector<InstanceMessage>& messages) {
-    std::vector<std::string> urls;
-    urls.reserve(messages.size());
-    for (const InstanceMessage& message : messages)
-        urls.push_back(message.url.value_or("(none)"));
-    return urls;
-}
 
 TEST(InstanceMessage, IsReadBackAsItWasWrittenAndNothingElseIsAMessage) {
     const std::vector<InstanceMessage> messages = {
@@ -60,50 +52,44 @@ void startFirst(SingleInstance& instance) {
 
 class SingleInstanceTest : public testing::Test {
 protected:
-    Start startAnother(const InstanceMessage& message, std::chrono::milliseconds patience = 5s) const {
-        return SingleInstance(opened(folder.path()), patience).start(message);
+    void expectResignsWith(const std::vector<std::string>& urls) {
+        std::vector<std::string> left;
+        for (const InstanceMessage& message : first.resign())
+            left.push_back(message.url.value_or("(none)"));
+        EXPECT_EQ(left, urls);
     }
-    void expectResignsWith(const std::vector<std::string>& urls) { EXPECT_EQ(urlsOf(first.resign()), urls); }
 
     TemporaryFolder folder;
     SingleInstance first{opened(folder.path())};
 };
 
-TEST_F(SingleInstanceTest, GivesTheFirstOneTheMessagesOfTheOthersInTheirOrder) {
+TEST_F(SingleInstanceTest, TakesTheMessagesOfOthersInTheirOrderAndLeavesThePlaceWithTheRest) {
+    test::writeFile(folder / "instance.lock", ""); // as a dead one has left them
+    test::writeFile(folder / "instance", "in the socket's place");
     startFirst(first);
     std::atomic<int> notified = 0;
     for (int i = 0; i < 20; ++i) {
         if (i == 10)
             first.messages().setNotification([&] { ++notified; });
-        EXPECT_EQ(startAnother(urlMessage("tavojoin://" + std::to_string(i))), Start::handedOver);
+        const auto message = urlMessage("tavojoin://" + std::to_string(i));
+        EXPECT_EQ(SingleInstance(opened(folder.path())).start(message), Start::handedOver);
     }
-    for (int i = 0; i < 20; ++i)
+    for (int i = 0; i < 18; ++i)
         EXPECT_EQ(first.messages().next(), urlMessage("tavojoin://" + std::to_string(i)));
-    EXPECT_EQ(first.messages().next(), std::nullopt);
+    expectResignsWith({"tavojoin://18", "tavojoin://19"});
     EXPECT_EQ(notified, 20); // the sender gets its answer a moment earlier
-}
 
-TEST_F(SingleInstanceTest, ResignsWithWhatItHasTakenAndLeavesThePlaceToTheNext) {
-    startFirst(first);
-    for (const char* url : {"tavojoin://a", "tavojoin://b"})
-        ASSERT_TRUE(first.handOver(urlMessage(url)));
-    expectResignsWith({"tavojoin://a", "tavojoin://b"});
     SingleInstance next(opened(folder.path()));
     startFirst(next);
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://c")));
     EXPECT_EQ(next.messages().next(), urlMessage("tavojoin://c"));
-}
-
-TEST_F(SingleInstanceTest, TakesThePlaceOfOneThatHasLeftItsSocketAndLock) {
-    test::writeFile(folder / "instance.lock", "");
-    test::writeFile(folder / "instance", "in the socket's place");
-    startFirst(first);
-    EXPECT_EQ(startAnother({}), Start::handedOver);
+    EXPECT_EQ(next.messages().next(), std::nullopt);
 }
 
 TEST_F(SingleInstanceTest, TakesNothingLateWhoseSenderWasToldThatNobodyAnswers) {
     ASSERT_EQ(first.start({}), Start::first);
-    EXPECT_EQ(startAnother(urlMessage("tavojoin://early"), 50ms), Start::unanswered);
+    SingleInstance impatient(opened(folder.path()), 50ms);
+    EXPECT_EQ(impatient.start(urlMessage("tavojoin://early")), Start::unanswered);
     first.messages().begin();
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://later")));
     expectResignsWith({"tavojoin://later"});
@@ -160,64 +146,46 @@ TEST(LaterStarts, AreToldInTheLogWhenNoNextOneStartsToTakeThem) {
 }
 
 TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
-    const TemporaryFolder world;
-    const test::EnvironmentVariable home("HOME", world.path().c_str());
-    const test::EnvironmentVariable cache("XDG_CACHE_HOME", (world / "cache").c_str());
-    const auto pathOf = [](const Descriptor& folder) {
-        return std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(folder.get())).string();
-    };
-    const std::string runtime = world / "runtime";
-    const std::string ours = runtime + "/tavojoin";
-    const test::EnvironmentVariable variable("XDG_RUNTIME_DIR", runtime.c_str());
-    const std::string elsewhere = world / "elsewhere";
-    const auto link = [&] { std::filesystem::create_directory_symlink(elsewhere, ours); };
-    const auto giveAway = [&] {
-        std::filesystem::create_directory(ours);
-        ::chmod(ours.c_str(), 0700);
-        EXPECT_EQ(::chown(ours.c_str(), 65534, 65534), ::geteuid() == 0 ? 0 : -1); // only root can
-    };
-    const struct {
-        const char* what;
-        mode_t mode;
-        bool isTaken;
-        std::function<void()> prepare = [] {};
-    } cases[] = {{"a private one", 0700, true},
-                 {"one that others can enter", 0755, false},
-                 {"one that the group can write", 0770, false},
-                 {"one in which a link leads elsewhere", 0700, false, link},
-                 {"one in which our folder is another user's", 0700, ::geteuid() != 0, giveAway}};
-    for (const auto& [what, mode, isTaken, prepare] : cases) {
-        for (const std::string& made : {elsewhere, runtime})
-            std::filesystem::create_directory(made);
-        ::chmod(elsewhere.c_str(), 0700); // could be ours
-        ::chmod(runtime.c_str(), mode);
-        prepare();
+    const TemporaryFolder cache;
+    const TemporaryFolder runtime;
+    const TemporaryFolder elsewhere; // could be ours
+    const std::string ours = runtime / "tavojoin";
+    const test::EnvironmentVariable cacheVariable("XDG_CACHE_HOME", cache.path().c_str());
+    const test::EnvironmentVariable runtimeVariable("XDG_RUNTIME_DIR", runtime.path().c_str());
+    const auto isOursTaken = [&](mode_t mode) {
+        ::chmod(runtime.path().c_str(), mode);
         const Descriptor folder = openInstanceFolder();
-        struct stat found {};
-        ASSERT_EQ(::fstat(folder.get(), &found), 0);
-        EXPECT_EQ(found.st_mode & 07777U, 0700U) << what;
-        EXPECT_EQ(pathOf(folder) == ours, isTaken) << what;
-        EXPECT_NE(pathOf(folder), elsewhere) << what;
-        std::filesystem::remove_all(runtime);
-    }
+        const auto path = fs::read_symlink("/proc/self/fd/" + std::to_string(folder.get()));
+        EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all);
+        EXPECT_NE(path, elsewhere.path());
+        return path == ours;
+    };
+    for (const mode_t mode : {0755U, 0770U})
+        EXPECT_FALSE(isOursTaken(mode)) << mode;
+    EXPECT_TRUE(isOursTaken(0700));
+    fs::remove(ours);
+    fs::create_directory_symlink(elsewhere.path(), ours);
+    EXPECT_FALSE(isOursTaken(0700));
+    fs::remove(ours);
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can make what belongs to another user";
+    fs::create_directory(ours);
+    fs::permissions(ours, fs::perms::owner_all);
+    ASSERT_EQ(::chown(ours.c_str(), 65534, 65534), 0);
+    EXPECT_FALSE(isOursTaken(0700));
 }
 
-TEST(InstanceFolder, KeepsOtherUsersFromTheSocketAndItsName) {
+TEST_F(SingleInstanceTest, KeepsOtherUsersFromItsSocketAndItsName) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can act as another user";
-    const TemporaryFolder world;
-    ::chmod(world.path().c_str(), 0755);
-    std::filesystem::create_directory(world / "private");
-    ::chmod((world / "private").c_str(), 0700);
-    Descriptor folder = opened(world / "private");
-    SingleInstance first(opened(world / "private"));
     startFirst(first);
+    SingleInstance other(opened(folder.path()), 50ms);
     ASSERT_EQ(::seteuid(65534), 0);
-    EXPECT_FALSE(opened(world / "private"));
+    EXPECT_FALSE(opened(folder.path()));
     // Not even with a descriptor of the folder.
-    EXPECT_THROW(SingleInstance(std::move(folder), 50ms).start(urlMessage("tavojoin://x")), Exception);
+    EXPECT_THROW(other.start(urlMessage("tavojoin://x")), Exception);
     ASSERT_EQ(::seteuid(0), 0);
-    EXPECT_EQ(urlsOf(first.resign()), std::vector<std::string>{});
+    expectResignsWith({});
 }
 
 } // namespace
