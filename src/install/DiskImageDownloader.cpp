@@ -41,6 +41,7 @@ void DiskImageDownloader::startDownloading() {
         return;
     }
     isBusy_ = true;
+    joinInfoWindow_.showInstallation();
     services().mainQueue->enqueue([this] { start(); });
 }
 

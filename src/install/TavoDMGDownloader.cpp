@@ -44,10 +44,7 @@ void post(std::string_view name, const Text& object = std::nullopt) {
 TavoDMGDownloader::TavoDMGDownloader(TavoJoinWindowHandler& joinInfoWindow)
     : DiskImageDownloader(agentDiskImage, joinInfoWindow) {}
 
-void TavoDMGDownloader::startDownLoadingTavoMacDmg() {
-    joinInfoWindow_.showInstallation();
-    startDownloading();
-}
+void TavoDMGDownloader::startDownLoadingTavoMacDmg() { startDownloading(); }
 
 std::string TavoDMGDownloader::url() const {
     const JoinSessionDetails& details = session();

@@ -398,6 +398,8 @@ TEST_F(RealWindows, NothingIsCutOffOrAstrayInAnyLanguageAndAtTwiceTheLength) {
                     continue;
                 const std::string who = widget->objectName().toStdString() + " in " + language;
                 EXPECT_TRUE(isWhole(*widget)) << who;
+                const QString text = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+                EXPECT_FALSE(text.isEmpty() || text.contains('_')) << who << " has no text but its key";
                 if (const auto* const edit = dynamic_cast<QLineEdit*>(widget)) {
                     EXPECT_TRUE(edit->alignment() & Qt::AlignAbsolute)
                         << "cursor and prompt on the same side";

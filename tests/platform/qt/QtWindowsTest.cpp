@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QLabel>
 #include <QPixmap>
 #include <QScreen>
 #include <QTimer>
@@ -108,13 +107,6 @@ TEST_F(QtWindowsTest, ItsIconIsTheDesktopsInEverySize) {
             difference += std::abs(int{shown.constBits()[i]} - int{installed.constBits()[i]});
         EXPECT_LT(difference / static_cast<double>(shown.sizeInBytes()), 4) << size;
     }
-}
-
-TEST_F(QtWindowsTest, OutsideTextIsShownAsTheCharactersItIs) {
-    window->label("infoLabel").setStringValue("<b>bold</b> & <img src='x'>");
-    const auto* label = widget().findChild<QLabel*>("infoLabel");
-    EXPECT_EQ(label->textFormat(), Qt::PlainText);
-    EXPECT_EQ(label->text(), "<b>bold</b> & <img src='x'>");
 }
 
 TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
