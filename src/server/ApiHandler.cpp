@@ -15,7 +15,7 @@ namespace join {
 
 namespace {
 
-std::mutex creationLock;
+std::mutex instanceLock;
 std::unique_ptr<ApiHandler> apiObj;
 
 constexpr int statusOk = 200;
@@ -50,7 +50,7 @@ void applyAnswer(std::string_view method, std::string_view body, JoinSessionDeta
 ApiHandler* ApiHandler::getInstance() {
     constexpr auto method = "+[ApiHandler getInstance]";
     try {
-        const std::scoped_lock lock(creationLock);
+        const std::scoped_lock lock(instanceLock);
         if (!apiObj) {
             apiObj = std::make_unique<ApiHandler>();
             log("%s : Update Info Object Allocated", method);

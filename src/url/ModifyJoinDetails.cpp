@@ -12,24 +12,24 @@ namespace join {
 
 namespace {
 
-constexpr auto method = "-[AppDelegate modifyJoinDetails]";
+constexpr auto modifyMethod = "-[AppDelegate modifyJoinDetails]";
 
 void createJoinDetails(const std::string& path, const JoinSessionDetails& details) {
-    log("%s : tavojoindetails.conf file not available in TavoMeetingNative folder", method);
+    log("%s : tavojoindetails.conf file not available in TavoMeetingNative folder", modifyMethod);
     if (files().create(path, freshJoinDetails(details)))
-        log("%s : tavojoindetails.conf file has been created by join url parameters. ", method);
+        log("%s : tavojoindetails.conf file has been created by join url parameters. ", modifyMethod);
     else
-        log("%s : Unable to create tavojoindetails.conf file", method);
+        log("%s : Unable to create tavojoindetails.conf file", modifyMethod);
 }
 
 /// Logs the values that the session adds to the file.
 void logAddedValues(const JoinSessionDetails& details) {
     if (const Text value = details.roleChangeOnInit(); isFilled(value))
-        log("%s : Condition roleChangeOnInit : %@", method, value);
+        log("%s : Condition roleChangeOnInit : %@", modifyMethod, value);
     if (const Text value = details.viewerId(); isFilled(value))
-        log("%s : Condition viewer_d : %@", method, value);
+        log("%s : Condition viewer_d : %@", modifyMethod, value);
     if (const Text value = details.firstTimeInstall(); isFilled(value))
-        log("%s : Condition firsttimeInstall : %@ ", method, value);
+        log("%s : Condition firsttimeInstall : %@ ", modifyMethod, value);
     if (const Text value = details.isConfirmationNeeded(); isFilled(value))
         log("condition isConfirmationNeeded : %@ ", value);
 }
@@ -37,8 +37,8 @@ void logAddedValues(const JoinSessionDetails& details) {
 } // namespace
 
 void modifyJoinDetails() {
-    reportingExceptions(method, [&] {
-        log("%s : Modify joindetails called!", method);
+    reportingExceptions(modifyMethod, [&] {
+        log("%s : Modify joindetails called!", modifyMethod);
         JoinSessionDetails& details = session();
         const std::string path = joinDetailsFile();
         if (!files().exists(path)) {
@@ -46,22 +46,22 @@ void modifyJoinDetails() {
             return;
         }
         // A file that cannot be read, or is shorter than its header, counts as empty.
-        const std::string body = readJoinParameterFile(method, path).value_or(std::string());
+        const std::string body = readJoinParameterFile(modifyMethod, path).value_or(std::string());
         const OldJoinDetails old = readOldJoinDetails(body);
         for (const std::string_view piece : old.roleChangePieces)
-            log("%s : Role Change Init : %@", method, piece);
+            log("%s : Role Change Init : %@", modifyMethod, piece);
         logAddedValues(details);
 
         details.nameGuest();
-        log("%s : Key : %@ email : %@ ", method, details.key(), details.emailID());
+        log("%s : Key : %@ email : %@ ", modifyMethod, details.key(), details.emailID());
         if (!details.key())
             return;
         const std::string text = updatedJoinDetails(old, details);
-        log("%s : Join Details : %@", method, text);
+        log("%s : Join Details : %@", modifyMethod, text);
         files().remove(path);
         if (!files().create(path, text))
-            log("%s : Unable to create tavojoindetails.conf file", method);
-        log("%s : Joindetails file has been modified by join url parameters. ", method);
+            log("%s : Unable to create tavojoindetails.conf file", modifyMethod);
+        log("%s : Joindetails file has been modified by join url parameters. ", modifyMethod);
     });
 }
 

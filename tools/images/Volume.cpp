@@ -22,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uint64_t sectorSize = 512;
+constexpr std::uint64_t diskSectorSize = 512;
 constexpr std::size_t systemAreaSize = 32768;
 
 /// Where something lies, in bytes.
@@ -79,12 +79,13 @@ Place hfsPartition(std::ifstream& medium) {
     std::string head(systemAreaSize, '\0');
     if (!medium.read(head.data(), static_cast<std::streamsize>(head.size())))
         throw cutOff();
-    for (std::size_t entry = sectorSize; entry < head.size(); entry += sectorSize) {
-        const std::string_view bytes = std::string_view(head).substr(entry, sectorSize);
+    for (std::size_t entry = diskSectorSize; entry < head.size(); entry += diskSectorSize) {
+        const std::string_view bytes = std::string_view(head).substr(entry, diskSectorSize);
         if (!bytes.starts_with("PM"))
             break;
         if (std::string_view(bytes.substr(48, 32).data()) == "Apple_HFS")
-            return {.offset = readBig32(bytes, 8) * sectorSize, .size = readBig32(bytes, 12) * sectorSize};
+            return {.offset = readBig32(bytes, 8) * diskSectorSize,
+                    .size = readBig32(bytes, 12) * diskSectorSize};
     }
     throw std::runtime_error("no HFS+ partition in the partition map");
 }

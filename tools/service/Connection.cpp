@@ -8,10 +8,10 @@
 namespace join::tools {
 namespace {
 
-constexpr std::size_t blockSize = std::size_t{64} << 10U;
+constexpr std::size_t pieceSize = std::size_t{64} << 10U;
 
 const std::string& block() {
-    static const std::string bytes(blockSize, 'a');
+    static const std::string bytes(pieceSize, 'a');
     return bytes;
 }
 

@@ -8,7 +8,7 @@ namespace join::platform {
 
 namespace {
 
-constexpr std::size_t maximumSize = std::size_t{1} << 20;
+constexpr std::size_t maximumListSize = std::size_t{1} << 20;
 
 } // namespace
 
@@ -23,7 +23,7 @@ std::string dataText(std::string_view bytes) {
 }
 
 std::optional<Value> PlistPropertyLists::parse(std::string_view bytes) {
-    if (bytes.size() > maximumSize)
+    if (bytes.size() > maximumListSize)
         return std::nullopt;
     if (bytes.starts_with("bplist00"))
         return parseBinaryPropertyList(bytes);

@@ -25,6 +25,9 @@ inline std::uint64_t littleEndian(std::string_view bytes, std::size_t place, std
     return number;
 }
 
+/// The unit of disks and their images, in bytes.
+constexpr std::uint64_t sectorSize = 512;
+
 /// Where something lies, in bytes.
 struct Extent {
     std::uint64_t offset = 0;

@@ -19,7 +19,7 @@ bool isZero(std::string_view bytes) {
            (bytes.front() == '\0' && std::memcmp(bytes.data(), bytes.data() + 1, bytes.size() - 1) == 0);
 }
 
-void require(bool isDone) {
+void requireWritten(bool isDone) {
     if (!isDone)
         fail("the volume cannot be unpacked");
 }
@@ -57,7 +57,7 @@ std::string ImageFile::read(std::uint64_t offset, std::size_t size) const {
 NewImage::NewImage(const std::string& folder) {
     const std::string path = folder + "/raw";
     file_ = Descriptor(::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
-    require(file_ && ::unlink(path.c_str()) == 0);
+    requireWritten(file_ && ::unlink(path.c_str()) == 0);
 }
 
 std::size_t NewImage::write(std::uint64_t place, std::string_view bytes) const {
@@ -66,14 +66,14 @@ std::size_t NewImage::write(std::uint64_t place, std::string_view bytes) const {
     for (std::size_t done = 0; done < bytes.size();) {
         const ssize_t count =
             ::pwrite(file_.get(), bytes.data() + done, bytes.size() - done, static_cast<off_t>(place + done));
-        require(count >= 0 || errno == EINTR);
+        requireWritten(count >= 0 || errno == EINTR);
         done += static_cast<std::size_t>(std::max<ssize_t>(count, 0));
     }
     return bytes.size();
 }
 
 ImageFile NewImage::finish(std::uint64_t size) {
-    require(::ftruncate(file_.get(), static_cast<off_t>(size)) == 0);
+    requireWritten(::ftruncate(file_.get(), static_cast<off_t>(size)) == 0);
     return ImageFile(std::move(file_));
 }
 

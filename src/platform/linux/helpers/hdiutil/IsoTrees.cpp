@@ -4,7 +4,7 @@ namespace join::platform::hdiutil {
 
 namespace {
 
-constexpr std::uint64_t sectorSize = 2048;
+constexpr std::uint64_t discSectorSize = 2048;
 constexpr std::uint64_t firstDescriptor = 16;
 constexpr std::uint64_t maximumDescriptors = 64;
 
@@ -13,7 +13,7 @@ enum DescriptorType : char { primary = 1, supplementary = 2 };
 /// With Rock Ridge, the root folder's first record has a mark after ISO 9660's own 34 bytes.
 bool hasRockRidge(const RandomAccess& image, std::string_view descriptor) {
     constexpr std::size_t placeOfRoot = 162;
-    const std::uint64_t root = bigEndian(descriptor, placeOfRoot, 4) * sectorSize;
+    const std::uint64_t root = bigEndian(descriptor, placeOfRoot, 4) * discSectorSize;
     return image.read(root + 34, 6) == "SP\x07\x01\xBE\xEF";
 }
 
@@ -50,9 +50,9 @@ IsoTree richerTree(const RandomAccess& image) {
     IsoTree tree;
     bool isRicherBefore = false;
     for (std::uint64_t number = 0; number < maximumDescriptors; ++number) {
-        const std::uint64_t place = (firstDescriptor + number) * sectorSize;
-        const std::string descriptor = image.read(place, sectorSize);
-        if (descriptor.size() != sectorSize || descriptor.compare(1, 5, "CD001") != 0)
+        const std::uint64_t place = (firstDescriptor + number) * discSectorSize;
+        const std::string descriptor = image.read(place, discSectorSize);
+        if (descriptor.size() != discSectorSize || descriptor.compare(1, 5, "CD001") != 0)
             break;
         if (descriptor.front() == primary) {
             isRicherBefore = hasRockRidge(image, descriptor);

@@ -13,8 +13,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::uint64_t sectorSize = 512;
-
 void add(std::vector<Extent>& partitions, const RandomAccess& disk, Extent partition) {
     const bool isNew = std::ranges::count(partitions, partition.offset, &Extent::offset) == 0;
     if (!isNew || partition.offset >= disk.size())

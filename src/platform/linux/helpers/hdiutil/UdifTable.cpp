@@ -12,7 +12,6 @@ namespace join::platform::hdiutil {
 
 namespace {
 
-constexpr std::uint64_t sectorSize = 512;
 constexpr std::size_t headSize = 204;
 constexpr std::size_t entrySize = 40;
 constexpr std::uint64_t portion = std::uint64_t{1} << 20; ///< of a plain chunk, which may be of any size

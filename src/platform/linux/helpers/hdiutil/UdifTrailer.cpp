@@ -27,14 +27,14 @@ bool hasVersionAndSize(const std::string& bytes) {
     return bigEndian(bytes, 4, 4) == formatVersion && bigEndian(bytes, 8, 4) == UdifTrailer::size;
 }
 
-void require(bool condition) {
+void requireTrailer(bool condition) {
     if (!condition)
         throw Exception("the image is damaged: its trailer is wrong");
 }
 
 Extent extentAt(const std::string& bytes, std::size_t place, std::uint64_t room) {
     const Extent extent{bigEndian(bytes, place, 8), bigEndian(bytes, place + 8, 8)};
-    require(extent.offset <= room && extent.size <= room - extent.offset);
+    requireTrailer(extent.offset <= room && extent.size <= room - extent.offset);
     return extent;
 }
 
@@ -53,7 +53,7 @@ bool isUdif(const RandomAccess& image) {
 
 UdifTrailer readUdifTrailer(const RandomAccess& image) {
     const std::string bytes = lastBytes(image);
-    require(bytes.size() == UdifTrailer::size && hasSignature(bytes) && hasVersionAndSize(bytes));
+    requireTrailer(bytes.size() == UdifTrailer::size && hasSignature(bytes) && hasVersionAndSize(bytes));
     constexpr std::size_t placeOfDataCrc = 80;
     const std::uint64_t room = image.size() - UdifTrailer::size;
     const std::uint64_t resourceFork = bigEndian(bytes, 48, 8);
@@ -62,7 +62,7 @@ UdifTrailer readUdifTrailer(const RandomAccess& image) {
                         .dataCrc = crcAt(bytes, placeOfDataCrc),
                         .masterCrc = crcAt(bytes, 352)};
     trailer.isRaw = resourceFork == 0 && trailer.propertyList.size == 0;
-    require(trailer.dataCrc || bigEndian(bytes, placeOfDataCrc, 4) == noChecksum);
+    requireTrailer(trailer.dataCrc || bigEndian(bytes, placeOfDataCrc, 4) == noChecksum);
     return trailer;
 }
 
