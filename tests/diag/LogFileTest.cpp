@@ -13,7 +13,8 @@ protected:
     void rotate(const std::string& mark) {
         files.put(logFolder + "join.log", mark + std::string(262'145 - mark.size(), '.'));
         timers.fire();
-        EXPECT_EQ(journal.back(), "truncate " + slots().tavoJoinLogFolder + "join.log"); // the streams stay on it
+        EXPECT_EQ(journal.back(),
+                  "truncate " + slots().tavoJoinLogFolder + "join.log"); // the streams stay on it
     }
     /// How the rotated files begin, the newest first.
     std::string marks(int count) {

@@ -110,15 +110,14 @@ std::vector<HostileImage> damagedImages() {
     const std::string volume = harmlessVolume();
     const std::string image = udifOf(volume, ChunkKind::zlib);
     const std::string plain = udifOf(volume, ChunkKind::raw);
-    return {
-        {"nothing", ""},
-        {"html-page", htmlPage()},
-        {"cut", cutInTheMiddle(image)},
-        {"cut-volume", cutInTheMiddle(volume)},
-        {"trailer-outside", withTrailerPointingOutside(image)},
-        {"too-many-chunks", withTooManyChunks(image)},
-        {"flipped-byte-compressed", withFlippedByte(image, 100)},
-        {"flipped-byte-plain", withFlippedByte(plain, plain.size() / 2)}};
+    return {{"nothing", ""},
+            {"html-page", htmlPage()},
+            {"cut", cutInTheMiddle(image)},
+            {"cut-volume", cutInTheMiddle(volume)},
+            {"trailer-outside", withTrailerPointingOutside(image)},
+            {"too-many-chunks", withTooManyChunks(image)},
+            {"flipped-byte-compressed", withFlippedByte(image, 100)},
+            {"flipped-byte-plain", withFlippedByte(plain, plain.size() / 2)}};
 }
 
 std::vector<HostileImage> maliciousImages(const std::string& linkTarget) {
