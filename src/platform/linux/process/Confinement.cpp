@@ -56,8 +56,9 @@ std::string loader() {
 Confinement::Confinement()
     : known_(rightsKnownTo(
           ::syscall(SYS_landlock_create_ruleset, nullptr, 0, LANDLOCK_CREATE_RULESET_VERSION))) {
-    constexpr int above = 10; // the places of a child's streams
-    const landlock_ruleset_attr refused{.handled_access_fs = known_};
+    constexpr int above = 10;        // the places of a child's streams
+    landlock_ruleset_attr refused{}; // newer headers know more members
+    refused.handled_access_fs = known_;
     const Descriptor made(
         static_cast<int>(::syscall(SYS_landlock_create_ruleset, &refused, sizeof refused, 0)));
     ruleset_ = Descriptor(::fcntl(made.get(), F_DUPFD_CLOEXEC, above));
