@@ -10,8 +10,10 @@
 #include <QApplication>
 #include <QPixmap>
 #include <QScreen>
+#include <QTest>
 #include <QTimer>
 
+#include <functional>
 #include <future>
 #include <thread>
 
@@ -19,13 +21,7 @@ namespace join::platform {
 namespace {
 
 /// Runs the loop until the condition holds, for at most half a minute.
-template <typename Condition>
-bool turnUntil(Condition condition) {
-    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (!condition() && std::chrono::steady_clock::now() < limit)
-        QApplication::processEvents(QEventLoop::AllEvents, 10);
-    return condition();
-}
+bool turnUntil(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 30'000); }
 
 class QtWindowsTest : public testing::Test {
 protected:
