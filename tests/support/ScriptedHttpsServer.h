@@ -1,6 +1,6 @@
 #pragma once
 
-#include "support/TestCertificate.h"
+#include "service/Certificate.h"
 
 #include <gtest/gtest.h>
 #include <openssl/ssl.h>
@@ -47,8 +47,8 @@ struct ScriptedAnswer {
 /// other end it is itself, whatever host was asked for.
 class ScriptedHttpsServer {
 public:
-    explicit ScriptedHttpsServer(const std::string& names = "DNS:localhost,IP:127.0.0.1")
-        : certificate_(names), context_(SSL_CTX_new(TLS_server_method()), SSL_CTX_free),
+    ScriptedHttpsServer()
+        : context_(SSL_CTX_new(TLS_server_method()), SSL_CTX_free),
           listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)), stop_(::eventfd(0, EFD_CLOEXEC)) {
         std::signal(SIGPIPE, SIG_IGN); // OpenSSL writes to connections that the client has closed
         SSL_CTX_use_certificate(context_.get(), certificate_.certificate());
@@ -235,7 +235,7 @@ private:
         return bytes.empty() || SSL_write(tls, bytes.data(), static_cast<int>(bytes.size())) > 0;
     }
 
-    TestCertificate certificate_;
+    tools::Certificate certificate_{"test"};
     std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context_;
     int listener_;
     int stop_;

@@ -31,9 +31,8 @@ void setSerialNumber(X509* certificate) {
           BN_to_ASN1_INTEGER(number.get(), X509_get_serialNumber(certificate)) != nullptr);
 }
 
-void setNames(X509* certificate) {
+void setNames(X509* certificate, const std::string& text) {
     X509_NAME* const name = X509_get_subject_name(certificate);
-    const std::string_view text = "localhost";
     check(X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
                                      reinterpret_cast<const unsigned char*>(text.data()),
                                      static_cast<int>(text.size()), -1, 0) == 1);
@@ -50,12 +49,12 @@ void addExtension(X509* certificate, int kind, const char* value) {
 
 } // namespace
 
-Certificate::Certificate() : key_(EVP_EC_gen("P-256")), certificate_(X509_new()) {
+Certificate::Certificate(const std::string& owner) : key_(EVP_EC_gen("P-256")), certificate_(X509_new()) {
     X509* const certificate = certificate_.get();
     check(key_ != nullptr && certificate != nullptr);
     check(X509_set_version(certificate, versionThree) == 1);
     setSerialNumber(certificate);
-    setNames(certificate);
+    setNames(certificate, owner);
     check(X509_gmtime_adj(X509_getm_notBefore(certificate), -hour) != nullptr);
     check(X509_gmtime_adj(X509_getm_notAfter(certificate), 47 * hour) != nullptr);
     check(X509_set_pubkey(certificate, key_.get()) == 1);

@@ -12,8 +12,8 @@ namespace join::tools {
 /// 127.0.0.1 and ::1, from an hour ago for two days. A client trusts it by trusting it as an authority.
 class Certificate {
 public:
-    /// Throws std::runtime_error.
-    Certificate();
+    /// Of that owner. Throws std::runtime_error.
+    explicit Certificate(const std::string& owner = "localhost");
 
     /// Both live as long as this object.
     X509* certificate() const { return certificate_.get(); }

@@ -1,5 +1,4 @@
 #include "platform/linux/files/LinuxFileManager.h"
-#include "platform/linux/http/HttpModule.h"
 #include "support/HttpWorld.h"
 
 #include <gtest/gtest.h>
@@ -19,8 +18,8 @@ struct World : HttpWorld {
     PostRequest request{
         .url = server.url("/"), .headers = {}, .body = "report", .file = {}, .bodyBehindFile = {}};
 
-    void expectNews(const News& news, const std::string& error, HttpClient& asked) {
-        expectNewsOf([&] { return asked.connect(request, delegate); }, request.url, news, error);
+    void expectNews(const News& news, const std::string& error) {
+        expectNewsOf([&] { return client.connect(request, delegate); }, request.url, news, error);
     }
 };
 
@@ -36,7 +35,7 @@ TEST(CurlConnection, SendsTheHeadersAndTheBodyAsTheyAreAndNothingElse) {
     world.server.expect("/", {.body = "thanks"}, "POST");
     world.request.headers = {
         {"Content-Type", "a/b"}, {"Content-Length", "20000009"}, {"X-Empty", ""}, {"X-A", "a\r\nX-B: b"}};
-    world.expectNews({"response", "thanks", "finish"}, "", world.client);
+    world.expectNews({"response", "thanks", "finish"}, "");
     const std::string head =
         "POST / HTTP/1.1\r\nHost: " + world.server.url("").substr(8) + // behind https://
         "\r\nContent-Type: a/b\r\nContent-Length: 20000009\r\nX-Empty:\r\nX-A: aX-B: b\r\n\r\n";
@@ -55,7 +54,7 @@ TEST(CurlConnection, ReadsAFileInSmallPiecesAndFailsWhenItHasBecomeShorter) {
     };
     World world;
     world.request.file = std::make_shared<ShorteningFile>();
-    world.expectNews({"fail"}, "shorter", world.client);
+    world.expectNews({"fail"}, "shorter");
 }
 
 TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
@@ -84,20 +83,7 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
     for (const auto& [answer, news, error] : cases) {
         world.server.expect("/", answer, "POST");
         world.request.stallTimeout = std::chrono::seconds(answer.fault == Fault::stallBody ? 1 : 60);
-        world.expectNews(news, error, world.client);
-    }
-}
-
-TEST(CurlConnection, AServerThatCannotBeAskedFailsItOnce) {
-    World world;
-    const ScriptedHttpsServer stranger;
-    HttpModule missing(world.folder / "module.so", world.queue, world.policy);
-    world.expectNews({"fail"}, "module.so", missing);
-    for (const auto& [url, error] : {std::pair{stranger.url("/"), "certificate"},
-                                     {"https://localhost:1/", "connect"},
-                                     {"http://localhost/", "the URL"}}) {
-        world.request.url = url;
-        world.expectNews({"fail"}, error, world.client);
+        world.expectNews(news, error);
     }
 }
 
