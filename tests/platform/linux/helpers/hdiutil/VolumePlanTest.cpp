@@ -14,18 +14,15 @@ namespace {
 
 using namespace std::string_literals;
 
-ListedEntry folder(std::string path) {
-    return {.path = std::move(path),
-            .isFolder = true,
-            .mode = S_IFDIR | 0755,
-            .modified = {},
-            .linkText = {},
-            .comment = {}};
-}
-
 ListedEntry file(std::string path, std::uint64_t size = 1, mode_t mode = S_IFREG | 0644) {
     return {
         .path = std::move(path), .size = size, .mode = mode, .modified = {}, .linkText = {}, .comment = {}};
+}
+
+ListedEntry folder(std::string path) {
+    ListedEntry made = file(std::move(path), 0, S_IFDIR | 0755);
+    made.isFolder = true;
+    return made;
 }
 
 ListedEntry link(std::string path, std::uint64_t size) { return file(std::move(path), size, S_IFLNK | 0777); }
