@@ -31,12 +31,6 @@ protected:
     std::string home = world.home(); ///< or another path to it
 };
 
-TEST_F(DeliveredCopy, JoinsWithTheParametersBesideIt) {
-    world.deliverParametersTo(world.home() + "/Downloads");
-    JoinWorld::copyJoinTo(world.home() + "/Downloads");
-    expectJoinFrom(world.home() + "/Downloads");
-}
-
 TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
     JoinWorld::copyJoinTo(world.home() + "/delivery");
     world.deliverParametersTo(world.home() + "/delivery");

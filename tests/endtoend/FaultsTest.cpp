@@ -21,16 +21,6 @@ void expectJoin(const JoinWorld& world, const Launch& launch) {
     EXPECT_TRUE(world.agentRuns());
 }
 
-/// A kind of join: what exists before it, and how Join is started.
-struct Road {
-    std::string name;
-    const char* updateNeeded;
-    std::function<Launch(const JoinWorld&)> prepare;
-    friend std::ostream& operator<<(std::ostream& out, const Road& road) { return out << road.name; }
-};
-
-Launch fromBareComputer(const JoinWorld& world) { return world.launch({world.url()}); }
-
 Launch fromInstalledCopy(const JoinWorld& world, const std::string& more) {
     world.installPrograms();
     return world.launch({world.url(more)}, world.systemRoot() + "/Applications/Join.app");
@@ -43,40 +33,39 @@ Launch fromDeliveredCopy(const JoinWorld& world) {
     return world.launch({}, folder + "/Join.app");
 }
 
-class Killed : public testing::TestWithParam<Road> {};
-
-TEST_P(Killed, AtAnyMomentTheNextRunJoins) {
+TEST(Killed, AtAnyMomentTheNextRunJoins) {
     using namespace std::chrono;
+    const struct {
+        const char* name; ///< of a kind of join
+        const char* updateNeeded;
+        std::function<Launch(const JoinWorld&)> prepare; ///< makes what exists before it
+    } joins[] = {
+        {"bare computer", "true", [](const auto& world) { return world.launch({world.url()}); }},
+        {"update", "true", [](const auto& world) { return fromInstalledCopy(world, "&cav=1.4&jav=99.0"); }},
+        {"delivered copy", "true", fromDeliveredCopy},
+        {"installed agent", "false", [](const auto& world) { return fromInstalledCopy(world, "&cav=1.4"); }}};
     std::mt19937 random(std::random_device{}());
-    microseconds whole = 1s; // the longest join so far
     const char* given = std::getenv("JOIN_KILLS");
-    for (int time = 0; time < (given ? std::atoi(given) : 10); ++time) {
-        const JoinWorld world(delivering({"--update-needed", GetParam().updateNeeded}));
-        Launch start = GetParam().prepare(world);
-        const microseconds moment(std::uniform_int_distribution<std::int64_t>(0, whole.count())(random));
-        {
-            const Child join(start);
-            std::this_thread::sleep_for(moment); // the fault itself: a kill at this moment
+    for (const auto& [name, updateNeeded, prepare] : joins) {
+        microseconds whole = 1s; // the longest join so far
+        for (int time = 0; time < (given ? std::atoi(given) : 10); ++time) {
+            const JoinWorld world(delivering({"--update-needed", updateNeeded}));
+            Launch start = prepare(world);
+            const microseconds moment(std::uniform_int_distribution<std::int64_t>(0, whole.count())(random));
+            {
+                const Child join(start);
+                std::this_thread::sleep_for(moment); // the fault itself: a kill at this moment
+            }
+            if (!fs::exists(start.command.front())) // an update had removed it
+                start.command.front() = world.launch({}).command.front();
+            SCOPED_TRACE(name + (" killed after " + std::to_string(moment.count())) + " µs");
+            const auto begin = steady_clock::now();
+            ASSERT_NO_FATAL_FAILURE(expectJoin(world, start));
+            whole = std::max(whole, duration_cast<microseconds>(steady_clock::now() - begin));
+            expectWholeAgent(world);
         }
-        if (!fs::exists(start.command.front())) // an update had removed it
-            start.command.front() = world.launch({}).command.front();
-        SCOPED_TRACE("killed after " + std::to_string(moment.count()) + " µs");
-        const auto begin = steady_clock::now();
-        ASSERT_NO_FATAL_FAILURE(expectJoin(world, start));
-        whole = std::max(whole, duration_cast<microseconds>(steady_clock::now() - begin));
-        expectWholeAgent(world);
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Faults, Killed,
-    testing::Values(Road{"BareComputer", "true", fromBareComputer},
-                    Road{"Update", "true",
-                         [](const auto& world) { return fromInstalledCopy(world, "&cav=1.4&jav=99.0"); }},
-                    Road{"DeliveredCopy", "true", fromDeliveredCopy},
-                    Road{"InstalledAgent", "false",
-                         [](const auto& world) { return fromInstalledCopy(world, "&cav=1.4"); }}),
-    [](const auto& info) { return info.param.name; });
 
 /// Mounts a small disk as the world's home folder, or changes its size.
 bool mountDisk(const JoinWorld& world, const std::string& options) {

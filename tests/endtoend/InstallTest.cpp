@@ -1,9 +1,7 @@
 #include "endtoend/JoinWorld.h"
-#include "images/HostileImage.h"
 
 #include <gtest/gtest.h>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace join::test {
@@ -115,25 +113,6 @@ TEST(Install, TheAgentsDownloadIsTriedSevenTimesAndThenTheLogsAreSent) {
     EXPECT_EQ(unzip.wait(), 0);
     EXPECT_EQ(count(contentsOf(mail / "Join/join.log"), "Download failed! Error - "), 7);
     EXPECT_EQ(count(world.log(), "Download continues, bytes kept : "), 3 + 2);
-}
-
-TEST(Install, NothingOfARefusedImageIsStartedOrInstalled) {
-    const TemporaryFolder folder;
-    const std::string good = contentsOf(std::string(JOIN_IMAGES) + "/TavoMac.dmg");
-    for (const std::string& bytes :
-         {tools::htmlPage(), tools::cutInTheMiddle(good), tools::withFlippedByte(good, good.size() / 3),
-          tools::withTrailerPointingOutside(good)}) {
-        writeFile(folder / "image", bytes);
-        const JoinWorld world({"--update-needed", "true", "--agent-image", folder / "image"});
-        JoinWorld::copyJoinTo(world.systemRoot() + "/Applications");
-        const Child join(world.launch({world.url()}));
-        EXPECT_TRUE(world.logs("dmg mount task termination status : "));
-        EXPECT_TRUE(world.logs("Cannot launch"));
-        EXPECT_FALSE(world.logHolds("dmg mount task termination status : 0")) << world.log();
-        EXPECT_EQ(world.agentStarts(), "");
-        EXPECT_FALSE(fs::exists(world.support("Tavo.app")));
-        EXPECT_EQ(leftIn(world), std::vector{world.support("TavoMac.dmg")});
-    }
 }
 
 } // namespace

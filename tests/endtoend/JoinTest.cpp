@@ -7,8 +7,6 @@
 namespace join::test {
 namespace {
 
-constexpr auto sessionValidated = "\"M2\":\"Session Validated";
-
 TEST(Join, StartsTheInstalledAgentFromALaunchUrlAndQuits) {
     const JoinWorld world({"--update-needed", "false"});
     world.installPrograms();
@@ -35,17 +33,6 @@ TEST(Join, StartsTheInstalledAgentFromALaunchUrlAndQuits) {
                   "&isDemoMode=false&isDemoTech=false&group=null&email=ann@example.org&key=123456789&");
     EXPECT_TRUE(world.logHolds("-[TavoJoinWindowHandler close] : Agent invoked successfully"));
     EXPECT_TRUE(world.log().ends_with(std::string(133, '-') + "\n\n"));
-}
-
-TEST(Join, TrustsNoServiceWithAnUnknownCertificate) {
-    const JoinWorld world;
-    world.installPrograms();
-    Launch launch = world.launch({world.url()});
-    launch.environment.emplace_back("SSL_CERT_FILE", "/dev/null");
-    const Child join(launch);
-    ASSERT_TRUE(world.logs(sessionValidated));
-    EXPECT_TRUE(world.logHolds("Status code : 0"));
-    EXPECT_EQ(world.requests(), "");
 }
 
 TEST(Join, AsksAndKeepsNothingForALinkToAServerThatThePolicyDoesNotAllow) {
@@ -101,21 +88,6 @@ TEST(Join, StartsInABareHomeWithClosedStandardStreams) {
     struct stat library {};
     ASSERT_EQ(::stat((world.home() + "/Library").c_str(), &library), 0);
     EXPECT_EQ(library.st_mode & 07777U, 0700U);
-}
-
-TEST(Join, PreparesNothingOnASystemThatIsTooOld) {
-    const JoinWorld world;
-    writeFile(world.systemRoot() + "/System/Library/CoreServices/SystemVersion.plist",
-              "<plist version=\"1.0\"><dict><key>ProductName</key><string>Old</string>"
-              "<key>ProductVersion</key><string>10.8.5</string></dict></plist>");
-    Child join(world.launch({}));
-    ASSERT_TRUE(eventually([&] { return world.output().find("\"M1\"") != std::string::npos; }));
-    // It stays up, and a launch URL, which start-up delivers last, has been ignored.
-    Child another(world.launch({world.url()}));
-    EXPECT_TRUE(eventually([&] { return world.output().find("Launch URL ignored") != std::string::npos; }));
-    EXPECT_TRUE(isAlive(join.process()));
-    EXPECT_FALSE(fs::exists(world.home() + "/Library/Logs"));
-    EXPECT_FALSE(fs::exists(world.support("")));
 }
 
 } // namespace

@@ -6,7 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <memory>
@@ -189,25 +188,12 @@ inline std::vector<std::string> leftIn(const JoinWorld& world) {
     return left;
 }
 
-/// The content of a tree: each entry's path with its mode and its bytes, or the text of a link.
-inline std::vector<std::string> treeOf(const fs::path& tree) {
-    std::vector<std::string> entries;
-    for (const auto& entry : fs::recursive_directory_iterator(tree)) {
-        const std::string place = entry.path().lexically_relative(tree);
-        const auto mode = " " + std::to_string(static_cast<int>(entry.symlink_status().permissions()));
-        if (entry.is_symlink())
-            entries.push_back(place + " -> " + fs::read_symlink(entry.path()).string());
-        else
-            entries.push_back(place + mode + (entry.is_regular_file() ? contentsOf(entry.path()) : ""));
-    }
-    std::ranges::sort(entries);
-    return entries;
-}
-
 inline void expectWholeAgent(const JoinWorld& world) {
     const TemporaryFolder original;
     tools::makeAgentBundle(original / "Tavo.app", tools::defaultAgentVersion);
-    EXPECT_EQ(treeOf(world.support("Tavo.app")), treeOf(original / "Tavo.app"));
+    const std::vector<std::string> compare = {"diff", "-r", "--no-dereference", original / "Tavo.app",
+                                              world.support("Tavo.app")};
+    EXPECT_EQ(statusOf({.command = compare}), 0);
     EXPECT_EQ(contentsOf(world.support("TavoCrashDetector")),
               tools::crashDetectorBytes(tools::defaultCrashDetectorVersion));
 }
