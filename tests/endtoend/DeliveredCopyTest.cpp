@@ -40,6 +40,7 @@ TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
     Launch mount = world.launch({"mount", image});
     mount.command.front() = std::string(JOIN_BUNDLE) + "/Contents/Helpers/hdiutil";
     ASSERT_EQ(statusOf(mount), 0) << world.output();
+    EXPECT_EQ(world.output(), "/Volumes/TavoJoin\n");
     // From the volume itself, and from elsewhere while it is there.
     expectJoinFrom(world.systemRoot() + "/Volumes/TavoJoin");
     fs::remove(world.support("joinparameters.conf"));
