@@ -49,14 +49,15 @@ bool isLost(const QObject& receiver, const QEvent& event) {
 
 } // namespace
 
-QtWaiting::QtWaiting(QtMainQueue& mainQueue)
-    : mainQueue_(mainQueue), thread_([this](const std::stop_token& stop) { doWork(stop); }) {}
+QtWaiting::QtWaiting(QtMainQueue& mainQueue) : mainQueue_(mainQueue) {}
 
 void QtWaiting::await(const std::function<void()>& work) {
     if (waits_ || QThread::currentThread() != thread()) {
         work();
         return;
     }
+    if (!thread_.joinable()) // not earlier: with a second thread, loading the first window takes longer
+        thread_ = std::jthread([this](const std::stop_token& stop) { doWork(stop); });
     const QScopedValueRollback waits(waits_, true);
     std::future<void> end;
     {

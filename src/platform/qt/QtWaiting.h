@@ -14,8 +14,8 @@ namespace join::platform {
 
 class QtMainQueue;
 
-/// Lets the windows live while the logic waits for work that takes long. The work runs on a thread that lasts
-/// as long as this object. If it takes more than a moment, the loop turns meanwhile: windows are painted,
+/// Lets the windows live while the logic waits for work that takes long. The work runs on a thread that is
+/// started for the first of it and lasts as long as this object. If it takes more than a moment, the loop turns meanwhile: windows are painted,
 /// moved and animated, and answer the window manager. No queued work and no timer of the logic runs, and the
 /// user can only leave: close a window, or use Ctrl+W, Ctrl+Q, Escape or a button with the property
 /// "cancels". All other input is lost. Create and destroy it on the main thread.
