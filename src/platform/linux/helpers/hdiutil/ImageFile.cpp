@@ -6,6 +6,7 @@
 #include <fcntl.h>
 #include <string_view>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -53,6 +54,8 @@ std::string ImageFile::read(std::uint64_t offset, std::size_t size) const {
     }
     return bytes;
 }
+
+void ImageFile::discard() const { std::ignore = ::ftruncate(file_.get(), 0); }
 
 NewImage::NewImage(const std::string& folder) {
     const std::string path = folder + "/raw";

@@ -23,6 +23,11 @@ public:
     std::uint64_t size() const override { return size_; }
     std::string read(std::uint64_t offset, std::size_t size) const override;
 
+    /// Empties an unpacked image, which is not needed any more. To close it is not enough: the system keeps a file
+    /// that a program was confined to for a while, and would write it to the disk. An image that was opened by
+    /// its path was opened for reading, and stays as it is.
+    void discard() const;
+
 private:
     Descriptor file_;
     std::uint64_t size_ = 0;

@@ -63,6 +63,7 @@ public:
         if (::mkdir(folder.c_str(), folderMode) != 0)
             fail("the volume's folder cannot be made");
         sevenZip(facts.kind).open([&](const ByteSource& source) { writeVolume(plan, folder, source); });
+        image_.discard();
         if (check && check->finish() != 0)
             throw Exception("the image is damaged: its checksums are wrong");
         interruption_.check();
@@ -95,7 +96,7 @@ private:
         sevenZip(ImageKind::udif).open([&](const ByteSource& source) {
             volume = keepPart(source, partition, staging_.path(), room());
         });
-        image_ = std::move(*volume);
+        replaceImage(std::move(*volume));
         return check;
     }
 
@@ -109,7 +110,7 @@ private:
         const Extent partition = partitionOfVolume(partitions);
         if (table.bytes > room())
             throw Exception("the disk has no room for the volume");
-        image_ = inflateUdif(image_, trailer, table, partition, staging_.path(), interruption_);
+        replaceImage(inflateUdif(image_, trailer, table, partition, staging_.path(), interruption_));
     }
 
     /// Reduces the image to what 7zz must see: a volume without its surroundings, and a disc with the richer
@@ -137,7 +138,12 @@ private:
             place += count;
             return count;
         };
-        image_ = keepPart(read, {0, part.size}, staging_.path(), room());
+        replaceImage(keepPart(read, {0, part.size}, staging_.path(), room()));
+    }
+
+    void replaceImage(ImageFile other) {
+        image_.discard();
+        image_ = std::move(other);
     }
 
     Listing list(ImageKind kind) const {
