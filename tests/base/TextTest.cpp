@@ -19,11 +19,6 @@ TEST(Text, TrimsTabsAndSpaceSeparatorsButNoLineBreaks) {
         EXPECT_EQ(trimBlanks(text), trimmed);
 }
 
-TEST(Text, RemovesWhatStoodThereAndNotWhatComesTogetherByIt) {
-    EXPECT_EQ(removingAll("key=akey=b", "key="), "ab");
-    EXPECT_EQ(removingAll("kekey=y=a", "key="), "key=a");
-}
-
 TEST(Text, FormatsAbsentTextFlagsAndForeignConversions) {
     EXPECT_EQ(formatted("%s : %@ and %@", "who", Text(), Text("")), "who : (null) and ");
     EXPECT_EQ(formatted("%hhd%i %d %ld", true, false, -7, 1L << 40), "10 -7 1099511627776");

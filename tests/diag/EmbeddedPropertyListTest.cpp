@@ -19,9 +19,13 @@ std::string list(std::uint32_t offset, std::uint64_t size = 4) {
     return machSection("__info_plist", size, offset);
 }
 
-TEST(EmbeddedPropertyList, IsTheSectionOfThatNameInTheTextSegment) {
+TEST(EmbeddedPropertyList, IsTheSectionOfThatNameInTheTextSegmentAndNothingBeyondTheEnd) {
+    constexpr std::uint32_t huge = 0xFFFFFFFF;
     const std::string other = littleEndian(2U) + littleEndian(16U) + std::string(8, 'o');
     const std::string code = machSection("__text", 1, 0);
+    const auto withList = [](std::uint32_t offset, std::uint64_t size) {
+        return machHeader(1) + machSegment("__TEXT", 152, 1, list(offset, size)) + "list";
+    };
     const std::pair<std::string, const char*> cases[] = {
         {machImage("list"), "list"},
         {machImage(""), ""},
@@ -39,31 +43,21 @@ TEST(EmbeddedPropertyList, IsTheSectionOfThatNameInTheTextSegment) {
          "list"},
         {machHeader(1) + other + machSegment("__TEXT", 152, 1, list(200)) + "list", "none"},
         {machHeader(0) + machSegment("__TEXT", 152, 1, list(184)) + "list", "none"},
+        {"no executable at all, but longer than the header of one", "none"},
+        {machHeader(huge) + machSegment("__TEXT", 0, 1, list(184)) + "list", "none"}, // would never advance
+        {machHeader(2) + littleEndian(2U) + littleEndian(huge) + machSegment("__TEXT", 152, 1, list(0)),
+         "none"},
+        {machHeader(1) + machSegment("__TEXT", huge, 1, list(184)) + "list", "none"},
+        {machHeader(1) + machSegment("__TEXT", 152, huge, machSection("__text", 0, 0)), "none"},
+        {withList(184, 4), "list"},
+        {withList(184, 5), "none"},
+        {withList(185, 4), "none"},
+        {withList(184, ~std::uint64_t{0} - 100), "none"},
+        {withList(184, (std::uint64_t{1} << 32) + 4), "none"},
+        {withList(huge, 4), "none"},
     };
     for (const auto& [image, expected] : cases)
         EXPECT_EQ(found(image), expected);
-}
-
-TEST(EmbeddedPropertyList, NothingIsReadBeyondTheEndNorForEver) {
-    constexpr std::uint32_t huge = 0xFFFFFFFF;
-    const auto withList = [](std::uint32_t offset, std::uint64_t size) {
-        return machHeader(1) + machSegment("__TEXT", 152, 1, list(offset, size)) + "list";
-    };
-    const std::string images[] = {
-        "no executable at all, but longer than the header of one",
-        machHeader(huge) + machSegment("__TEXT", 0, 1, list(184)) + "list",
-        machHeader(huge) + littleEndian(2U) + littleEndian(0U),
-        machHeader(2) + littleEndian(2U) + littleEndian(huge) + machSegment("__TEXT", 152, 1, list(0)),
-        machHeader(1) + machSegment("__TEXT", huge, 1, list(184)) + "list",
-        machHeader(1) + machSegment("__TEXT", 152, huge, machSection("__text", 0, 0)),
-        withList(184, 5),
-        withList(185, 4),
-        withList(184, ~std::uint64_t{0} - 100),
-        withList(184, (std::uint64_t{1} << 32) + 4),
-        withList(huge, 4),
-    };
-    for (const std::string& image : images)
-        EXPECT_EQ(found(image), "none");
     const std::string whole = machImage("list");
     for (std::size_t size = 0; size < whole.size(); ++size)
         EXPECT_EQ(found(whole.substr(0, size)), "none") << size;

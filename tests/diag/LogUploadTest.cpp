@@ -1,5 +1,3 @@
-#include "diag/DiagnosticTasks.h"
-#include "platform/Services.h"
 #include "support/LogicTest.h"
 
 namespace join::test {
@@ -29,14 +27,12 @@ protected:
         return http.connections.back().first;
     }
 
-    static std::string textPart(const std::string& name, const std::string& value) {
-        return "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"" + name +
-               "\";\r\n\r\n" + value;
-    }
     static std::string texts(const std::string& key, const std::string& comment) {
-        return textPart("logSeverity", "CRITICAL") + textPart("key", key) +
-               textPart("logEventName", "JoinLogs") + textPart("subStr", "Mac Join.app!") +
-               textPart("comment", comment) + textPart("module", "MAC") +
+        const std::string part = "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"";
+        const std::string value = "\";\r\n\r\n";
+        return part + "logSeverity" + value + "CRITICAL" + part + "key" + value + key + part +
+               "logEventName" + value + "JoinLogs" + part + "subStr" + value + "Mac Join.app!" + part +
+               "comment" + value + comment + part + "module" + value + "MAC" +
                "\r\n--unique-consistent-string--\r\n";
     }
     std::string attachment(const std::string& bytes) const {
@@ -44,7 +40,7 @@ protected:
                "filename=\"" +
                archive + "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + bytes;
     }
-    const std::string archive = platform::services().paths->temporary() + "/User.zip";
+    const std::string archive = "/tmp/ann//User.zip";
     const std::string logs = "/home/ann/Library/Logs//TavoFendel/";
     const std::string zip = "run /usr/bin/zip in " + logs + " -r -q " + archive + " . -i *, for 60 s";
     int zipStatus = 0;
@@ -55,18 +51,17 @@ TEST_F(LogUpload, PostsTheArchiveAndTheTextsAsOneForm) {
     const platform::PostRequest& request = upload();
     EXPECT_EQ(request.url, "https://host/api/v1/send_log_mail");
     EXPECT_EQ(bodyOf(request), attachment("PK\r\n--") + texts("123456789", "it failed"));
-    const std::vector<std::pair<std::string, std::string>> headers = {
-        {"Content-Type", "multipart/form-data; boundary=unique-consistent-string"},
-        {"Content-Length", std::to_string(bodyOf(request).size())}};
-    EXPECT_EQ(request.headers, headers);
+    EXPECT_EQ(request.headers, (decltype(request.headers){
+                                   {"Content-Type", "multipart/form-data; boundary=unique-consistent-string"},
+                                   {"Content-Length", std::to_string(bodyOf(request).size())}}));
     EXPECT_TRUE(happenedInOrder(
         journal,
         {"log: -[AppDelegate sendLogFiles:] : Logger URL : https://host/api/v1/send_log_mail",
-         "log: -[AppDelegate zipDirectoryWithPath:] : Temporary Directory : " +
-             platform::services().paths->temporary(),
-         "remove " + archive, zip, "log: -[AppDelegate zipDirectoryWithPath:] : Task succeeded.",
+         "log: -[AppDelegate zipDirectoryWithPath:] : Temporary Directory : /tmp/ann/", "remove " + archive,
+         zip, "log: -[AppDelegate zipDirectoryWithPath:] : Task succeeded.",
          "run /usr/sbin/scselect in / false",
-         "log: -[AppDelegate sendJoinLogTask:]_block_invoke : SendlogTask output \nsaid by /usr/sbin/scselect",
+         "log: -[AppDelegate sendJoinLogTask:]_block_invoke : SendlogTask output \n"
+         "said by /usr/sbin/scselect",
          "log: -[AppDelegate sendJoinLogTask:] : Log file has been sent succesfully !!! ",
          "post https://host/api/v1/send_log_mail",
          "log: -[AppDelegate sendLogFiles:]_block_invoke : Log sending url connection established!! "}));
@@ -82,7 +77,7 @@ TEST_F(LogUpload, ItsFlagSaysWhetherAnEarlierUploadWasOpened) {
     const std::string dump = "run /usr/sbin/scselect in / ";
     EXPECT_TRUE(happenedInOrder(journal, {dump + "false", dump + "false", dump + "true"}));
     EXPECT_EQ(countBeginningWith(journal, dump), 3);
-    EXPECT_EQ(http.livingConnections, 2); // the one that was replaced goes on
+    EXPECT_EQ(http.livingConnections, 2U); // the one that was replaced goes on
 }
 
 TEST_F(LogUpload, ACommentThatSaysNothingIsReplaced) {
@@ -113,7 +108,11 @@ TEST_F(LogUpload, GoesOnWithoutLogFolderAndWithoutZip) {
               "Nothing is attached, there is no folder : " + logs);
 }
 
-TEST_F(LogUpload, OnlyTheWholeBodySaysSuccess) {
+TEST_F(LogUpload, OnlyTheWholeBodySaysSuccessAndAConnectionGoesWhenItHasEnded) {
+    upload();
+    http.connections.back().second->connectionDidFail({"reset", "https://host/"});
+    EXPECT_EQ(said("-[AppDelegate connection:didFailWithError:]"),
+              Journal{"Join Log send NSURLConnection failed! Error - reset https://host/"});
     const std::string method = "-[AppDelegate connectionDidFinishLoading:]";
     const std::string longest(platform::PostRequest().maximumAnswerSize - 1, 'x');
     const std::string failure = "Join send log NSURLConnection failure Response : ";
@@ -142,28 +141,8 @@ TEST_F(LogUpload, OnlyTheWholeBodySaysSuccess) {
         connection.connectionDidFinishLoading();
         EXPECT_EQ(said(method), (Journal{formatted("Succeeded! Received %lu bytes of data", size),
                                          "Received data " + read, outcome}));
-        EXPECT_EQ(http.livingConnections, 1); // those before have gone
+        EXPECT_EQ(http.livingConnections, 1U); // those before have gone
     }
-}
-
-TEST_F(LogUpload, AFailureIsLoggedAndEndsTheConnection) {
-    upload();
-    http.connections.back().second->connectionDidFail({"reset", "https://host/api/v1/send_log_mail"});
-    EXPECT_EQ(
-        said("-[AppDelegate connection:didFailWithError:]"),
-        Journal{"Join Log send NSURLConnection failed! Error - reset https://host/api/v1/send_log_mail"});
-    upload();
-    EXPECT_EQ(http.livingConnections, 1);
-}
-
-TEST_F(LogUpload, AMilestoneOnlyDumpsTheNetworkLocations) {
-    joinFeatureTrackTask();
-    EXPECT_EQ(
-        journal,
-        (Journal{"run /usr/sbin/scselect in /",
-                 "log: -[AppDelegate joinFeatureTrackTask:]_block_invoke : joinFeaturelogTask output \n"
-                 "said by /usr/sbin/scselect",
-                 "log: -[AppDelegate joinFeatureTrackTask:] : joinFeaturelogTask called succesfully !!! "}));
 }
 
 } // namespace join::test

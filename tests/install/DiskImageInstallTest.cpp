@@ -18,19 +18,12 @@ protected:
         };
     }
 
-    /// Completes the download of the image.
-    void finishDownload() {
-        mainQueue.turn();
-        auto& [request, delegate] = http.downloads.back();
-        files.put(request.destination, "image");
-        journal.clear();
-        delegate->downloadDidBegin();
-        delegate->downloadDidReceive(42'000'000, 97'000'000);
-        delegate->downloadDidFinish();
-    }
-
     void downloadAgentImage() {
         delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+        finishDownload();
+    }
+    void downloadJoinImage() {
+        delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
         finishDownload();
     }
 
@@ -44,23 +37,26 @@ protected:
 };
 
 TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnds) {
-    session().retryCounter.set(3);
+    files.put("/Volumes/Tavo/Tavo.app/stale", "left behind by an earlier run");
     EXPECT_THROW(downloadAgentImage(), Terminated);
     EXPECT_TRUE(happenedInOrder(
-        journal,
-        {"log: -[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted", "progress: 0.43 [DOWNLOADED]",
-         "progress: turn", "log: -[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
-         ("log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
-          "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}"),
-         mount, "log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 0",
-         "install /Volumes/Tavo/Tavo.app -> " + agent,
-         "log: -[TavoDMGDownloader copyAppFileAndLaunch] : Tavo.app file copied", "launch " + agent, launched,
-         "install /Volumes/Tavo/TavoCrashDetector -> " + crashDetector,
-         "log: -[TavoDMGDownloader copyCrashDetectorFile] : TavoCrashDetector file copied",
-         "remove " + agentImage, detach,
-         "log: -[TavoDMGDownloader unMountingTavoMacDmg] : Dmg unmount task termination status : 0",
-         "log: -[TavoJoinWindowHandler close] : Agent invoked successfully"}));
-    EXPECT_EQ(workspace.launches.size(), 1U);
+        journal, {"log: -[TavoDMGDownloader downloadDidBegin:] : downloadDidstarted",
+                  "log: -[DiskImageDownloader downloadDidContinue:] : Download continues, bytes kept : 7",
+                  "progress: 0.43 [DOWNLOADED]", "progress: turn",
+                  "log: -[TavoDMGDownloader downloadDidFinish:] : downloadDidFinish",
+                  "log: +[MonitoringHandler addkey:value:] : Time stamp : {\"M1\":\"Join Launched time : "
+                  "01:05:09\",\"M3\":\"Agent downloaded time : 01:05:09 | Server : host\"}",
+                  detach, mount,
+                  "log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 0",
+                  "install /Volumes/Tavo/Tavo.app -> " + agent,
+                  "log: -[TavoDMGDownloader copyAppFileAndLaunch] : Tavo.app file copied", launched,
+                  "install /Volumes/Tavo/TavoCrashDetector -> " + crashDetector,
+                  "log: -[TavoDMGDownloader copyCrashDetectorFile] : TavoCrashDetector file copied",
+                  "remove " + agentImage, detach,
+                  "log: -[TavoDMGDownloader unMountingTavoMacDmg] : Dmg unmount task termination status : 0",
+                  "log: -[TavoJoinWindowHandler close] : Agent invoked successfully"}));
+    EXPECT_EQ(countBeginningWith(journal, "launch " + agent), 1);
+    EXPECT_FALSE(files.exists(agent + "/stale"));
 }
 
 TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
@@ -68,8 +64,8 @@ TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
     session().isCdnAvailable.set(true);
     installAgent("1");
     EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_EQ(countBeginningWith(journal, "install "), 1);
-    EXPECT_TRUE(workspace.launches.empty());
+    EXPECT_EQ(countBeginningWith(journal, "install ") + countBeginningWith(journal, detach), 2);
+    EXPECT_EQ(countBeginningWith(journal, "launch "), 0);
     EXPECT_FALSE(files.exists(agentImage));
     EXPECT_EQ(slots().milestones.back().value.text()->substr(32), " | Server : CDN");
 
@@ -78,35 +74,24 @@ TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
     EXPECT_EQ(countBeginningWith(journal, "install "), 1);
     EXPECT_FALSE(files.exists(agentImage));
 
+    session().retryCounter.set(3);
     downloadAgentImage(); // both are there now
-    EXPECT_EQ(countBeginningWith(journal, "install "), 0);
-    EXPECT_EQ(countBeginningWith(journal, detach), 0);
+    EXPECT_EQ(countBeginningWith(journal, "install ") + countBeginningWith(journal, detach), 0);
     EXPECT_EQ(session().retryCounter(), 0);
     EXPECT_FALSE(delegate.applicationShouldHandleReopen()); // no download is under way
 }
 
-TEST_F(DiskImageInstall, AVolumeThatAnEarlierRunLeftBehindIsTakenAwayFirst) {
-    files.put("/Volumes/Tavo/Tavo.app/stale", "stale");
-    EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_TRUE(
-        happenedInOrder(journal, {detach, mount, "install /Volumes/Tavo/Tavo.app -> " + agent, detach}));
-    EXPECT_FALSE(files.exists(agent + "/stale"));
-}
-
-TEST_F(DiskImageInstall, AnImageThatCannotBeMountedStartsNothingAndTheUserIsTold) {
+TEST_F(DiskImageInstall, AnAgentThatCannotBeInstalledEndsNoJoinLeavesNoVolumeAndTheUserIsTold) {
     mountStatus = 1;
-    session().retryCounter.set(2);
     downloadAgentImage();
     EXPECT_TRUE(happenedInOrder(
         journal, {"log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 1",
                   launched, "infoLabel: [PROBLEM_OCCURED]", "progress: stop"}));
     EXPECT_FALSE(files.exists(agent));
     EXPECT_TRUE(files.exists(agentImage));
-    EXPECT_TRUE(progressWindow().isVisible());
-    EXPECT_EQ(session().retryCounter(), 0);
-}
+    EXPECT_EQ(countBeginningWith(journal, detach), 0);
 
-TEST_F(DiskImageInstall, AnAgentThatCannotBeCopiedEndsNoJoinAndLeavesNoVolume) {
+    mountStatus = 0;
     volume = {"/Volumes/Tavo/TavoCrashDetector"};
     downloadAgentImage();
     EXPECT_TRUE(happenedInOrder(journal, {mount, launched, detach, "infoLabel: [PROBLEM_OCCURED]"}));
@@ -127,34 +112,15 @@ TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) 
     EXPECT_EQ(sentComments, Journal{"Tavo.app Copy file Failed"});
 
     mountStatus = 0; // the copy succeeds, and the agent is started as a child process instead
+    EXPECT_THROW(downloadAgentImage(), Terminated);
+    files.remove(agent);
     bundles.versions[agent] = "1";
     EXPECT_THROW(downloadAgentImage(), Terminated);
-    EXPECT_EQ(slots().copyCounter, 7);
+    EXPECT_EQ(slots().copyCounter, 8);
     EXPECT_TRUE(happenedInOrder(journal, {"start " + agent + "/main in " + support}));
-}
-
-TEST_F(DiskImageInstall, TheStartWaitsForATurnOfTheLoopAndReadsTheSourceThen) {
-    files.put("/System/Library/CoreServices/SystemVersion.plist",
-              "<plist version=\"1.0\"><dict><key>ProductName</key><string>Debian GNU/Linux</string>"
-              "<key>ProductVersion</key><string>12</string></dict></plist>");
-    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
-    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
-    session().cdnUrl.set("cdn");
-    session().isCdnAvailable.set(true);
-    EXPECT_TRUE(http.downloads.empty());
-    EXPECT_EQ(agentDownloads(), 1);
-    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
-    EXPECT_EQ(agentDownloads(), 1);
-    const std::string busy = "TavoMac.dmg is being downloaded already";
-    EXPECT_EQ(said("-[TavoDMGDownloader startDownLoadingTavoMacDmg]"), Journal(2, busy));
-    EXPECT_EQ(said("-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke"),
-              (Journal{"Tavo Dmg Url : https://cdn/TavoMac.dmg", "System version details Debian GNU/Linux",
-                       "System version : 12"}));
-    EXPECT_EQ(logSink.lines.end()[-2], "destination path : " + agentImage);
-    const platform::DownloadRequest& request = http.downloads.back().first;
-    EXPECT_EQ(request.userAgent, "Debian GNU/Linux 12");
-    EXPECT_EQ(request.destination, agentImage);
-    EXPECT_EQ(request.stallTimeout, std::chrono::seconds(240));
+    EXPECT_EQ(said("-[JoinSessionDetails launchApplicationWith:Directory:]"),
+              (Journal{banner("no bundle at " + agent),
+                       "Tavo.app launched successfully from location : " + support}));
 }
 
 TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
@@ -162,55 +128,70 @@ TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
     files.putFolder("/Applications");
     files.put(homeJoin + "/old", "old"); // a copy that is in the way is left alone
     installAgent("1");
-    delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
-    finishDownload();
-    EXPECT_EQ(http.downloads.back().first.url,
-              "https://host/join-session?key=123456789&role=agent&email=ann@example.org");
-    EXPECT_EQ(http.downloads.back().first.userAgent, "(null) (null)");
+    downloadJoinImage();
     EXPECT_TRUE(happenedInOrder(
         journal,
         {"log: -[JoinDMGDownloader downloadDidBegin:] : JoinMac.dmg downloadDidstarted",
          "log: -[JoinDMGDownloader downloadDidFinish:] : JoinMac.dmg downloadDidFinish",
          "run /usr/bin/hdiutil in / mount " + support + "JoinMac.dmg",
          "log: -[JoinDMGDownloader mountingJoinMacDmg] : JoinMac.dmg mount task termination status : 0",
-         "install /Volumes/TavoJoin/Join.app -> /Applications/Join.app",
+         "create folder " + support, "install /Volumes/TavoJoin/Join.app -> /Applications/Join.app",
          "log: -[JoinDMGDownloader copyAppFile] : Join.app file copied to application folder",
          "run /usr/bin/hdiutil in / detach /Volumes/TavoJoin",
          "log: -[JoinDMGDownloader unMountingTavoJoinDmg] : JoinMac.dmg unmount task termination status : 0",
-         "remove " + support + "JoinMac.dmg", "launch " + agent}));
+         "remove " + support + "JoinMac.dmg",
+         "log: -[AppDelegate appLaunch] : Tavo app file has been launched"}));
     EXPECT_TRUE(files.exists(homeJoin + "/old"));
     files.remove(homeJoin);
-    delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
-    finishDownload();
+    downloadJoinImage();
     EXPECT_EQ(said("-[JoinDMGDownloader copyAppFile]"),
               (Journal{"Join.app file copied to application folder",
                        "Join.app file copied to user application folder"}));
 }
 
-TEST_F(DiskImageInstall, ADownloadThatCannotBeStartedIsLoggedAndLeavesRoomForAnother) {
-    http.refusesConnections = true;
-    const std::string agentStart = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]";
-    const std::string joinStart = "-[JoinDMGDownloader startDownLoadingJoinMacDmg]";
-    for (int time = 0; time < 2; ++time) {
+TEST_F(DiskImageInstall, ADownloadBeginsOnATurnOfTheLoopFromTheSourceOfThatTimeEvenIfAnEarlierOneCouldNot) {
+    const std::string busy = "-[TavoDMGDownloader startDownLoadingTavoMacDmg] : ";
+    const std::string begins = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]_block_invoke : ";
+    const std::string join = "-[JoinDMGDownloader startDownLoadingJoinMacDmg]";
+    const auto start = [&] {
+        journal.clear();
         logSink.lines.clear();
-        for (int twice = 0; twice < 2; ++twice) {
-            delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+        for (int twice = 0; twice < 2; ++twice)
             delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
-        }
-        mainQueue.turn();
-        EXPECT_EQ(
-            logSink.lines,
-            (Journal{agentStart + " : TavoMac.dmg is being downloaded already",
-                     joinStart + " : JoinMac.dmg is being downloaded already",
-                     agentStart + "_block_invoke : Tavo Dmg Url : https://host/agent/TavoMac.dmg",
-                     agentStart + "_block_invoke : System version details (null)",
-                     agentStart + "_block_invoke : System version : (null)",
-                     agentStart + "_block_invoke : Download failed",
-                     joinStart + "_block_invoke : Join Dmg Url : https://host/join-session?key=123456789"
-                                 "&role=agent&email=ann@example.org",
-                     "system version details (null)", "system version : (null)",
-                     "joinMac.dmg  download failed"}));
-    }
+        delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    };
+    http.refusesConnections = true;
+    start();
+    mainQueue.turn();
+    EXPECT_EQ(
+        logSink.lines,
+        (Journal{join + " : JoinMac.dmg is being downloaded already",
+                 join + "_block_invoke : Join Dmg Url : "
+                        "https://host/join-session?key=123456789&role=agent&email=ann@example.org",
+                 "system version details (null)", "system version : (null)", "joinMac.dmg  download failed",
+                 begins + "Tavo Dmg Url : https://host/agent/TavoMac.dmg",
+                 begins + "System version details (null)", begins + "System version : (null)",
+                 begins + "Download failed"}));
+    http.refusesConnections = false;
+    files.put("/System/Library/CoreServices/SystemVersion.plist",
+              "<plist version=\"1.0\"><dict><key>ProductName</key><string>Debian GNU/Linux</string>"
+              "<key>ProductVersion</key><string>12</string></dict></plist>");
+    start();
+    session().cdnUrl.set("cdn");
+    session().isCdnAvailable.set(true);
+    EXPECT_TRUE(http.downloads.empty());
+    EXPECT_EQ(joinDownloads(), 1);
+    delegate.tavoDmgDownloader->startDownLoadingTavoMacDmg();
+    EXPECT_EQ(agentDownloads(), 1);
+    EXPECT_EQ(
+        Journal(logSink.lines.end() - 5, logSink.lines.end()),
+        (Journal{begins + "Tavo Dmg Url : https://cdn/TavoMac.dmg",
+                 begins + "System version details Debian GNU/Linux", begins + "System version : 12",
+                 "destination path : " + agentImage, busy + "TavoMac.dmg is being downloaded already"}));
+    const platform::DownloadRequest& request = http.downloads.back().first;
+    EXPECT_EQ(request.userAgent, "Debian GNU/Linux 12");
+    EXPECT_EQ(request.destination, agentImage);
+    EXPECT_EQ(request.stallTimeout, std::chrono::seconds(240));
 }
 
 TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {

@@ -28,6 +28,7 @@ TEST_F(JoinParameters, AnItemIsTakenByTheFirstNameItBeginsWith) {
         {"&key=123&key=1234567890&", "1234567890,e,g,(null),(null),0"},
         {"&key=123456789&key=12&", "12,e,g,(null),(null),1"},
         {"&key=1key=2&", "12,e,g,(null),(null),7"},
+        {"&key=kekey=y=1&", "key=1,e,g,(null),(null),7"},
         {"&keyword=x&", "keyword=x,e,g,(null),(null),1"},
         {"&GatewayHost1=gw1&defaultGatewayName=gw2&", "old12345,e,g,gw1,(null),7"},
         {"&email=ann@example.org&", "old12345,ann@example.org,g,(null),(null),7"},

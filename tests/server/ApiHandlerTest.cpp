@@ -42,7 +42,6 @@ TEST_F(SessionCheck, MembersOfTheMeetingGoIntoTheSession) {
     const std::pair<std::string, std::string> cases[] = {
         // update needed, storage URL, storage server, is there, content delivery, is there
         {R"("update_needed":false,"cdn_link":"cdn")", "0,(null),(null),0,cdn,1"},
-        {R"("update_needed":false,"cdn_link":"evil")", "0,(null),(null),0,evil,0"}, // refused by the policy
         {R"("cdn_link":"","aws_server":"","aws_server_download_url":"")", "1,(null),,0,(null),0"},
         {R"("aws_server_download_url":"u","aws_server":"s")", "1,u,s,1,(null),0"},
         {R"("Update_needed":false,"cdn_link ":"x","other":null,"list":[1,{}])", untouched},
@@ -57,6 +56,9 @@ TEST_F(SessionCheck, MembersOfTheMeetingGoIntoTheSession) {
         EXPECT_TRUE(answerMeeting(members)) << members;
         EXPECT_EQ(state(), expected) << members;
     }
+    EXPECT_TRUE(answerMeeting(R"("update_needed":false,"cdn_link":"evil")"));
+    EXPECT_EQ(state(), "0,(null),(null),0,evil,0");
+    EXPECT_EQ(said(method).back(), "The host of the images is refused : evil is refused");
 }
 
 TEST_F(SessionCheck, AWrongTypeEndsTheWalkWithABannerAndKeepsWhatCameBefore) {

@@ -10,9 +10,9 @@
 namespace join::test {
 
 /// A tree of files and folders in memory. Changes go into the journal, failed ones as "cannot …".
-class FakeFileManager final : public platform::FileManager {
+class FakeFileManager final : public platform::FileManager, Recorder {
 public:
-    explicit FakeFileManager(Journal& journal) : journal_(journal) {}
+    using Recorder::Recorder;
 
     /// Sets up a file or a folder, with its parents, without recording it.
     void put(const std::string& path, std::string contents) {
@@ -30,58 +30,37 @@ public:
     bool exists(const std::string& path) override { return nodes_.contains(plain(path)); }
     bool createFolder(const std::string& path) override {
         putFolder(path);
-        return record(true, "create folder " + path);
+        return did(true, "create folder " + path);
     }
     bool copy(const std::string& source, const std::string& target) override {
-        return copy("copy ", source, target);
+        return did(!exists(target) && copyTree(source, target), "copy " + source + " -> " + target);
     }
     bool install(const std::string& source, const std::string& target) override {
-        return copy("install ", source, target);
+        return did(!exists(target) && copyTree(source, target), "install " + source + " -> " + target);
     }
     bool installFromVolume(const std::string& source, const std::string& target) override {
-        return copy("install ", source, target);
-    }
-    bool copy(const std::string& way, const std::string& source, const std::string& target) {
-        const std::string from = plain(source);
-        const std::string to = plain(target);
-        const bool possible = exists(from) && !exists(to) && canAppearAt(to);
-        if (possible)
-            copyTree(from, to);
-        return record(possible, way + source + " -> " + target);
+        return install(source, target);
     }
     bool replace(const std::string& source, const std::string& target) override {
-        const std::string to = plain(target);
-        const bool possible = exists(source) && canAppearAt(to);
-        if (possible) {
-            for (const std::string& part : treeAt(to))
-                nodes_.erase(part);
-            copyTree(plain(source), to);
-        }
-        return record(possible, "replace " + target + " by " + source);
+        return did(copyTree(source, target), "replace " + target + " by " + source);
     }
     bool remove(const std::string& path) override {
-        if (!exists(path))
-            return false;
-        const bool possible = !failing_.contains(plain(path));
-        if (possible)
-            for (const std::string& part : treeAt(plain(path)))
-                nodes_.erase(part);
-        return record(possible, "remove " + path);
+        return exists(path) && did(!failing_.contains(plain(path)) && removeTree(path), "remove " + path);
     }
     std::optional<std::string> read(const std::string& path) override {
         return exists(path) && !failing_.contains(plain(path)) ? nodes_[plain(path)] : std::nullopt;
     }
     bool create(const std::string& path, std::string_view contents) override {
-        const bool possible = canAppearAt(plain(path));
+        const bool possible = canAppearAt(path);
         if (possible)
             nodes_[plain(path)] = contents;
-        return record(possible, "create " + path);
+        return did(possible, "create " + path);
     }
     bool truncate(const std::string& path) override {
         const bool possible = read(path).has_value();
         if (possible)
             nodes_[plain(path)] = "";
-        return record(possible, "truncate " + path);
+        return did(possible, "truncate " + path);
     }
     platform::MappedFile map(const std::string& path) override {
         if (read(path).value_or("").empty())
@@ -108,31 +87,33 @@ private:
     static std::string plain(const std::string& path) {
         return std::filesystem::path(path + '/').lexically_normal().parent_path();
     }
+    static bool isWithin(const std::string& path, const std::string& folder) {
+        return (path + '/').starts_with(plain(folder) + '/');
+    }
 
-    bool record(bool success, const std::string& action) {
-        journal_.push_back((success ? "" : "cannot ") + action);
+    bool did(bool success, const std::string& action) {
+        record((success ? "" : "cannot ") + action);
         return success;
     }
 
-    bool canAppearAt(const std::string& plainPath) const {
-        const auto parent = nodes_.find(parentOf(plainPath));
-        return !failing_.contains(plainPath) && parent != nodes_.end() && !parent->second;
+    bool canAppearAt(const std::string& path) {
+        return !failing_.contains(plain(path)) && exists(parentOf(plain(path)));
     }
 
-    std::vector<std::string> treeAt(const std::string& plainPath) const {
-        std::vector<std::string> paths;
-        for (const auto& [path, contents] : nodes_)
-            if (path == plainPath || path.starts_with(plainPath + '/'))
-                paths.push_back(path);
-        return paths;
+    bool removeTree(const std::string& top) {
+        return std::erase_if(nodes_, [&](const auto& node) { return isWithin(node.first, top); }) > 0;
     }
 
-    void copyTree(const std::string& plainSource, const std::string& plainTarget) {
-        for (const std::string& path : treeAt(plainSource))
-            nodes_[plainTarget + path.substr(plainSource.size())] = nodes_[path];
+    bool copyTree(const std::string& source, const std::string& target) {
+        if (!exists(source) || !canAppearAt(target))
+            return false;
+        removeTree(target);
+        for (const auto& [path, contents] : std::map(nodes_))
+            if (isWithin(path, source))
+                nodes_[plain(target) + path.substr(plain(source).size())] = contents;
+        return true;
     }
 
-    Journal& journal_;
     std::map<std::string, std::optional<std::string>> nodes_{{"/", std::nullopt}}; ///< a folder has no bytes
     std::set<std::string> failing_;
 };

@@ -6,7 +6,6 @@
 #include "platform/Timers.h"
 #include "support/Journal.h"
 
-#include <map>
 #include <mutex>
 #include <utility>
 
@@ -24,36 +23,26 @@ public:
     }
 };
 
-/// Timers that fire by hand.
+/// Timers of which the last fires by hand.
 class FakeTimers final : public platform::Timers, Recorder {
 public:
     using Recorder::Recorder;
 
     bool failsOnce = false;
-    std::size_t running() const { return actions_.size(); }
-    void fire() {
-        for (const auto& [number, action] : std::map(actions_))
-            action();
-    }
+    std::function<void()> fire;
+    std::size_t running() const { return running_; }
 
     std::unique_ptr<platform::Timer> repeating(std::chrono::milliseconds interval,
                                                std::function<void()> action) override {
         record("timer " + std::to_string(interval.count()) + " ms");
         if (std::exchange(failsOnce, false))
             throw platform::Exception("no more timers");
-        actions_[++made_] = std::move(action);
-        return std::make_unique<FakeTimer>([this, number = made_] { actions_.erase(number); });
+        fire = std::move(action);
+        return std::make_unique<Counted<platform::Timer>>(running_);
     }
 
 private:
-    struct FakeTimer final : platform::Timer {
-        explicit FakeTimer(std::function<void()> stopping) : stop(std::move(stopping)) {}
-        ~FakeTimer() override { stop(); }
-        std::function<void()> stop;
-    };
-
-    std::map<int, std::function<void()>> actions_;
-    int made_ = 0;
+    std::size_t running_ = 0;
 };
 
 /// Keeps the work of all threads until the test runs a turn of the loop.

@@ -34,14 +34,15 @@ class FakeWorkspace final : public platform::Workspace, Recorder {
 public:
     using Recorder::Recorder;
 
-    std::vector<std::vector<std::string>> launches; ///< the arguments of each
-    std::vector<std::string> running;               ///< bundle identifiers
+    std::vector<std::string> running; ///< bundle identifiers
     std::map<std::string, platform::FileSystemInfo> volumes;
     bool throws = false;
 
     bool launchApplication(const std::string& path, const std::vector<std::string>& arguments) override {
-        record("launch " + path);
-        launches.push_back(arguments);
+        std::string entry = "launch " + path;
+        for (const std::string& argument : arguments)
+            entry += " " + argument;
+        record(entry);
         if (throws)
             throw platform::Exception("no workspace");
         return false; // refused; the logic ignores that

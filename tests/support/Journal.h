@@ -38,6 +38,14 @@ private:
     std::string prefix_;
 };
 
+/// Something of the platform that the test counts as long as it lives.
+template <class Base>
+struct Counted final : Base {
+    explicit Counted(std::size_t& living) : count(living) { ++count; }
+    ~Counted() override { --count; }
+    std::size_t& count;
+};
+
 inline auto countBeginningWith(const Journal& journal, const std::string& beginning) {
     return std::ranges::count_if(journal, [&](const auto& entry) { return entry.starts_with(beginning); });
 }

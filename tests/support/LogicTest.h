@@ -11,11 +11,11 @@
 #include "session/ProcessSlots.h"
 #include "support/FakeApplication.h"
 #include "support/FakeFileManager.h"
-#include "support/FakeLog.h"
 #include "support/FakeTime.h"
 #include "support/FakeWindows.h"
 #include "support/FakeWorkspace.h"
 #include "support/MachOImage.h"
+#include "support/RecordingLog.h"
 #include "support/ScriptedHttpClient.h"
 
 namespace join::test {
@@ -94,6 +94,23 @@ protected:
     auto agentDownloads() { return downloadsOf("/TavoMac.dmg"); }
     auto joinDownloads() { return downloadsOf("/join-session?"); }
 
+    /// Begins the download that is queued, and completes it.
+    void finishDownload() {
+        mainQueue.turn();
+        auto& [request, downloader] = http.downloads.back();
+        files.put(request.destination, "image");
+        journal.clear();
+        downloader->downloadDidBegin();
+        downloader->downloadDidContinue(7);
+        downloader->downloadDidReceive(42'000'000, 97'000'000);
+        downloader->downloadDidFinish();
+    }
+
+    /// What happened from there on.
+    Journal journalFrom(const std::string& entry) const {
+        return {std::ranges::find(journal, entry), journal.end()};
+    }
+
     void installJoin(const std::string& version) {
         files.putFolder("/Applications/Join.app");
         bundles.versions["/Applications/Join.app"] = version;
@@ -131,7 +148,7 @@ protected:
     FakeFileManager files{journal};
     ScriptedHttpClient http{journal};
     platform::NlohmannJson json;
-    FakeLog logSink{journal, files};
+    RecordingLog logSink{&journal};
     FakeMainQueue mainQueue;
     platform::NotificationCenter notifications;
     FakePaths paths;

@@ -26,6 +26,8 @@ public:
         EXPECT_EQ(request.timeout, std::chrono::seconds(60));
         if (const auto found = expected_.find(request.url); found != expected_.end())
             return expected_.extract(found).mapped();
+        if (refusesConnections)
+            return {{}, {}, platform::HttpError{"refused", request.url}};
         ADD_FAILURE() << "unexpected request: " << request.url;
         return {{}, {}, platform::HttpError{"unexpected", request.url}};
     }
@@ -44,8 +46,8 @@ public:
 
     /// The connections that were started, for the test to carry on with.
     std::vector<std::pair<platform::PostRequest, platform::ConnectionDelegate*>> connections;
-    bool refusesConnections = false; ///< none can be started at all
-    int livingConnections = 0;       ///< those that have not been destroyed
+    bool refusesConnections = false; ///< nor downloads
+    std::size_t livingConnections = 0;
 
     std::unique_ptr<platform::Connection> connect(platform::PostRequest request,
                                                   platform::ConnectionDelegate& delegate) override {
@@ -53,16 +55,10 @@ public:
         if (refusesConnections)
             return nullptr;
         connections.emplace_back(std::move(request), &delegate);
-        return std::make_unique<CountedConnection>(livingConnections);
+        return std::make_unique<Counted<platform::Connection>>(livingConnections);
     }
 
 private:
-    struct CountedConnection final : platform::Connection {
-        explicit CountedConnection(int& living) : count(living) { ++count; }
-        ~CountedConnection() override { --count; }
-        int& count;
-    };
-
     std::multimap<std::string, platform::HttpReply> expected_;
 };
 
