@@ -9,7 +9,6 @@
 #include "platform/linux/documents/PlistPropertyLists.h"
 #include "session/JoinSessionDetails.h"
 #include "session/ProcessSlots.h"
-#include "support/FakeApplication.h"
 #include "support/FakeFileManager.h"
 #include "support/FakeTime.h"
 #include "support/FakeWindows.h"
@@ -104,11 +103,6 @@ protected:
         downloader->downloadDidContinue(7);
         downloader->downloadDidReceive(42'000'000, 97'000'000);
         downloader->downloadDidFinish();
-    }
-
-    /// What happened from there on.
-    Journal journalFrom(const std::string& entry) const {
-        return {std::ranges::find(journal, entry), journal.end()};
     }
 
     void installJoin(const std::string& version) {
