@@ -45,9 +45,10 @@ struct RecordingDelegate final : platform::DownloadDelegate, platform::Connectio
     bool hasEnd() const { return !news.empty() && (news.back() == "finish" || news.back() == "fail"); }
 };
 
-/// A server, and a client that trusts it through SSL_CERT_FILE.
+/// A server, a client that trusts it through SSL_CERT_FILE, a download and an upload.
 struct HttpWorld {
     TemporaryFolder certificates;
+    TemporaryFolder folder;
     ScriptedHttpsServer server;
     EnvironmentVariable trust{"SSL_CERT_FILE",
                               writeFile(certificates / "server.pem", server.certificate()).c_str()};
@@ -55,15 +56,26 @@ struct HttpWorld {
     FakeMainQueue queue;
     RecordingDelegate delegate;
     platform::Policy policy;
-    platform::CurlHttpClient client{queue, policy};
+    std::unique_ptr<platform::HttpClient> client = std::make_unique<platform::CurlHttpClient>(queue, policy);
+    platform::DownloadRequest image{.url = server.url("/"),
+                                    .userAgent = "Debian 12",
+                                    .destination = folder / "Image.dmg",
+                                    .stallTimeout = std::chrono::minutes(1)};
+    platform::PostRequest report{
+        .url = server.url("/"), .headers = {}, .body = "report", .file = {}, .bodyBehindFile = {}};
 
-    /// Starts a download or connection to that URL. Checks what the delegate is told until it has ended, and
-    /// shortly after.
-    void expectNewsOf(const std::function<std::shared_ptr<void>()>& start, const std::string& url,
-                      const News& news, const std::string& error) {
-        delegate = {};
-        std::shared_ptr<void> running = start();
-        EXPECT_EQ(delegate.news, News{});
+    void expectDownload(const News& news, const std::string& error = "") {
+        expectNews(client->download(image, delegate), image.url, news, error);
+    }
+    void expectUpload(const News& news, const std::string& error = "") {
+        expectNews(client->connect(report, delegate), report.url, news, error);
+    }
+
+private:
+    /// Checks what the delegate is told until the transfer has ended, and shortly after.
+    void expectNews(std::unique_ptr<platform::Transfer> running, const std::string& url, const News& news,
+                    const std::string& error) {
+        delegate = {}; // it must be told by the queue
         EXPECT_TRUE(eventually([this] { return queue.turn(), delegate.hasEnd(); }));
         running.reset();
         queue.turn();

@@ -212,7 +212,7 @@ void CurlExchange::addHeader(const std::string& line) {
 }
 
 void CurlExchange::decodeAnswer() {
-    set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
+    set(CURLOPT_ACCEPT_ENCODING, ""); // all that libcurl knows
     addHeader("Accept-Encoding:");
 }
 
