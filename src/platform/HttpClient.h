@@ -109,8 +109,8 @@ public:
     /// Starts a download and returns at once, with nullptr if it could not be started at all. The destination
     /// appears only when the body is complete and the status is 2xx; otherwise it is left as it was, and
     /// nothing is left beside it. What has come of a download that breaks off is kept for a day, if the server
-    /// names a version and sends ranges; the next download of the same URL to a file of that name continues it. The delegate must outlive the download. URLs are checked as for get().
-    /// Never throws. Main thread only.
+    /// names a version and sends ranges; the next download of the same URL to a file of that name continues it.
+    /// The delegate must outlive the download. URLs are checked as for get(). Never throws. Main thread only.
     virtual std::unique_ptr<Transfer> download(const DownloadRequest& request,
                                                DownloadDelegate& delegate) = 0;
 
