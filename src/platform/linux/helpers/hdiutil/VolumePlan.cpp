@@ -53,8 +53,6 @@ public:
         plan_.name = volumeName();
         if (!isPlainName(plan_.name) || plan_.name.starts_with('.'))
             throw Exception("the volume's name cannot be used");
-        if (listing_.entries.size() > limits_.entries)
-            throw Exception("the volume holds too many files");
         for (const ListedEntry& entry : listing_.entries)
             add(entry);
         for (const auto& [path, kind] : kinds_) {
