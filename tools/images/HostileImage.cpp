@@ -1,7 +1,6 @@
 #include "images/HostileImage.h"
 
 #include "images/MacVolume.h"
-#include "images/Numbers.h"
 #include "images/ScratchFolder.h"
 #include "images/UdifWriter.h"
 #include "images/Volume.h"
@@ -23,35 +22,6 @@ constexpr std::string_view payload = "written by a hostile image";
 std::string rockRidgeName(std::string_view name) {
     const std::string head{'N', 'M', static_cast<char>(name.size() + 5), 1, 0};
     return head + std::string(name);
-}
-
-std::string noise(std::size_t size) {
-    std::mt19937 generator; // NOLINT(bugprone-random-generator-seed): the same image each time
-    std::string bytes;
-    while (bytes.size() < size)
-        bytes += static_cast<char>(generator());
-    return bytes;
-}
-
-/// A volume "Harmless": a program Tool.app/Contents/MacOS/tool, some text that compresses and a file of noise
-/// that does not.
-std::string harmlessVolume() {
-    const ScratchFolder folder;
-    const fs::path tool = folder.write("Tool.app/Contents/MacOS/tool", "#!/bin/sh\n");
-    fs::permissions(tool, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec);
-    folder.write("text", std::string(1 << 20, 't'));
-    folder.write("noise", noise(1 << 20));
-    return volumeOf(VolumeKind::hfsPlus, {folder.path(), "Harmless"});
-}
-
-/// A UDIF image whose block table claims 16 million chunks but holds few.
-std::string withTooManyChunks(std::string image) {
-    constexpr std::string_view tag = "<data>";
-    constexpr std::size_t countInBase64 = 268; // the three low bytes of the count at byte 200
-    const std::size_t table = image.rfind(tag);
-    if (table == std::string::npos)
-        throw std::runtime_error("no block table");
-    return image.replace(table + tag.size() + countInBase64, 4, "////");
 }
 
 /// A volume of this name (at most 32 bytes), whatever it holds: separators, "..".
@@ -87,37 +57,26 @@ std::string volumeWithFileBehindLink(const std::string& target, const std::strin
 
 } // namespace
 
-std::string cutInTheMiddle(std::string_view image) { return std::string(image.substr(0, image.size() / 2)); }
+std::string noise(std::size_t size) {
+    std::mt19937 generator; // NOLINT(bugprone-random-generator-seed): the same image each time
+    std::string bytes;
+    while (bytes.size() < size)
+        bytes += static_cast<char>(generator());
+    return bytes;
+}
+
+std::string withTooManyChunks(std::string image) {
+    constexpr std::string_view tag = "<data>";
+    constexpr std::size_t countInBase64 = 268; // the three low bytes of the count at byte 200
+    const std::size_t table = image.rfind(tag);
+    if (table == std::string::npos)
+        throw std::runtime_error("no block table");
+    return image.replace(table + tag.size() + countInBase64, 4, "////");
+}
 
 std::string withFlippedByte(std::string image, std::size_t offset) {
     image.at(offset) = static_cast<char>(image.at(offset) ^ 0x10);
     return image;
-}
-
-std::string withTrailerPointingOutside(std::string image) {
-    constexpr std::size_t placeOfListOffset = 216;
-    std::string offset;
-    appendBig64(offset, image.size() + 4096);
-    return image.replace(image.size() - udifTrailerSize + placeOfListOffset, offset.size(), offset);
-}
-
-std::string htmlPage() {
-    return "<!DOCTYPE html>\n<html><head><title>Sign in</title></head><body>Please sign in "
-           "first.</body></html>\n";
-}
-
-std::vector<HostileImage> damagedImages() {
-    const std::string volume = harmlessVolume();
-    const std::string image = udifOf(volume, ChunkKind::zlib);
-    const std::string plain = udifOf(volume, ChunkKind::raw);
-    return {{"nothing", ""},
-            {"html-page", htmlPage()},
-            {"cut", cutInTheMiddle(image)},
-            {"cut-volume", cutInTheMiddle(volume)},
-            {"trailer-outside", withTrailerPointingOutside(image)},
-            {"too-many-chunks", withTooManyChunks(image)},
-            {"flipped-byte-compressed", withFlippedByte(image, 100)},
-            {"flipped-byte-plain", withFlippedByte(plain, plain.size() / 2)}};
 }
 
 std::vector<HostileImage> maliciousImages(const std::string& linkTarget) {
