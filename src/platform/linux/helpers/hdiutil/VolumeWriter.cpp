@@ -49,9 +49,8 @@ public:
             throw Exception("the image is damaged: the volume's files are longer than listed");
         for (const auto& [link, text] : links_)
             makeLink(*link, text);
-        // The innermost first: a change to one alters the time of its parent.
-        for (auto folder = folders.rbegin(); folder != folders.rend(); ++folder)
-            setAttributes(*folder->second);
+        for (const auto& [path, folder] : folders)
+            setAttributes(*folder);
     }
 
 private:
