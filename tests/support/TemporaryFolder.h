@@ -11,17 +11,19 @@
 
 namespace join::test {
 
+namespace fs = std::filesystem;
+
 /// A fresh private folder. Destroying this object removes it with everything in it.
 class TemporaryFolder {
 public:
-    TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "join-test-XXXXXX").string()) {
+    TemporaryFolder() : path_((fs::temp_directory_path() / "join-test-XXXXXX").string()) {
         if (!::mkdtemp(path_.data()))
             throw std::system_error(errno, std::generic_category(), "mkdtemp");
     }
 
     ~TemporaryFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        fs::remove_all(path_, ignored);
     }
 
     TemporaryFolder(const TemporaryFolder&) = delete;
@@ -39,7 +41,7 @@ private:
 
 /// Writes a file and its missing parent folders. Returns its path.
 inline std::string writeFile(const std::string& path, std::string_view contents) {
-    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    fs::create_directories(fs::path(path).parent_path());
     std::ofstream file(path, std::ios::binary | std::ios::trunc);
     file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
     if (!file.flush())
@@ -49,7 +51,7 @@ inline std::string writeFile(const std::string& path, std::string_view contents)
 
 /// Writes a file that its owner may run. Returns its path.
 inline std::string writeProgram(const std::string& path, std::string_view contents = "#!/bin/sh\n") {
-    std::filesystem::permissions(writeFile(path, contents), std::filesystem::perms::owner_all);
+    fs::permissions(writeFile(path, contents), fs::perms::owner_all);
     return path;
 }
 

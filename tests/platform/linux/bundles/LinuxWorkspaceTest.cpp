@@ -1,28 +1,35 @@
 #include "platform/linux/bundles/LinuxWorkspace.h"
 
 #include "platform/Exception.h"
+#include "platform/linux/bundles/BootMark.h"
 #include "platform/linux/bundles/LinuxBundles.h"
 #include "platform/linux/bundles/MountInfo.h"
 #include "platform/linux/bundles/ProcessTable.h"
 #include "platform/linux/documents/PlistPropertyLists.h"
+#include "platform/linux/files/Descriptor.h"
 #include "platform/linux/files/LinuxFileManager.h"
 #include "support/Child.h"
+#include "support/OrdinaryUser.h"
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
 #include <algorithm>
-#include <functional>
+#include <array>
+#include <fcntl.h>
+#include <future>
 #include <gtest/gtest.h>
 #include <list>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 namespace join::test {
 namespace {
 
 using namespace platform;
-namespace fs = std::filesystem;
+using namespace std::string_literals;
+using Lines = std::vector<std::string>;
 
-class LinuxBundlesTest : public testing::Test {
+class LinuxWorkspaceTest : public testing::Test {
 protected:
     /// Makes an application with that text as its executable. Returns the executable's real path.
     std::string makeApplication(const std::string& name, const std::string& script = "#!/bin/sh\n") {
@@ -45,22 +52,26 @@ protected:
     LinuxFileManager files{root};
     PlistPropertyLists lists;
     LinuxBundles bundles{files, lists, root};
+    RecordingLog log;
+    std::function<bool(const Program&)> launch;
+    LinuxWorkspace workspace{root, bundles, log, [this](const Program& program) { return launch(program); }};
 };
 
-TEST_F(LinuxBundlesTest, TheMainExecutableIsToldByTheSystemsPath) {
-    makeApplication("A");
-    for (const char* path : {"/Applications/A.app", "/Applications/A.app/", "//Applications/./A.app"})
-        EXPECT_EQ(bundles.mainExecutable(path), "/Applications/A.app/Contents/MacOS/Run it");
-    fs::create_directory_symlink(root.toReal("/Applications/A.app"), folder / "Link.app");
-    EXPECT_EQ(bundles.mainExecutable(folder / "Link.app"), folder / "Link.app/Contents/MacOS/Run it");
-}
-
-TEST_F(LinuxBundlesTest, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
+TEST_F(LinuxWorkspaceTest, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
     const fs::path programs = fs::path(makeApplication("A")).parent_path();
     const fs::path contents = programs.parent_path();
-    const auto expectRefusal = [&](const std::string& list) {
+    for (const char* path : {"/Applications/A.app", "/Applications/A.app/", "//Applications/./A.app"})
+        EXPECT_EQ(bundles.mainExecutable(path), "/Applications/A.app/Contents/MacOS/Run it");
+    fs::create_directory_symlink(contents.parent_path(), folder / "Link.app");
+    EXPECT_EQ(bundles.mainExecutable(folder / "Link.app"), folder / "Link.app/Contents/MacOS/Run it");
+
+    const auto refusal = [&](const std::string& list) -> std::string {
         writeFile(contents / "Info.plist", list);
-        EXPECT_THROW(bundles.mainExecutable("/Applications/A.app"), Exception) << list;
+        try {
+            return bundles.mainExecutable("/Applications/A.app");
+        } catch (const Exception& exception) {
+            return exception.what();
+        }
     };
     writeProgram(programs / "folder/Run");
     writeProgram(contents / "Outside");
@@ -68,53 +79,33 @@ TEST_F(LinuxBundlesTest, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
     writeProgram(programs / "hollow", "");
     fs::create_symlink("/bin/sh", programs / "shell");
     ASSERT_EQ(::mkfifo((programs / "pipe").c_str(), 0755), 0);
+    const std::string notHeld = "The bundle /Applications/A.app does not hold the executable that it names: ";
     for (const std::string name : {"", ".", "..", "missing", "data", "pipe", "shell", "hollow", "folder",
                                    "/bin/sh", "./Run it", "folder/Run", "../Outside", "Run it/"})
-        expectRefusal(listOf("A", name));
-    expectRefusal(listOf("A", std::string("Run it\0x", 8)));
-    expectRefusal(listOf("A", "Run it", "Other"));
-    expectRefusal("<plist><string>text</string></plist>");
-    expectRefusal("no list");
-    EXPECT_THROW(bundles.mainExecutable("/Applications/Missing.app"), Exception);
+        EXPECT_EQ(refusal(listOf("A", name)), notHeld + name);
+    EXPECT_EQ(refusal(listOf("A", "Run it", "Other")), "The bundle /Applications/A.app names no executable");
+    for (const std::string& list :
+         {listOf("A", "Run it\0x"s), "<plist><string>text</string></plist>"s, "no list"s})
+        EXPECT_EQ(refusal(list), "There is no application bundle at /Applications/A.app") << list;
     fs::remove_all(programs);
     fs::create_directory_symlink("/bin", programs);
-    expectRefusal(listOf("A", "sh"));
+    EXPECT_EQ(refusal(listOf("A", "sh")), notHeld + "sh");
 }
-
-class LinuxWorkspaceTest : public LinuxBundlesTest {
-protected:
-    /// How often each of the applications runs.
-    std::vector<std::size_t> running() {
-        std::vector<std::size_t> counts;
-        for (const char* name : {"Shell", "Env", "Binary"})
-            counts.push_back(workspace.runningApplications(identifier(name)).size());
-        return counts;
-    }
-
-    RecordingLog log;
-    std::function<bool(const Program&)> launch;
-    LinuxWorkspace workspace{root, bundles, log, [this](const Program& program) { return launch(program); }};
-};
 
 TEST_F(LinuxWorkspaceTest, LaunchesTheMainExecutableByItsRealPathAndLogsARefusalOnce) {
     const std::string executable = makeApplication("Agent");
-    const std::vector<std::string> arguments = {"-a", "b c"};
-    const auto expectLaunch = [&](bool succeeds, const std::string& logged) {
-        log.lines.clear();
-        EXPECT_EQ(workspace.launchApplication("/Applications/Agent.app", arguments), succeeds);
-        EXPECT_EQ(log.lines.size(), succeeds ? 0U : 1U);
-        EXPECT_TRUE(succeeds || log.lines.back().ends_with(logged)) << log.lines.back();
-    };
+    const auto isLaunched = [this] { return workspace.launchApplication("/Applications/Agent.app", {"-a"}); };
     launch = [&](const Program& program) {
-        return program.path == executable && program.arguments == arguments;
+        return program.path == executable && program.arguments == Lines{"-a"};
     };
-    expectLaunch(true, "");
+    EXPECT_TRUE(isLaunched());
+    EXPECT_EQ(log.lines, Lines());
     launch = [](const auto& /*program*/) { return false; };
-    expectLaunch(false, executable + " did not start");
+    EXPECT_FALSE(isLaunched());
     launch = [](const auto& /*program*/) -> bool { throw Exception("no memory"); };
-    expectLaunch(false, "Agent.app: no memory");
-    fs::remove(executable);
-    expectLaunch(false, "names: Run it");
+    EXPECT_FALSE(isLaunched());
+    EXPECT_EQ(log.lines, (Lines{"Cannot launch /Applications/Agent.app: " + executable + " did not start",
+                                "Cannot launch /Applications/Agent.app: no memory"}));
 }
 
 TEST_F(LinuxWorkspaceTest, ScriptsAndProgramsOfABundleAreRunningApplicationsAndWhatShowsThemIsNot) {
@@ -128,7 +119,13 @@ TEST_F(LinuxWorkspaceTest, ScriptsAndProgramsOfABundleAreRunningApplicationsAndW
     const std::vector<std::string> commands[] = {{shell, pipe},         {shell, pipe},
                                                  {throughEnv, pipe},    {program, "-f", shell},
                                                  {"tail", "-f", shell}, {"tail", "-f", throughEnv}};
-    using Counts = std::vector<std::size_t>;
+    using Counts = std::array<std::size_t, 3>;
+    const auto running = [this] {
+        const auto count = [this](const char* name) {
+            return workspace.runningApplications(identifier(name)).size();
+        };
+        return Counts{count("Shell"), count("Env"), count("Binary")};
+    };
     EXPECT_EQ(running(), (Counts{0, 0, 0}));
     {
         std::list<Child> children;
@@ -155,31 +152,75 @@ TEST(ProcessTable, AProgramBelongsToTheInnermostBundle) {
         EXPECT_EQ(bundleHolding(path), bundle) << path;
 }
 
-TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumes) {
+TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumesAndTheSystemsOwnStays) {
     const std::string volumes = root.toReal("/Volumes");
     fs::create_directories(volumes + "/of an earlier boot");
     workspace.mountedLocalVolumePaths();
-    fs::create_directories(volumes + "/Tavo Agent");
-    fs::create_directories(volumes + "/.unfinished");
+    for (const char* name : {"/Tavo Agent", "/B", "/.unfinished"})
+        fs::create_directory(volumes + name);
     fs::create_directory_symlink("/", volumes + "/link");
     writeFile(volumes + "/file", "");
 
     const auto paths = workspace.mountedLocalVolumePaths();
-    ASSERT_FALSE(paths.empty());
-    EXPECT_EQ(paths[0], "/Volumes/Tavo Agent");
-    EXPECT_EQ(std::ranges::count_if(paths, [](auto& path) { return path.starts_with("/Volumes/"); }), 1);
+    ASSERT_GE(paths.size(), 2U);
+    EXPECT_EQ(Lines(paths.begin(), paths.begin() + 2), (Lines{"/Volumes/B", "/Volumes/Tavo Agent"}));
     const FileSystemInfo info = workspace.fileSystemInfo("/Volumes/Tavo Agent");
     EXPECT_TRUE(info.known && info.removable && info.unmountable && info.writable);
+    EXPECT_EQ(info.description + ", a " + info.type, "opened disk image, a disk image");
     for (const char* path :
          {"/Volumes/link", "/Volumes/file", "/Volumes", "/Volumes/.", "", "Tavo Agent", "/nowhere"})
         EXPECT_FALSE(workspace.fileSystemInfo(path).known) << path;
+
+    if (std::ranges::count(paths, "/") == 0)
+        GTEST_SKIP() << "the root file system is not on a local device here";
+    const FileSystemInfo system = workspace.fileSystemInfo("/");
+    EXPECT_TRUE(system.known && !system.unmountable && !system.type.empty());
 }
 
-TEST_F(LinuxWorkspaceTest, TheSystemsOwnVolumeStays) {
-    if (std::ranges::count(workspace.mountedLocalVolumePaths(), "/") == 0)
-        GTEST_SKIP() << "the root file system is not on a local device here";
-    const FileSystemInfo info = workspace.fileSystemInfo("/");
-    EXPECT_TRUE(info.known && !info.unmountable && !info.type.empty());
+class BootMark : public LinuxWorkspaceTest {
+protected:
+    bool endVolumesIn(const std::string& boot) const {
+        return endVolumesOfEarlierBoots(root, writeFile(folder / "boot_id", boot));
+    }
+    void mount(const std::string& name) const { writeFile(volumes + "/" + name + "/file", "x"); }
+    auto mounted() const { return std::distance(fs::directory_iterator(volumes), {}); }
+
+    std::string volumes = folder / "root/Volumes";
+};
+
+TEST_F(BootMark, VolumesLiveTillTheNextBoot) {
+    EXPECT_FALSE(endVolumesIn("first")); // there is no root
+    mount(".unfinished");
+    fs::create_directory_symlink(folder.path(), volumes + "/link");
+    // At first nobody knows when they were mounted.
+    for (const auto& [boot, left] : {std::pair{"first", 0}, {"first", 1}, {"", 1}, {"second", 0}}) {
+        mount("V");
+        EXPECT_TRUE(endVolumesIn(boot));
+        EXPECT_EQ(mounted(), left) << boot;
+    }
+    mount("V");
+    for (const std::string& closed : {volumes, root.path()}) { // shown, and so not to be passed for new
+        ASSERT_EQ(::chmod(closed.c_str(), 0555), 0);
+        const OrdinaryUser user;
+        EXPECT_FALSE(endVolumesIn("third")) << closed;
+        ASSERT_EQ(::chmod(closed.c_str(), 0755), 0);
+    }
+    EXPECT_TRUE(endVolumesIn("third"));
+    EXPECT_EQ(mounted(), 0);
+}
+
+TEST_F(BootMark, WhoWaitsForAnotherLeavesWhatThatOneHasMountedSince) {
+    mount("old");
+    const Descriptor other = openForReading(AT_FDCWD, root.path().c_str(), O_DIRECTORY);
+    ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+    auto waiting = std::async(std::launch::async, [this] { return endVolumesIn("boot"); });
+    const std::string waits = "-> FLOCK  ADVISORY  WRITE " + std::to_string(::getpid()) + " ";
+    ASSERT_TRUE(eventually([&] { return contentsOf("/proc/locks").find(waits) != std::string::npos; }));
+    writeFile(folder / "root/Volumes.boot", "boot");
+    mount("new");
+    ASSERT_EQ(::flock(other.get(), LOCK_UN), 0);
+    EXPECT_TRUE(waiting.get());
+    EXPECT_EQ(mounted(), 2);
 }
 
 TEST(MountInfo, TellsLocalVolumesFromOthers) {

@@ -3,12 +3,12 @@
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
 
-namespace join::platform {
+namespace join::test {
 namespace {
 
+using namespace platform;
 using namespace std::string_literals;
 
 /// Whether a policy with this text allows the server.
@@ -45,18 +45,18 @@ TEST(Policy, AllowsAllServersWithoutAListAndNoneWithAnEmptyOneOrIfItIsNoPolicy) 
 }
 
 TEST(Policy, IsTheFirstOfItsFoldersAndNoneIsAllowedIfItCannotBeRead) {
-    const test::TemporaryFolder world;
-    const auto fileIn = [&](const std::string& folder) { return world / (folder + "/tavojoin/policy.conf"); };
-    for (const std::string server : {"b", "c"})
-        test::writeFile(fileIn(server), "[Trust]\nWebServers=" + server);
-    test::writeFile(fileIn("long"), std::string(70'000, '#'));
-    std::filesystem::create_directories(fileIn("folder"));
+    const TemporaryFolder world;
+    for (const auto& [folder, text] : {std::pair{"b", "[Trust]\nWebServers=b"s},
+                                       {"c", "[Trust]\nWebServers=c"},
+                                       {"long", std::string(70'000, '#')}})
+        writeFile(world / folder + "/tavojoin/policy.conf", text);
+    fs::create_directories(world / "folder/tavojoin/policy.conf");
     for (const auto& [folders, allowed] :
          {std::pair{":relative:" + world / "a" + ":" + world / "b" + ":" + world / "c", "b"},
           {world / "a", "bc"},
           {world / "long" + ":" + world / "b", ""},
           {world / "folder" + ":" + world / "b", ""}}) {
-        const test::EnvironmentVariable variable("XDG_CONFIG_DIRS", folders.c_str());
+        const EnvironmentVariable variable("XDG_CONFIG_DIRS", folders.c_str());
         std::string found;
         for (const std::string server : {"b", "c"})
             found += Policy::ofComputer().reasonToRefuse(server) ? "" : server;
@@ -65,4 +65,4 @@ TEST(Policy, IsTheFirstOfItsFoldersAndNoneIsAllowedIfItCannotBeRead) {
 }
 
 } // namespace
-} // namespace join::platform
+} // namespace join::test

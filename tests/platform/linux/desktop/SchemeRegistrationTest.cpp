@@ -8,16 +8,15 @@
 #include "support/RecordingLog.h"
 #include "support/TemporaryFolder.h"
 
+#include <algorithm>
 #include <array>
 #include <gtest/gtest.h>
-#include <sstream>
 #include <sys/file.h>
 #include <sys/stat.h>
 
 namespace join::test {
 
 using namespace platform;
-namespace fs = std::filesystem;
 using Lines = std::vector<std::string>;
 
 const std::string type = "x-scheme-handler/tavojoin";
@@ -60,20 +59,23 @@ protected:
     std::size_t ensure() {
         Journal started;
         RecordingTasks tasks(started);
+        tasks.fails = helperIsMissing_;
         SchemeRegistration registration(root_, bundle_, log_, tasks);
         for (int time = 0; time < 2; ++time)
             registration.ensure("tavojoin", "com.tavo.join");
-        const std::string call = "start register-scheme in / tavojoin com.tavo.join ";
+        const std::string call = "start register-scheme in / ";
         for (const std::string& entry : started) {
             EXPECT_TRUE(entry.starts_with(call)) << entry;
-            runHelper({"tavojoin", "com.tavo.join", entry.substr(call.size())});
+            if (!helperIsMissing_)
+                runHelper(entry.substr(call.size()));
         }
         return started.size();
     }
 
-    void runHelper(Lines arguments) {
-        arguments.insert(arguments.begin(), REGISTER_SCHEME_PROGRAM);
-        status_ = Child({.command = arguments, .output = folder_ / "complaints"}).wait();
+    /// With arguments as a shell reads them.
+    void runHelper(const std::string& arguments) {
+        const Lines command = {"sh", "-c", REGISTER_SCHEME_PROGRAM " " + arguments};
+        status_ = Child({.command = command, .output = folder_ / "complaints"}).wait();
         complaints_ = contentsOf(folder_ / "complaints");
     }
 
@@ -104,6 +106,7 @@ protected:
     const SystemRoot root_{defaultSystemRoot(folder_.path())};
     const std::string bundle_ = folder_ / "Join.app";
     RecordingLog log_;
+    bool helperIsMissing_ = false;
     int status_ = -1;
     std::string complaints_;
 };
@@ -128,17 +131,18 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
 }
 
 TEST_F(SchemeRegistrationTest, ChangesNoOtherDefault) {
-    const std::string list = "# mine\n[Added Associations]\ntext/html=b.desktop;\n"
-                             "[Default Applications]\ntext/html=b.desktop\n"
-                             "x-scheme-handler/https=b.desktop;c.desktop;\n"
-                             "[Removed Associations]\ntext/plain=d.desktop\n";
-    const std::string elsewhere = writeFile(folder_ / "kept elsewhere", list);
+    const std::string before = "# mine\n[Added Associations]\ntext/html=b.desktop;\n"
+                               "[Default Applications]\ntext/html=b.desktop\n"
+                               "x-scheme-handler/https=b.desktop;c.desktop;\n";
+    const std::string behind = "[Removed Associations]\ntext/plain=d.desktop\n";
+    const std::string elsewhere = writeFile(folder_ / "kept elsewhere", before + behind);
     fs::create_directories(folder_ / "config");
     fs::create_symlink(elsewhere, defaults_);
     expectRegistered(bundle_);
-    std::istringstream lines(list);
-    for (std::string line; std::getline(lines, line);)
-        EXPECT_TRUE(has(contentsOf(elsewhere), line)) << line;
+    std::string after = contentsOf(elsewhere);
+    const auto areNewlines = [](char first, char second) { return first == '\n' && second == '\n'; };
+    after.erase(std::unique(after.begin(), after.end(), areNewlines), after.end());
+    EXPECT_EQ(after, before + type + "=" + entryId + "\n" + behind);
 }
 
 TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
@@ -169,13 +173,8 @@ TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
 }
 
 TEST_F(SchemeRegistrationTest, IsOneLineInTheLogWhenThereIsNoHelper) {
-    Journal started;
-    RecordingTasks tasks(started);
-    tasks.fails = true;
-    SchemeRegistration helpless(root_, bundle_, log_, tasks);
-    for (int time = 0; time < 2; ++time)
-        helpless.ensure("tavojoin", "com.tavo.join");
-    EXPECT_EQ(started.size(), 2U);
+    helperIsMissing_ = true;
+    EXPECT_EQ(ensure(), 2U);
     EXPECT_EQ(log_.lines, Lines{"cannot start register-scheme"});
 }
 
@@ -203,20 +202,16 @@ TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneTh
 }
 
 TEST_F(SchemeRegistrationTest, ItsHelperTakesNothingElse) {
-    const std::vector<Lines> refused = {{},
-                                        {"s", "a"},
-                                        {"s", "a", "/a", "b"},
-                                        {"s/t", "a", "/a"},
-                                        {"s", "-a", "/a"},
-                                        {"s", "../a", "/a"},
-                                        {"s", "a", "b"},
-                                        {"s", "", "/a"}};
-    for (const Lines& arguments : refused) {
+    for (const char* arguments :
+         {"", "s a", "s a /a b", "s/t a /a", "s -a /a", "s ../a /a", "s a b", "s '' /a"}) {
         runHelper(arguments);
-        EXPECT_EQ(status_, 2) << testing::PrintToString(arguments);
+        EXPECT_EQ(status_, 2) << arguments;
+        EXPECT_EQ(complaints_, "usage: register-scheme SCHEME BUNDLEIDENTIFIER BUNDLE\n");
     }
-    runHelper({"tavojoin", "com.tavo.join", "/a\nb"});
+    runHelper("tavojoin com.tavo.join '/a\nb'");
     EXPECT_EQ(status_, 1);
+    EXPECT_EQ(complaints_,
+              "register-scheme: no desktop entry can name the program /a\nb/Contents/MacOS/Join\n");
     EXPECT_FALSE(fs::exists(folder_ / "data/applications"));
 }
 

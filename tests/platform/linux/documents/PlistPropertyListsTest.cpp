@@ -82,65 +82,52 @@ TEST(PlistPropertyLists, ReadBinaryLists) {
         "\"2026-11-22 21:56:36 +0000\",\"9999-12-31 23:59:59 +0000\",\"\"],\"d\":\"<0fe1>\"}");
 }
 
-TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothingAndNoByteDoesHarm) {
-    const std::string binaryList =
-        binary({"\xD2\x01\x02\x03\x04"s, "Qa", "\x61\x00\xE9"s, "\xA2\x05\x05", "\x09", "\x10\x2A"});
-    for (const std::string& whole : {xml("<dict><key>a</key><string>b</string></dict>"), binaryList}) {
+TEST(PlistPropertyLists, ListsThatAreCutOffGiveNothing) {
+    for (const std::string& whole :
+         {xml("<dict><key>a</key><string>b</string></dict>"),
+          binary({"\xD2\x01\x02\x03\x04"s, "Qa", "\x61\x00\xE9"s, "\xA2\x05\x05", "\x09", "\x10\x2A"})}) {
         ASSERT_NE(read(whole), "nothing");
         for (std::size_t length = 0; length <= whole.find_last_not_of('\n'); ++length)
             EXPECT_EQ(read(whole.substr(0, length)), "nothing") << length;
     }
-    for (std::size_t at = 8; at < binaryList.size(); ++at)
-        for (int byte = 0; byte < 256; ++byte)
-            read(std::string(binaryList).replace(at, 1, 1, static_cast<char>(byte)));
 }
 
-TEST(PlistPropertyLists, OtherFormsAndBrokenListsGiveNothing) {
-    const std::string texts[] = {
-        // other forms
-        "", "{a = b;}", "{\"a\":1}", "<html></html>", "bplist00", "bplist01" + std::string(64, '\0'),
-        // broken lists
-        "<plist></plist>", xml(""), xml("<dict></array>"), xml("<surprise/>"), "<dict></dict>",
-        xml("<true/><true/>"), xml("<dict><true/></dict>"), xml("<dict><key>a</key></dict>"),
-        xml("<array><key>a</key></array>"), xml("<dict><key>a</key><key>b</key><true/></dict>"),
-        xml("<array>a</array>"), xml("<string><true/></string>"),
-        xml("<array><string>\xFF</string></array>")};
-    for (const std::string& text : texts)
-        EXPECT_EQ(read(text), "nothing") << text;
-}
-
-TEST(PlistPropertyLists, ListsOutOfProportionAreRefused) {
+TEST(PlistPropertyLists, OtherFormsBrokenListsAndThoseOutOfProportionGiveNothing) {
     for (const std::string& withinProportion :
          {xml(repeated(512, "<array>") + repeated(512, "</array>")),
           xml("<array>" + repeated(600, "<array></array><dict/>") + "</array>"), chain(200, "\xA1", "\x09"),
           chain(10, "\xA2", "\x09")})
         EXPECT_NE(read(withinProportion), "nothing") << withinProportion;
     const std::string mebibyte(std::size_t{1} << 20, ' ');
-    const std::pair<const char*, std::string> lists[] = {
-        {"large", xml("<array>" + mebibyte + "</array>")},
-        {"deep", xml(repeated(513, "<array>") + repeated(513, "</array>"))},
-        {"very deep", xml(repeated(100'000, "<dict>"))},
-        {"deep behind a comment", xml(repeated(513, "<array><!--</array>-->") + repeated(513, "</array>"))},
-        {"many elements", xml("<array>" + repeated(10'000, "<true/>") + "</array>")},
-        {"unended comment", xml("<!-- ")},
-        {"entity of its own", "<!DOCTYPE plist [<!ENTITY e 'x'>]><plist><string/></plist>"},
-        {"entity of somebody else's", xml("<string>&e;</string>")},
-        {"cycle of one", binary({"\xA1\x00"s})},
-        {"cycle of two", binary({"\xA1\x01", "\xD1\x02\x00"s, "Qa"})},
-        {"exponential", chain(60, "\xA2", "\x09")},
-        {"large text, often", chain(3, "\xAA", "\x5F\x11\x40\x00"s + std::string(0x4000, 'x'))},
-        {"reference outside", binary({"\xA1\x07"})},
-        {"key that is no text", binary({"\xD1\x01\x01", "\x09"})},
-        {"key with a NUL", binary({"\xD1\x01\x02"s, "\x52x\0"s, "\x09"})},
-        {"text longer than the list", binary({"\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"})},
-        {"array longer than the list", binary({"\xAF\x13\x20\x00\x00\x00\x00\x00\x00\x00"s})},
-        {"half a character", binary({"\x61\xD8\x3D"})},
-        {"UTF-16 with a NUL", binary({"\x62\0x\0\0"s})},
-        {"unknown kind", binary({"\xB0"})},
-        {"integer of 32 bytes", binary({"\x15" + std::string(32, '\1')})},
-    };
-    for (const auto& [name, bytes] : lists)
-        EXPECT_EQ(read(bytes), "nothing") << name;
+    const std::string large = "\x5F\x11\x40\x00"s + std::string(0x4000, 'x');
+    const std::vector<std::string> refused[] = {
+        // other forms
+        {"", "{a = b;}", "{\"a\":1}", "<html></html>", "bplist00", "bplist01" + std::string(64, '\0')},
+        // broken lists
+        {"<plist></plist>", xml(""), xml("<dict></array>"), xml("<surprise/>"), "<dict></dict>",
+         xml("<true/><true/>"), xml("<dict><true/></dict>"), xml("<dict><key>a</key></dict>"),
+         xml("<array><key>a</key></array>"), xml("<dict><key>a</key><key>b</key><true/></dict>"),
+         xml("<array>a</array>"), xml("<string><true/></string>"),
+         xml("<array><string>\xFF</string></array>"), xml("<!-- ")},
+        // large, deep, with many elements, with entities
+        {xml("<array>" + mebibyte + "</array>"), xml(repeated(513, "<array>") + repeated(513, "</array>")),
+         xml(repeated(100'000, "<dict>")),
+         xml(repeated(513, "<array><!--</array>-->") + repeated(513, "</array>")),
+         xml("<array>" + repeated(10'000, "<true/>") + "</array>"),
+         "<!DOCTYPE plist [<!ENTITY e 'x'>]><plist><string/></plist>", xml("<string>&e;</string>")},
+        // cycles of one and of two, exponential growth, a large text very often, a reference that leads outside
+        {binary({"\xA1\x00"s}), binary({"\xA1\x01", "\xD1\x02\x00"s, "Qa"}), chain(60, "\xA2", "\x09"),
+         chain(3, "\xAA", large), binary({"\xA1\x07"})},
+        // keys that are no text or hold a NUL, a text and an array longer than the list
+        {binary({"\xD1\x01\x01", "\x09"}), binary({"\xD1\x01\x02"s, "\x52x\0"s, "\x09"}),
+         binary({"\x5F\x13\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF"}),
+         binary({"\xAF\x13\x20\x00\x00\x00\x00\x00\x00\x00"s})},
+        // half a character, UTF-16 with a NUL, an unknown kind, an integer of 32 bytes
+        {binary({"\x61\xD8\x3D"}), binary({"\x62\0x\0\0"s}), binary({"\xB0"}),
+         binary({"\x15" + std::string(32, '\1')})}};
+    for (const auto& kind : refused)
+        for (const std::string& bytes : kind)
+            EXPECT_EQ(read(bytes), "nothing") << &kind - refused << ": " << bytes.substr(0, 300);
 }
 
 TEST(PlistPropertyLists, TrailersThatDoNotFitAreRefused) {

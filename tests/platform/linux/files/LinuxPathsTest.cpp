@@ -6,24 +6,22 @@
 #include "support/TemporaryFolder.h"
 
 #include <array>
-#include <filesystem>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 using namespace join::platform;
 using namespace join::test;
-namespace fs = std::filesystem;
 
-TEST(SystemRoot, OnlyTheSystemsOwnFoldersAreMapped) {
-    const SystemRoot root("/data/root/");
+TEST(SystemRoot, StandsForTheSystemsOwnFoldersAndNoOthersInTheUsersDataFolder) {
+    const EnvironmentVariable data("XDG_DATA_HOME", "/data//");
+    const SystemRoot root(defaultSystemRoot("/home/ann"));
     const std::pair<const char*, const char*> mapped[] = {
-        {"/Volumes", "/data/root/Volumes"},
-        {"/Applications/Join.app", "/data/root/Applications/Join.app"},
-        {"//Volumes///x//y/", "/data/root/Volumes/x/y"},
-        {"/Volumes/./x/.", "/data/root/Volumes/x"},
-        {"/tmp/../Volumes/...", "/data/root/Volumes/..."},
-        {"/Volumes/x/../../System", "/data/root/System"},
+        {"/Volumes", "/data/tavojoin/root/Volumes"},
+        {"/Applications/Join.app", "/data/tavojoin/root/Applications/Join.app"},
+        {"//Volumes///x//y/", "/data/tavojoin/root/Volumes/x/y"},
+        {"/Volumes/./x/.", "/data/tavojoin/root/Volumes/x"},
+        {"/tmp/../Volumes/...", "/data/tavojoin/root/Volumes/..."},
+        {"/Volumes/x/../../System", "/data/tavojoin/root/System"},
         {"/Volumes/../../../etc/passwd", "/etc/passwd"},
         {"/Volumes/..", "/"},
         {"/..", "/"}};
@@ -49,14 +47,6 @@ TEST(SystemRoot, OnlyPathsOfTheSystemsFoldersBelowTheRootAreMappedBack) {
         EXPECT_EQ(root.toSystem(path), path);
 }
 
-TEST(SystemRoot, LiesInTheUsersDataFolder) {
-    for (const auto& [set, data] :
-         {std::pair{"/data", "/data"}, {"data", "/home/ann/.local/share"}, {"", "/home/ann/.local/share"}}) {
-        const EnvironmentVariable variable("XDG_DATA_HOME", set);
-        EXPECT_EQ(defaultSystemRoot("/home/ann"), std::string(data) + "/tavojoin/root");
-    }
-}
-
 namespace {
 
 fs::perms modeOf(const std::string& path) { return fs::status(path).permissions(); }
@@ -73,13 +63,16 @@ protected:
 
 } // namespace
 
-TEST_F(LinuxPathsOfAUser, TheLibraryIsMadePrivateAndAnExistingOneIsLeftAlone) {
+TEST_F(LinuxPathsOfAUser, AStartMakesAPrivateLibraryAndRemovesWhatAnEarlierRunHasLeft) {
     const std::string library = folder_ / "Library";
-    for (const fs::perms mode : {fs::perms::owner_all, fs::perms{0755}}) {
+    writeFile(paths_.temporary() + "zi1234", "half an archive");
+    const std::string other = writeFile(folder_ / ".cache/tavojoin/run/instance", "");
+    for (const fs::perms mode : {fs::perms::owner_all, fs::perms{0755}}) { // an existing one is left alone
         EXPECT_TRUE(paths_.prepare());
         EXPECT_EQ(modeOf(library), mode);
         fs::permissions(library, fs::perms{0755});
     }
+    EXPECT_TRUE(fs::is_empty(paths_.temporary()) && fs::exists(other));
     fs::remove(library);
     fs::create_symlink("nowhere", library);
     EXPECT_FALSE(paths_.prepare()); // nor does it throw
@@ -105,36 +98,21 @@ TEST_F(LinuxPathsOfAUser, ABundleInAnApplicationsFolderIsThereWhateverLinksLeadT
     }
 }
 
-TEST_F(LinuxPathsOfAUser, WhatAnEarlierRunHasLeftInItsTemporaryFolderGoesAtTheStart) {
-    writeFile(paths_.temporary() + "zi1234", "half an archive");
-    const std::string other = writeFile(folder_ / ".cache/tavojoin/run/instance", "");
-    paths_.prepare();
-    EXPECT_TRUE(fs::is_empty(paths_.temporary()));
-    EXPECT_TRUE(fs::exists(other));
-}
-
-TEST_F(LinuxPathsOfAUser, AHomeThatIsNoAbsolutePathIsTakenFromThePasswordEntry) {
-    const auto homeFor = [](const char* home) {
-        const EnvironmentVariable given("HOME", home);
-        return LinuxPaths().home();
+TEST_F(LinuxPathsOfAUser, WhatTheEnvironmentSaysIsTakenIfItIsAnAbsolutePathAndATemporaryFolderPrivate) {
+    const auto pathFor = [this](const char* name, const std::string& given) {
+        const EnvironmentVariable variable(name, given.c_str());
+        return name == std::string("HOME") ? LinuxPaths().home() : paths_.temporary();
     };
-    EXPECT_EQ(homeFor("/home/ann//"), "/home/ann");
-    const std::string fromPasswordEntry = homeFor(nullptr);
+    EXPECT_EQ(pathFor("HOME", "/home/ann//"), "/home/ann");
+    const std::string fromPasswordEntry = pathFor("HOME", "");
     EXPECT_EQ(fromPasswordEntry.front(), '/');
-    for (const char* home : {"", "ann", "./ann"})
-        EXPECT_EQ(homeFor(home), fromPasswordEntry) << home;
-}
-
-TEST_F(LinuxPathsOfAUser, APrivateTemporaryFolderGivenByTheEnvironmentIsTaken) {
-    const auto temporaryFor = [this](const std::string& given) {
-        const EnvironmentVariable variable("TMPDIR", given.c_str());
-        return paths_.temporary();
-    };
+    for (const char* home : {"ann", "./ann"})
+        EXPECT_EQ(pathFor("HOME", home), fromPasswordEntry) << home;
     for (const char* ending : {"", "/", "//"})
-        EXPECT_EQ(temporaryFor(folder_.path() + ending), folder_.path() + "/");
+        EXPECT_EQ(pathFor("TMPDIR", folder_.path() + ending), folder_.path() + "/");
     fs::permissions(folder_.path(), fs::perms{0755}); // others may look there, or put something there first
     for (const std::string& unfit : {folder_.path(), std::string("tmp"), folder_ / "missing"})
-        EXPECT_EQ(temporaryFor(unfit), folder_ / ".cache/tavojoin/tmp/") << unfit;
+        EXPECT_EQ(pathFor("TMPDIR", unfit), folder_ / ".cache/tavojoin/tmp/") << unfit;
 }
 
 TEST_F(LinuxPathsOfAUser, InASharedCacheOurFoldersAreMadePrivateAndThoseOfOthersLeftAlone) {

@@ -4,41 +4,10 @@
 #include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
-#include <filesystem>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 using namespace join::platform;
 using namespace join::test;
-namespace fs = std::filesystem;
-
-namespace {
-
-/// A file and a folder each get a new name, but not a name that is taken.
-void commitToNewNames() {
-    const TemporaryFolder folder;
-    writeFile(folder / "file", "old");
-    fs::create_directory(folder / "empty");
-    fs::create_symlink("nowhere", folder / "link");
-    for (const char* made : {"", "/file"}) {
-        for (const char* name : {"file", "empty", "link"}) {
-            StagedPath staged(folder / name);
-            writeFile(staged.path() + made, "new");
-            EXPECT_FALSE(staged.commitNew()) << name << made;
-        }
-        StagedPath staged(folder / "new");
-        writeFile(staged.path() + made, "new");
-        EXPECT_TRUE(staged.commitNew()) << made;
-        EXPECT_EQ(contentsOf((folder / "new") + made), "new");
-        fs::remove_all(folder / "new");
-    }
-    EXPECT_EQ(contentsOf(folder / "file"), "old");
-    EXPECT_TRUE(fs::is_empty(folder / "empty"));
-    EXPECT_EQ(fs::read_symlink(folder / "link"), "nowhere");
-    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 3);
-}
-
-} // namespace
 
 TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElseStays) {
     const TemporaryFolder folder;
@@ -66,8 +35,29 @@ TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElse
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), std::ssize(kept));
 }
 
-TEST(StagedPath, ACommitToANewNameReplacesNothing) {
-    commitToNewNames();
-    // Nor on a file system that cannot rename without replacing.
-    withoutSystemCall(SYS_renameat2, EINVAL, commitToNewNames);
+TEST(StagedPath, ACommitToANewNameReplacesNothingOnAnyFileSystem) {
+    const TemporaryFolder folder;
+    writeFile(folder / "file", "old");
+    fs::create_directory(folder / "empty");
+    fs::create_symlink("nowhere", folder / "link");
+    const auto commits = [&](const std::string& name, const std::string& made) {
+        StagedPath staged(folder / name);
+        writeFile(staged.path() + made, "new");
+        return staged.commitNew();
+    };
+    constexpr unsigned none = ~0U;
+    for (const unsigned refused : {none, unsigned{SYS_renameat2}}) // some cannot rename without replacing
+        withoutSystemCall(refused, EINVAL, [&] {
+            for (const char* made : {"", "/file"}) { // a file, and a folder
+                for (const char* name : {"file", "empty", "link"})
+                    EXPECT_FALSE(commits(name, made)) << name << made;
+                EXPECT_TRUE(commits("new", made)) << made;
+                EXPECT_EQ(contentsOf((folder / "new") + made), "new");
+                fs::remove_all(folder / "new");
+            }
+        });
+    EXPECT_EQ(contentsOf(folder / "file"), "old");
+    EXPECT_TRUE(fs::is_empty(folder / "empty"));
+    EXPECT_EQ(fs::read_symlink(folder / "link"), "nowhere");
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 3);
 }

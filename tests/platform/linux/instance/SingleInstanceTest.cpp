@@ -15,13 +15,13 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
-namespace join::platform {
+namespace join::test {
 namespace {
 
+using namespace platform;
 using namespace std::chrono_literals;
 using namespace std::string_literals;
-namespace fs = std::filesystem;
-using test::TemporaryFolder;
+using Lines = std::vector<std::string>;
 using Start = SingleInstance::Start;
 
 Descriptor opened(const std::string& folder) { return openForReading(AT_FDCWD, folder.c_str(), O_DIRECTORY); }
@@ -29,15 +29,11 @@ Descriptor opened(const std::string& folder) { return openForReading(AT_FDCWD, f
 InstanceMessage urlMessage(const std::string& url) { return {.url = url, .activationToken = ""}; }
 
 TEST(InstanceMessage, IsReadBackAsItWasWrittenAndNothingElseIsAMessage) {
-    const std::vector<InstanceMessage> messages = {
-        {},
-        {.url = {}, .activationToken = "token"},
-        {.url = "TAVOJOIN://k=1\n&e=\xff", .activationToken = ""},
-        {.url = "tavojoin:" + std::string(std::size_t{127} * 1024, 'x'), .activationToken = "token"},
-    };
-    for (const InstanceMessage& message : messages)
+    const std::string longest = "tavojoin:" + std::string(std::size_t{127} * 1024, 'x');
+    for (const InstanceMessage& message :
+         {InstanceMessage{}, InstanceMessage{{}, "token"}, urlMessage("TAVOJOIN://k=1\n&e=\xff"),
+          InstanceMessage{longest, "token"}})
         EXPECT_EQ(parseInstanceMessage(instanceMessageBytes(message)), message);
-
     for (const std::string& none :
          {""s, "\0\0\0"s, "tavojoin 1\0"s, "tavojoin 1\0\0"s, "tavojoin 1\0\0\0x"s, "tavojoin 2\0\0\0"s,
           "tavojoin 1\0--help\0\0"s, "tavojoin 1" + std::string(maximumInstanceMessageSize, '\0')})
@@ -52,8 +48,8 @@ void startFirst(SingleInstance& instance) {
 
 class SingleInstanceTest : public testing::Test {
 protected:
-    void expectResignsWith(const std::vector<std::string>& urls) {
-        std::vector<std::string> left;
+    void expectResignsWith(const Lines& urls) {
+        Lines left;
         for (const InstanceMessage& message : first.resign())
             left.push_back(message.url.value_or("(none)"));
         EXPECT_EQ(left, urls);
@@ -61,11 +57,12 @@ protected:
 
     TemporaryFolder folder;
     SingleInstance first{opened(folder.path())};
+    SingleInstance impatient{opened(folder.path()), 50ms};
 };
 
 TEST_F(SingleInstanceTest, TakesTheMessagesOfOthersInTheirOrderAndLeavesThePlaceWithTheRest) {
-    test::writeFile(folder / "instance.lock", ""); // as a dead one has left them
-    test::writeFile(folder / "instance", "in the socket's place");
+    writeFile(folder / "instance.lock", ""); // as a dead one has left them
+    writeFile(folder / "instance", "in the socket's place");
     startFirst(first);
     std::atomic<int> notified = 0;
     for (int i = 0; i < 20; ++i) {
@@ -88,7 +85,6 @@ TEST_F(SingleInstanceTest, TakesTheMessagesOfOthersInTheirOrderAndLeavesThePlace
 
 TEST_F(SingleInstanceTest, TakesNothingLateWhoseSenderWasToldThatNobodyAnswers) {
     ASSERT_EQ(first.start({}), Start::first);
-    SingleInstance impatient(opened(folder.path()), 50ms);
     EXPECT_EQ(impatient.start(urlMessage("tavojoin://early")), Start::unanswered);
     first.messages().begin();
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://later")));
@@ -114,23 +110,23 @@ TEST_F(SingleInstanceTest, IsNotHeldUpByThoseWhoConnectAndSayNothingOrNonsense) 
         EXPECT_LE(::recv(other.get(), &reply, 1, 0), 0); // each was dropped, none was answered
 }
 
-TEST(LaterStarts, AreToldInTheLogWhenNoNextOneStartsToTakeThem) {
-    const TemporaryFolder folder;
-    SingleInstance first(opened(folder.path()), 50ms);
-    startFirst(first);
-    test::RecordingLog log;
-    test::FakeMainQueue mainQueue;
-    std::vector<std::string> happened;
-    LaterStarts starts(&first, mainQueue, log,
+using LaterStartsTest = SingleInstanceTest;
+
+TEST_F(LaterStartsTest, AreToldInTheLogWhenNoNextOneTakesThem) {
+    startFirst(impatient);
+    RecordingLog log;
+    FakeMainQueue mainQueue;
+    Lines happened;
+    const auto startNext = [&](const Lines& arguments) {
+        happened.push_back("next with " + std::to_string(arguments.size()));
+        return false;
+    };
+    LaterStarts starts(&impatient, mainQueue, log,
                        {.registerScheme = {},
                         .bringToFront = [](const auto& /*token*/) { return false; },
                         .reopen = [] { return false; },
                         .terminate = [&] { happened.emplace_back("the end"); },
-                        .startNext =
-                            [&](const auto& arguments) {
-                                happened.push_back("next with " + std::to_string(arguments.size()));
-                                return false;
-                            }});
+                        .startNext = startNext});
     starts.setEventHandler([&](const std::string& url) { happened.push_back(url); });
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://a")));
     EXPECT_TRUE(first.handOver({})); // wants a window
@@ -138,11 +134,9 @@ TEST(LaterStarts, AreToldInTheLogWhenNoNextOneStartsToTakeThem) {
     mainQueue.turn();
     EXPECT_TRUE(first.handOver(urlMessage("tavojoin://b")));
     starts.passOn();
-    EXPECT_EQ(happened,
-              (std::vector<std::string>{"tavojoin://own", "tavojoin://a", "the end", "next with 0"}));
-    EXPECT_EQ(log.lines, (std::vector<std::string>{"There is no window to show : a new Join takes over",
-                                                   "A later start is lost : (no URL)",
-                                                   "A later start is lost : tavojoin://b"}));
+    EXPECT_EQ(happened, (Lines{"tavojoin://own", "tavojoin://a", "the end", "next with 0"}));
+    EXPECT_EQ(log.lines, (Lines{"There is no window to show : a new Join takes over",
+                                "A later start is lost : (no URL)", "A later start is lost : tavojoin://b"}));
 }
 
 TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
@@ -150,8 +144,8 @@ TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
     const TemporaryFolder runtime;
     const TemporaryFolder elsewhere; // could be ours
     const std::string ours = runtime / "tavojoin";
-    const test::EnvironmentVariable cacheVariable("XDG_CACHE_HOME", cache.path().c_str());
-    const test::EnvironmentVariable runtimeVariable("XDG_RUNTIME_DIR", runtime.path().c_str());
+    const EnvironmentVariable cacheVariable("XDG_CACHE_HOME", cache.path().c_str());
+    const EnvironmentVariable runtimeVariable("XDG_RUNTIME_DIR", runtime.path().c_str());
     const auto isOursTaken = [&](mode_t mode) {
         ::chmod(runtime.path().c_str(), mode);
         const Descriptor folder = openInstanceFolder();
@@ -160,8 +154,7 @@ TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
         EXPECT_NE(path, elsewhere.path());
         return path == ours;
     };
-    for (const mode_t mode : {0755U, 0770U})
-        EXPECT_FALSE(isOursTaken(mode)) << mode;
+    EXPECT_FALSE(isOursTaken(0755) || isOursTaken(0770));
     EXPECT_TRUE(isOursTaken(0700));
     fs::remove(ours);
     fs::create_directory_symlink(elsewhere.path(), ours);
@@ -179,14 +172,13 @@ TEST_F(SingleInstanceTest, KeepsOtherUsersFromItsSocketAndItsName) {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can act as another user";
     startFirst(first);
-    SingleInstance other(opened(folder.path()), 50ms);
     ASSERT_EQ(::seteuid(65534), 0);
     EXPECT_FALSE(opened(folder.path()));
     // Not even with a descriptor of the folder.
-    EXPECT_THROW(other.start(urlMessage("tavojoin://x")), Exception);
+    EXPECT_THROW(impatient.start(urlMessage("tavojoin://x")), Exception);
     ASSERT_EQ(::seteuid(0), 0);
     expectResignsWith({});
 }
 
 } // namespace
-} // namespace join::platform
+} // namespace join::test

@@ -6,46 +6,47 @@
 
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <csignal>
-
-namespace join::platform {
+namespace join::test {
 namespace {
 
-using test::contentsOf;
-using test::eventually;
+using namespace platform;
 
 class LinuxTasksTest : public testing::Test {
 protected:
     /// An executable script in the test's folder.
     std::string script(const std::string& name, const std::string& lines) {
-        return test::writeProgram(folder / name, "#!/bin/sh\n" + lines);
+        return writeProgram(folder / name, "#!/bin/sh\n" + lines);
     }
 
     /// The starter of a program may make it ignore how its children end.
     void (*const before)(int) = std::signal(SIGCHLD, SIG_IGN);
-    test::TemporaryFolder folder;
+    TemporaryFolder folder;
     LinuxTasks tasks{SystemRoot(folder / "root"), folder / "Helpers"};
 };
 
-TEST_F(LinuxTasksTest, AProgramThatEndsTellsItsStatusAndWhatItWroteWithoutHarm) {
-    const std::string program = script("tool", "pwd; for a; do echo \"<$a>\"; done\n"
-                                               "printf '\\033[2J\\302' >&2; printf '\\233' >&2; exit 7\n");
+TEST_F(LinuxTasksTest, AProgramIsTakenByItsBytesAndTellsItsStatusAndWhatItWroteWithoutHarm) {
+    const std::string odd = folder / "d\xF6";
+    fs::create_directory(odd);
+    const std::string program =
+        script("caf\xE9 \xFF", "pwd; for a; do echo \"<$a>\"; done\n"
+                               "printf '\\033[2J\\302' >&2; printf '\\233' >&2; exit 7\n");
     testing::internal::CaptureStderr();
-    const TaskResult result = tasks.run({program, {"-i", "*", "two words", "$(id)", ""}, folder.path()});
+    const TaskResult result = tasks.run({program, {"-i", "*", "two words", "$(id)", "", "\xE9"}, odd});
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "\\x1B[2J\\xC2\\x9B");
     EXPECT_TRUE(result.exited);
     EXPECT_EQ(result.status, 7);
-    EXPECT_EQ(result.output, folder.path() + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n");
+    EXPECT_EQ(result.output, odd + "\n<-i>\n<*>\n<two words>\n<$(id)>\n<>\n<\xE9>\n");
 }
 
-TEST_F(LinuxTasksTest, AProgramEndedByASignalOrAtItsTimeHasNotExited) {
+TEST_F(LinuxTasksTest, AProgramEndedByASignalOrAtItsTimeHasNotExitedAndWhatItLeavesIsNotWaitedFor) {
     using namespace std::chrono_literals;
     EXPECT_FALSE(tasks.run({script("tool", "kill -9 $$\n"), {}, "/"}).exited);
     for (const char* lines : {"exec sleep 1000\n", "trap '' TERM\nexec sleep 1000\n"})
         EXPECT_FALSE(tasks.run({script("tool", lines), {}, "/", 100ms}).exited);
+    const std::string lines = "head -c 3000000 /dev/zero\n(exec sleep 1000) & echo $! > \"$1\"; echo end\n";
+    const TaskResult result = tasks.run({script("tool", lines), {folder / "left"}, "/"});
+    ::kill(std::stoi(contentsOf(folder / "left")), SIGKILL);
+    EXPECT_EQ(result.output.size(), 3000004U);
 }
 
 TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
@@ -63,33 +64,15 @@ TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
     }
 }
 
-TEST_F(LinuxTasksTest, PathsAndArgumentsAreBytes) {
-    const std::string name = "caf\xE9 \xFF";
-    const std::string program = script(name, "pwd; echo \"$1\" | tee \"$1.tee\"\n");
-    std::filesystem::create_directory(folder / "d\xF6");
-    const Program odd{program, {folder / name}, folder / "d\xF6"};
-    EXPECT_EQ(tasks.run(odd).output, folder / "d\xF6" + "\n" + (folder / name) + "\n");
-    std::filesystem::remove(folder / name + ".tee");
-    ASSERT_TRUE(tasks.startDetached(odd));
-    EXPECT_TRUE(eventually([&] { return !contentsOf(folder / name + ".tee").empty(); }));
-}
-
-TEST_F(LinuxTasksTest, OutputOfAnySizeIsReadAndWhatAProgramLeavesBehindIsNotWaitedFor) {
-    const std::string lines = "head -c 3000000 /dev/zero\n(exec sleep 1000) & echo $! > \"$1\"; echo end\n";
-    const TaskResult result = tasks.run({script("tool", lines), {folder / "left"}, "/"});
-    ::kill(std::stoi(contentsOf(folder / "left")), SIGKILL);
-    EXPECT_EQ(result.output.size(), 3000004U);
-}
-
 TEST_F(LinuxTasksTest, AProgramIsFoundBelowTheSystemRootAndAmongTheHelpersEvenWhenTheBundleIsGone) {
     script("root/Applications/X.app/Contents/MacOS/X", "echo found\n");
     EXPECT_EQ(tasks.run({"/Applications/X.app/Contents/MacOS/X", {}, "/"}).output, "found\n");
-    std::filesystem::create_directory(folder / "Helpers");
-    std::filesystem::copy("/bin/echo", folder / "Helpers/scselect");
+    fs::create_directory(folder / "Helpers");
+    fs::copy("/bin/echo", folder / "Helpers/scselect");
     LinuxTasks withHelpers(SystemRoot(folder / "root"), folder / "Helpers");
     for (int time = 0; time < 2; ++time) {
         EXPECT_EQ(withHelpers.run({"/usr/sbin/no/scselect", {"helper"}, "/"}).output, "helper\n");
-        std::filesystem::remove_all(folder / "Helpers");
+        fs::remove_all(folder / "Helpers");
     }
 }
 
@@ -113,4 +96,4 @@ TEST_F(LinuxTasksTest, ChildrenGetTheStandardStreamsOnlyAndASessionOfTheirOwnWhe
 }
 
 } // namespace
-} // namespace join::platform
+} // namespace join::test
