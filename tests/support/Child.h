@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 #include <string>
@@ -79,6 +80,17 @@ private:
 
     pid_t process_ = -1;
 };
+
+/// Runs a script in a folder. Returns what it writes to its standard output.
+inline std::string shell(const std::string& folder, const std::string& script) {
+    std::string said;
+    FILE* pipe = ::popen(("cd '" + folder + "'\n" + script).c_str(), "r");
+    for (int byte = 0; pipe && (byte = std::fgetc(pipe)) != EOF;)
+        said += static_cast<char>(byte);
+    if (!pipe || ::pclose(pipe) < 0)
+        throw std::runtime_error("popen");
+    return said;
+}
 
 /// Waits until the condition holds; false if it takes far longer than it should.
 template <typename Condition>

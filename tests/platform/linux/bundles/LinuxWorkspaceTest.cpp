@@ -73,12 +73,8 @@ TEST_F(LinuxWorkspaceTest, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
             return exception.what();
         }
     };
-    writeProgram(programs / "folder/Run");
-    writeProgram(contents / "Outside");
-    writeFile(programs / "data", "x");
-    writeProgram(programs / "hollow", "");
-    fs::create_symlink("/bin/sh", programs / "shell");
-    ASSERT_EQ(::mkfifo((programs / "pipe").c_str(), 0755), 0);
+    shell(programs, R"(mkdir folder; mkfifo -m 755 pipe; ln -s /bin/sh shell; install /dev/null hollow
+                       cp 'Run it' folder/Run; cp 'Run it' ../Outside; echo > data)");
     const std::string notHeld = "The bundle /Applications/A.app does not hold the executable that it names: ";
     for (const std::string name : {"", ".", "..", "missing", "data", "pipe", "shell", "hollow", "folder",
                                    "/bin/sh", "./Run it", "folder/Run", "../Outside", "Run it/"})
@@ -156,10 +152,7 @@ TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumesAndTheSystemsOw
     const std::string volumes = root.toReal("/Volumes");
     fs::create_directories(volumes + "/of an earlier boot");
     workspace.mountedLocalVolumePaths();
-    for (const char* name : {"/Tavo Agent", "/B", "/.unfinished"})
-        fs::create_directory(volumes + name);
-    fs::create_directory_symlink("/", volumes + "/link");
-    writeFile(volumes + "/file", "");
+    shell(volumes, "mkdir 'Tavo Agent' B .unfinished; ln -s / link; touch file");
 
     const auto paths = workspace.mountedLocalVolumePaths();
     ASSERT_GE(paths.size(), 2U);

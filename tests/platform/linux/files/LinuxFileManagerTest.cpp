@@ -1,12 +1,12 @@
 #include "platform/linux/files/LinuxFileManager.h"
 
+#include "support/Child.h"
 #include "support/OrdinaryUser.h"
 #include "support/RecordingLog.h"
 #include "support/RefusedSystemCall.h"
 #include "support/TemporaryFolder.h"
 
 #include <csignal>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -16,14 +16,6 @@ using namespace join::test;
 using namespace std::string_literals;
 
 namespace {
-
-/// The mode and times of a file, folder or link.
-std::vector<long> attributesOf(const std::string& path) {
-    struct stat status {};
-    EXPECT_EQ(::lstat(path.c_str(), &status), 0) << path;
-    return {status.st_mode, status.st_atim.tv_sec, status.st_atim.tv_nsec, status.st_mtim.tv_sec,
-            status.st_mtim.tv_nsec};
-}
 
 class FileManagerOfLinux : public testing::Test {
 protected:
@@ -36,21 +28,20 @@ protected:
     RecordingLog log_;
     LinuxFileManager files_{SystemRoot(folder_ / "root"), &log_};
     std::string user_ = folder_ / "user";
-    std::string pipe_ = user_ + "/pipe";
 };
 
 } // namespace
 
 TEST_F(FileManagerOfLinux, OnlyRegularFilesAreReadAndOnlyAbsolutePathsThatAreNotCutShortNameAnything) {
     const std::string file = writeFile(user_ + "/file", "x");
-    ASSERT_EQ(::mkfifo(pipe_.c_str(), 0600), 0);
+    shell(user_, "mkfifo pipe");
     const std::string nothing[] = {"", ".", file + "\0/../x"s};
     for (const std::string& path : nothing)
         EXPECT_FALSE(files_.exists(path) || files_.createFolder(path) || files_.create(path, "y") ||
                      files_.copy(path, user_ + "/copy") || files_.copy(file, path) || files_.remove(path))
             << path;
     for (const std::string& path :
-         {nothing[0], nothing[1], nothing[2], user_, pipe_, user_ + "/missing", "/dev/zero"s})
+         {nothing[0], nothing[1], nothing[2], user_, user_ + "/pipe", user_ + "/missing", "/dev/zero"s})
         EXPECT_FALSE(files_.read(path) || files_.map(path) || files_.open(path) || files_.truncate(path))
             << path;
     EXPECT_EQ(contentsOf(file), "x");
@@ -73,10 +64,7 @@ TEST_F(FileManagerOfLinux, AFileIsReadWholeUpToTheLargestSizeAndMappedAndEmptied
 }
 
 TEST_F(FileManagerOfLinux, ACopyNeverReplacesAndAMadeFileReplacesAFileOrLinkAndNothingElse) {
-    writeFile(user_ + "/file", "old");
-    fs::create_symlink("file", user_ + "/link");
-    fs::create_directory(user_ + "/folder");
-    ASSERT_EQ(::mkfifo(pipe_.c_str(), 0600), 0);
+    shell(user_, "printf old > file; ln -s file link; mkdir folder; mkfifo pipe");
     const std::string source = writeFile(folder_ / "source", "new");
     for (const char* target : {"/file", "/folder", "/folder/", "/link", ""})
         EXPECT_FALSE(files_.copy(source, user_ + target)) << target;
@@ -93,17 +81,13 @@ TEST_F(FileManagerOfLinux, ACopyNeverReplacesAndAMadeFileReplacesAFileOrLinkAndN
 
 TEST_F(FileManagerOfLinux, AFileHasTheModeThatTheUserWantsAndAFolderIsMadeWithItsParentsAndClosedToOthers) {
     const mode_t before = ::umask(027);
-    fs::create_directory(user_ + "/open");
-    fs::create_directory_symlink("open", user_ + "/link");
+    shell(user_, "mkdir open linked; ln -s linked link");
     EXPECT_TRUE(files_.create(user_ + "/file", ""));
-    for (const char* folder : {"/link", "/made/inside", "/made"})
+    for (const char* folder : {"/link", "/open", "/made/inside", "/made"})
         EXPECT_TRUE(files_.createFolder(user_ + folder));
     ::umask(before);
-    EXPECT_EQ(fs::status(user_ + "/file").permissions(), fs::perms{0640});
-    EXPECT_EQ(fs::status(user_ + "/open").permissions(), fs::perms{0750}); // through a link nothing changes
-    EXPECT_TRUE(files_.createFolder(user_ + "/open"));
-    for (const char* folder : {"/open", "/made/inside", "/made"})
-        EXPECT_EQ(fs::status(user_ + folder).permissions(), fs::perms{0700}) << folder;
+    EXPECT_EQ(shell(user_, "stat -c '%a %n' file linked open made made/inside"), // no change through a link
+              "640 file\n750 linked\n700 open\n700 made\n700 made/inside\n");
     EXPECT_FALSE(files_.createFolder(user_ + "/file") || files_.createFolder(user_ + "/file/folder"));
 }
 
@@ -111,12 +95,7 @@ TEST_F(FileManagerOfLinux, WhatFailsLeavesWhatWasThereAloneAndTheReasonInTheLog)
     const std::string large(100'000, 'x');
     const std::string old = writeFile(user_ + "/old", "old");
     const std::string file = writeFile(folder_ / "tree/large", large);
-    fs::create_directories(folder_ / "with-pipe");
-    ASSERT_EQ(::mkfifo((folder_ / "with-pipe/pipe").c_str(), 0600), 0);
-    std::string deep = folder_ / "deep";
-    for (int depth = 0; depth < 150; ++depth)
-        deep += "/d";
-    fs::create_directories(deep);
+    shell(folder_.path(), "mkdir -p with-pipe deep/$(printf d/%.0s $(seq 150)); mkfifo with-pipe/pipe");
     rlimit before{};
     ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
     const rlimit full{large.size() / 2, before.rlim_max}; // like a full disk: no file may grow beyond that
@@ -146,57 +125,42 @@ TEST_F(FileManagerOfLinux, WhatFailsLeavesWhatWasThereAloneAndTheReasonInTheLog)
 
 TEST_F(FileManagerOfLinux, ACopyKeepsModesTimesAndLinksButNoRightsOfOthersToLendOrChange) {
     const OrdinaryUser user;
-    const std::string from = folder_ / "from";
-    const std::string to = user_ + "/to";
-    writeFile(from + "/sealed/file", "content");
-    writeFile(from + "/empty", "");
-    writeFile(from + "/open", "");
-    fs::create_symlink("/etc/passwd", from + "/absolute");
-    fs::create_symlink("../../nowhere", from + "/dangling");
-    fs::create_directory_symlink(".", from + "/loop");
-    ::chmod((from + "/empty").c_str(), 0604);
-    ::chmod((from + "/open").c_str(), 06777);
-    ::chmod((from + "/sealed/file").c_str(), 0451);
-    ::chmod((from + "/sealed").c_str(), 0555);
-    const char* names[] = {"/sealed/file", "/empty", "/absolute", "/dangling", "/loop", "/sealed", ""};
-    std::vector<std::vector<long>> expected;
-    for (long second = 1'000'000'000; const char* name : names) {
-        // Times that no clock would give.
-        const timespec times[] = {{++second, 123456789}, {second + 1, 987654321}};
-        ASSERT_EQ(::utimensat(AT_FDCWD, (from + name).c_str(), times, AT_SYMLINK_NOFOLLOW), 0);
-        expected.push_back(attributesOf(from + name));
-    }
-
-    ASSERT_TRUE(files_.copy(from, to));
-    ASSERT_TRUE(files_.copy(from + "/absolute", user_ + "/link"));
+    const std::string names = "sealed/file empty open absolute dangling loop sealed .";
+    const std::string listing = "stat -c '%n %A %x %y' " + names; // reads nothing: that would be a new time
+    shell(folder_.path(), R"(
+        mkdir -p from/sealed; cd from; echo content > sealed/file; touch empty open
+        ln -s /etc/passwd absolute; ln -s ../../nowhere dangling; ln -s . loop
+        chmod 604 empty; chmod 755 open; chmod 451 sealed/file; chmod 555 sealed
+        for name in )" + names +
+                              R"(; do
+            second=$((second + 1)) # times that no clock would give
+            touch -h -a -d @100000000$second.123456789 $name; touch -h -m -d @100000001$second.987654321 $name
+        done
+    )");
+    const std::string before = shell(folder_ / "from", listing + "; chmod 6777 open");
+    ASSERT_TRUE(files_.copy(folder_ / "from", user_ + "/to"));
+    EXPECT_EQ(shell(user_ + "/to", listing), before);
+    EXPECT_EQ(shell(user_ + "/to", "readlink absolute dangling loop; cat sealed/file"),
+              "/etc/passwd\n../../nowhere\n.\ncontent\n");
+    ASSERT_TRUE(files_.copy(folder_ / "from/absolute", user_ + "/link"));
+    EXPECT_EQ(fs::read_symlink(user_ + "/link"), "/etc/passwd");
     ASSERT_TRUE(files_.copy("/proc/self/cmdline", user_ + "/size unknown"));
-
-    for (auto attributes = expected.begin(); const char* name : names)
-        EXPECT_EQ(attributesOf(to + name), *attributes++) << name;
-    EXPECT_EQ(fs::status(to + "/open").permissions(), fs::perms{0755});
-    EXPECT_EQ(contentsOf(to + "/sealed/file"), "content");
     EXPECT_EQ(contentsOf(user_ + "/size unknown"), contentsOf("/proc/self/cmdline"));
-    for (const std::string& link : {to + "/absolute", user_ + "/link"})
-        EXPECT_EQ(fs::read_symlink(link), "/etc/passwd");
-    EXPECT_EQ(fs::read_symlink(to + "/dangling"), "../../nowhere");
-    EXPECT_TRUE(files_.remove(from) && files_.remove(to));
+    EXPECT_TRUE(files_.remove(folder_ / "from") && files_.remove(user_ + "/to"));
 }
 
 TEST_F(FileManagerOfLinux, WhatIsInstalledFromAVolumeIsSharedWithItIfOnlyWeCanChangeIt) {
-    const std::string volume = folder_ / "root/Volumes/V";
-    const std::string own = writeFile(volume + "/A.app/own", "x");
-    const std::string open = writeFile(volume + "/A.app/open", "x");
-    ASSERT_EQ(::chmod(open.c_str(), 0666), 0);
-    const std::string outside = writeFile(folder_ / "outside/own", "x");
-    fs::create_directory_symlink(folder_ / "outside", folder_ / "root/Volumes/link");
+    shell(folder_.path(), R"(mkdir -p outside root/Volumes/V/A.app
+                             printf x | tee outside/own root/Volumes/V/A.app/own > root/Volumes/V/A.app/open
+                             chmod 666 root/Volumes/V/A.app/open; ln -s ../../outside root/Volumes/link)");
     EXPECT_TRUE(files_.install("/Volumes/V/A.app", user_ + "/installed"));
     EXPECT_TRUE(files_.installFromVolume("/Volumes/V/A.app", user_ + "/shared"));
     EXPECT_TRUE(files_.installFromVolume("/Volumes/V/A.app", user_ + "/second")); // never with two
     EXPECT_TRUE(files_.installFromVolume("/Volumes/link/own", user_ + "/linked"));
-    EXPECT_TRUE(fs::equivalent(own, user_ + "/shared/own"));
-    EXPECT_EQ(fs::hard_link_count(own), 2U);
-    EXPECT_EQ(fs::hard_link_count(open), 1U);
-    EXPECT_EQ(fs::hard_link_count(outside), 1U);
+    EXPECT_EQ(
+        shell(folder_.path(), "stat -c %h root/Volumes/V/A.app/own root/Volumes/V/A.app/open outside/own"),
+        "2\n1\n1\n");
+    EXPECT_TRUE(fs::equivalent(folder_ / "root/Volumes/V/A.app/own", user_ + "/shared/own"));
     EXPECT_TRUE(files_.remove("/Volumes/V"));
     for (const char* file : {"/installed/own", "/shared/own", "/shared/open", "/second/own", "/linked"})
         EXPECT_EQ(contentsOf(user_ + file), "x") << file;

@@ -31,13 +31,8 @@ TEST(SystemVersionList, HoldsAVersionThatIsNoneOrTooOldAsElevenAndNothingThatXml
 
 TEST(SystemVersionFile, NamesThisSystemAndIsNeverReplaced) {
     const TemporaryFolder folder;
-    const std::string said = folder / "said";
-    const auto released = [&](const std::string& name) {
-        Child({.command = {"sh", "-c", ". /etc/os-release; printf %s \"$" + name + "\""}, .output = said})
-            .wait();
-        return contentsOf(said);
-    };
-    const std::string list = systemVersionList(released("NAME"), released("VERSION_ID"));
+    const std::string list = systemVersionList(shell("/", ". /etc/os-release; printf %s \"$NAME\""),
+                                               shell("/", ". /etc/os-release; printf %s \"$VERSION_ID\""));
     const std::string made = folder / "root/System/Library/CoreServices/SystemVersion.plist";
     LinuxFileManager files{SystemRoot(folder / "root")};
     EXPECT_TRUE(makeSystemVersionFile(files));
