@@ -15,7 +15,6 @@
 
 #include <algorithm>
 #include <array>
-#include <fcntl.h>
 #include <future>
 #include <gtest/gtest.h>
 #include <list>
@@ -23,7 +22,6 @@
 #include <sys/stat.h>
 
 namespace join::test {
-namespace {
 
 using namespace platform;
 using namespace std::string_literals;
@@ -47,8 +45,14 @@ protected:
         return "com.example." + name + std::to_string(::getpid());
     }
 
+    bool endVolumesIn(const std::string& boot) const {
+        return endVolumesOfEarlierBoots(root, writeFile(folder / "boot_id", boot));
+    }
+    auto mounted() const { return std::distance(fs::directory_iterator(volumes), {}); }
+
     TemporaryFolder folder;
     SystemRoot root{folder / "root"};
+    const std::string volumes = root.toReal("/Volumes");
     LinuxFileManager files{root};
     PlistPropertyLists lists;
     LinuxBundles bundles{files, lists, root};
@@ -149,7 +153,6 @@ TEST(ProcessTable, AProgramBelongsToTheInnermostBundle) {
 }
 
 TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumesAndTheSystemsOwnStays) {
-    const std::string volumes = root.toReal("/Volumes");
     fs::create_directories(volumes + "/of an earlier boot");
     workspace.mountedLocalVolumePaths();
     shell(volumes, "mkdir 'Tavo Agent' B .unfinished; ln -s / link; touch file");
@@ -164,34 +167,25 @@ TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumesAndTheSystemsOw
          {"/Volumes/link", "/Volumes/file", "/Volumes", "/Volumes/.", "", "Tavo Agent", "/nowhere"})
         EXPECT_FALSE(workspace.fileSystemInfo(path).known) << path;
 
-    if (std::ranges::count(paths, "/") == 0)
+    if (std::find(paths.begin(), paths.end(), "/") == paths.end())
         GTEST_SKIP() << "the root file system is not on a local device here";
     const FileSystemInfo system = workspace.fileSystemInfo("/");
     EXPECT_TRUE(system.known && !system.unmountable && !system.type.empty());
 }
 
-class BootMark : public LinuxWorkspaceTest {
-protected:
-    bool endVolumesIn(const std::string& boot) const {
-        return endVolumesOfEarlierBoots(root, writeFile(folder / "boot_id", boot));
-    }
-    void mount(const std::string& name) const { writeFile(volumes + "/" + name + "/file", "x"); }
-    auto mounted() const { return std::distance(fs::directory_iterator(volumes), {}); }
+using BootMarkTest = LinuxWorkspaceTest;
 
-    std::string volumes = folder / "root/Volumes";
-};
-
-TEST_F(BootMark, VolumesLiveTillTheNextBoot) {
+TEST_F(BootMarkTest, VolumesLiveTillTheNextBoot) {
     EXPECT_FALSE(endVolumesIn("first")); // there is no root
-    mount(".unfinished");
-    fs::create_directory_symlink(folder.path(), volumes + "/link");
+    fs::create_directories(volumes);
+    shell(volumes, "mkdir .unfinished; ln -s /tmp link");
     // At first nobody knows when they were mounted.
     for (const auto& [boot, left] : {std::pair{"first", 0}, {"first", 1}, {"", 1}, {"second", 0}}) {
-        mount("V");
+        fs::create_directory(volumes + "/V");
         EXPECT_TRUE(endVolumesIn(boot));
         EXPECT_EQ(mounted(), left) << boot;
     }
-    mount("V");
+    fs::create_directory(volumes + "/V");
     for (const std::string& closed : {volumes, root.path()}) { // shown, and so not to be passed for new
         ASSERT_EQ(::chmod(closed.c_str(), 0555), 0);
         const OrdinaryUser user;
@@ -202,15 +196,14 @@ TEST_F(BootMark, VolumesLiveTillTheNextBoot) {
     EXPECT_EQ(mounted(), 0);
 }
 
-TEST_F(BootMark, WhoWaitsForAnotherLeavesWhatThatOneHasMountedSince) {
-    mount("old");
+TEST_F(BootMarkTest, WhoWaitsForAnotherLeavesWhatThatOneHasMountedSince) {
+    fs::create_directories(volumes + "/old");
     const Descriptor other = openForReading(AT_FDCWD, root.path().c_str(), O_DIRECTORY);
     ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
     auto waiting = std::async(std::launch::async, [this] { return endVolumesIn("boot"); });
     const std::string waits = "-> FLOCK  ADVISORY  WRITE " + std::to_string(::getpid()) + " ";
     ASSERT_TRUE(eventually([&] { return contentsOf("/proc/locks").find(waits) != std::string::npos; }));
-    writeFile(folder / "root/Volumes.boot", "boot");
-    mount("new");
+    shell(root.path(), "printf boot > Volumes.boot; mkdir Volumes/new");
     ASSERT_EQ(::flock(other.get(), LOCK_UN), 0);
     EXPECT_TRUE(waiting.get());
     EXPECT_EQ(mounted(), 2);
@@ -240,5 +233,4 @@ TEST(MountInfo, OnlyWhatLiesInFoldersForVolumesIsUnmountable) {
     EXPECT_FALSE(isUnmountable("/srv/x", ""));
 }
 
-} // namespace
 } // namespace join::test

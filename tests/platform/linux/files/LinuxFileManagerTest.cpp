@@ -1,5 +1,6 @@
 #include "platform/linux/files/LinuxFileManager.h"
 
+#include "platform/linux/files/StagedPath.h"
 #include "support/Child.h"
 #include "support/OrdinaryUser.h"
 #include "support/RecordingLog.h"
@@ -8,14 +9,13 @@
 
 #include <csignal>
 #include <gtest/gtest.h>
+#include <set>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
 using namespace join::platform;
 using namespace join::test;
 using namespace std::string_literals;
-
-namespace {
 
 class FileManagerOfLinux : public testing::Test {
 protected:
@@ -30,11 +30,9 @@ protected:
     std::string user_ = folder_ / "user";
 };
 
-} // namespace
-
 TEST_F(FileManagerOfLinux, OnlyRegularFilesAreReadAndOnlyAbsolutePathsThatAreNotCutShortNameAnything) {
-    const std::string file = writeFile(user_ + "/file", "x");
-    shell(user_, "mkfifo pipe");
+    const std::string file = writeFile(user_ + "/file", "a\0b"s);
+    shell(user_, "ln file same; mkfifo pipe");
     const std::string nothing[] = {"", ".", file + "\0/../x"s};
     for (const std::string& path : nothing)
         EXPECT_FALSE(files_.exists(path) || files_.createFolder(path) || files_.create(path, "y") ||
@@ -44,23 +42,17 @@ TEST_F(FileManagerOfLinux, OnlyRegularFilesAreReadAndOnlyAbsolutePathsThatAreNot
          {nothing[0], nothing[1], nothing[2], user_, user_ + "/pipe", user_ + "/missing", "/dev/zero"s})
         EXPECT_FALSE(files_.read(path) || files_.map(path) || files_.open(path) || files_.truncate(path))
             << path;
-    EXPECT_EQ(contentsOf(file), "x");
-}
-
-TEST_F(FileManagerOfLinux, AFileIsReadWholeUpToTheLargestSizeAndMappedAndEmptiedWhereItIs) {
-    const std::string path = writeFile(user_ + "/file", "a\0b"s);
-    EXPECT_EQ(files_.read(path), "a\0b"s);
-    const auto mapped = files_.map(path);
+    EXPECT_EQ(files_.read(file), "a\0b"s);
+    const auto mapped = files_.map(file);
     ASSERT_TRUE(mapped);
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(mapped->data()), mapped->size()), "a\0b"s);
-    fs::create_hard_link(path, user_ + "/same");
-    fs::resize_file(path, maximumReadSize);
-    EXPECT_EQ(files_.read(path).value_or("").size(), maximumReadSize);
-    fs::resize_file(path, maximumReadSize + 1);
-    EXPECT_FALSE(files_.read(path));
-    EXPECT_TRUE(files_.truncate(path));
-    EXPECT_EQ(fs::file_size(user_ + "/same"), 0U);
-    EXPECT_FALSE(files_.map(path));
+    fs::resize_file(file, maximumReadSize);
+    EXPECT_EQ(files_.read(file).value_or("").size(), maximumReadSize);
+    fs::resize_file(file, maximumReadSize + 1);
+    EXPECT_FALSE(files_.read(file));
+    EXPECT_TRUE(files_.truncate(file));
+    EXPECT_EQ(fs::file_size(user_ + "/same"), 0U); // emptied, not replaced
+    EXPECT_FALSE(files_.map(file));
 }
 
 TEST_F(FileManagerOfLinux, ACopyNeverReplacesAndAMadeFileReplacesAFileOrLinkAndNothingElse) {
@@ -168,13 +160,12 @@ TEST_F(FileManagerOfLinux, WhatIsInstalledFromAVolumeIsSharedWithItIfOnlyWeCanCh
 
 TEST_F(FileManagerOfLinux, AReplacementTakesThePlaceOfAnything) {
     const std::string outside = writeFile(folder_ / "outside/file", "x");
+    const std::string source = fs::path(writeFile(folder_ / "new/file", "new")).parent_path();
     constexpr unsigned none = ~0U;
     for (const unsigned refused : {none, unsigned{SYS_renameat2}}) // as some file systems do
         withoutSystemCall(refused, EINVAL, [&, this] {
-            const std::string source = fs::path(writeFile(folder_ / "new/file", "new")).parent_path();
-            writeFile(user_ + "/file", "old");
-            writeFile(user_ + "/folder/inner/file", "old");
-            fs::create_directory_symlink(folder_ / "outside", user_ + "/link");
+            shell(user_,
+                  "mkdir -p folder/inner; printf old | tee file > folder/inner/file; ln -s ../outside link");
             for (const char* target : {"/file", "/folder", "/link", "/none"}) {
                 EXPECT_TRUE(files_.replace(source, user_ + target)) << target;
                 EXPECT_TRUE(fs::is_directory(fs::symlink_status(user_ + target))) << target;
@@ -228,4 +219,50 @@ TEST_F(FileManagerOfLinux, ATreeIsRemovedAtOnceWhateverItsModesAndWithoutWhatIts
     EXPECT_TRUE(files_.remove(tree));
     EXPECT_FALSE(files_.remove(tree));
     EXPECT_EQ(contentsOf(folder_ / "outside/file"), "x");
+}
+
+TEST(StagedPath, LeftoversOfDeadProcessesAndOfEarlierOnesOfItsNumberGoAndAllElseStays) {
+    const TemporaryFolder folder;
+    const std::string dead = shell("/", "printf $$");
+    const std::string staged = ".A.app.";
+    for (const std::string& mark : {dead + ".7", std::to_string(::getpid()) + ".4000000000"})
+        writeFile(folder / staged + mark + ".partial/Contents/file", "x");
+    const StagedPath other(folder / "A.app"); // is at work all the time
+    // The first process of the system is always alive.
+    const std::set<std::string> kept = {
+        fs::path(other.path()).filename(), staged + dead + ".partial",  staged + "1.7.partial",
+        staged + dead + ".7.7.partial",    staged + dead + "..partial", staged + "0.partial",
+        staged + "-" + dead + ".partial",  staged + dead + "x.partial", staged + dead,
+        ".B.app." + dead + ".partial",     staged + ".partial",         "A.app." + dead + ".partial",
+        staged + "99999999999999.partial"};
+    for (const std::string& name : kept)
+        writeFile(folder / name, "x");
+    EXPECT_NE(StagedPath(folder / "A.app").path(), other.path());
+    std::set<std::string> left;
+    for (const auto& entry : fs::directory_iterator(folder.path()))
+        left.insert(entry.path().filename());
+    EXPECT_EQ(left, kept);
+}
+
+TEST(StagedPath, ACommitToANewNameReplacesNothingOnAnyFileSystem) {
+    const TemporaryFolder folder;
+    shell(folder.path(), "printf old > file; mkdir empty; ln -s nowhere link");
+    const auto commits = [&](const std::string& name, const std::string& made) {
+        StagedPath staged(folder / name);
+        writeFile(staged.path() + made, "new");
+        return staged.commitNew();
+    };
+    constexpr unsigned none = ~0U;
+    for (const unsigned refused : {none, unsigned{SYS_renameat2}}) // some cannot rename without replacing
+        withoutSystemCall(refused, EINVAL, [&] {
+            for (const char* made : {"", "/file"}) { // a file, and a folder
+                for (const char* name : {"file", "empty", "link"})
+                    EXPECT_FALSE(commits(name, made)) << name << made;
+                EXPECT_TRUE(commits("new", made)) << made;
+                EXPECT_EQ(contentsOf((folder / "new") + made), "new");
+                fs::remove_all(folder / "new");
+            }
+        });
+    EXPECT_EQ(shell(folder.path(), "ls -A . empty; cat file; readlink link"),
+              ".:\nempty\nfile\nlink\n\nempty:\noldnowhere\n");
 }

@@ -2,12 +2,12 @@
 
 #include "platform/Exception.h"
 #include "platform/linux/files/SystemRoot.h"
+#include "support/Child.h"
 #include "support/Environment.h"
 #include "support/TemporaryFolder.h"
 
 #include <array>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 using namespace join::platform;
 using namespace join::test;
@@ -83,9 +83,7 @@ TEST_F(LinuxPathsOfAUser, ABundleInAnApplicationsFolderIsThereWhateverLinksLeadT
     const std::string ofSystem = home + "/share/root/Applications";
     const std::string ofUser = home + "/user";
     const std::string elsewhere = home + "/elsewhere";
-    for (const std::string& folder : {ofSystem, ofUser, elsewhere})
-        fs::create_directories(folder);
-    fs::create_directory_symlink(".", home + "/link");
+    shell(home, "mkdir -p share/root/Applications user elsewhere; ln -s . link");
     const SystemRoot root(home + "/link/share/root");
     const std::array<std::string, 3> cases[] = {
         {ofSystem, "user", "/Applications"},   {ofUser, "user", home + "/Applications"},
@@ -118,18 +116,15 @@ TEST_F(LinuxPathsOfAUser, WhatTheEnvironmentSaysIsTakenIfItIsAnAbsolutePathAndAT
 TEST_F(LinuxPathsOfAUser, InASharedCacheOurFoldersAreMadePrivateAndThoseOfOthersLeftAlone) {
     const std::string cache = folder_ / "shared";
     const EnvironmentVariable shared("XDG_CACHE_HOME", cache.c_str());
-    const std::string precious = writeFile(folder_ / "precious/tmp/file", "x");
-    fs::permissions(folder_ / "precious", fs::perms::owner_all);
+    shell(folder_.path(), "mkdir -m 700 precious; mkdir precious/tmp; touch precious/tmp/file");
     for (const std::string& ours : {cache + "/tavojoin", cache + "/tavojoin/tmp"}) {
-        fs::permissions(paths_.temporary(), fs::perms::all);
-        fs::permissions(cache + "/tavojoin", fs::perms::all);
+        shell(paths_.temporary(), "chmod 777 . ..");
         paths_.temporary();
         EXPECT_EQ(modeOf(ours), fs::perms::owner_all);
-        fs::remove_all(ours);
-        fs::create_directory_symlink(folder_ / "precious", ours);
+        shell(folder_.path(), "rm -r " + ours + "; ln -s \"$PWD/precious\" " + ours);
         EXPECT_THROW(paths_.temporary(), Exception);
         paths_.prepare();
-        EXPECT_TRUE(fs::exists(precious)) << ours;
+        EXPECT_TRUE(fs::exists(folder_ / "precious/tmp/file")) << ours;
         fs::remove(ours);
     }
     if (::geteuid() != 0)

@@ -2,6 +2,7 @@
 
 #include "platform/Exception.h"
 #include "platform/linux/instance/LaterStarts.h"
+#include "support/Child.h"
 #include "support/Environment.h"
 #include "support/FakeTime.h"
 #include "support/RecordingLog.h"
@@ -10,9 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <fcntl.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 
 namespace join::test {
@@ -143,29 +142,22 @@ TEST(InstanceFolder, IsPrivateAndPassesOverWhatOthersCanReach) {
     const TemporaryFolder cache;
     const TemporaryFolder runtime;
     const TemporaryFolder elsewhere; // could be ours
-    const std::string ours = runtime / "tavojoin";
     const EnvironmentVariable cacheVariable("XDG_CACHE_HOME", cache.path().c_str());
     const EnvironmentVariable runtimeVariable("XDG_RUNTIME_DIR", runtime.path().c_str());
-    const auto isOursTaken = [&](mode_t mode) {
-        ::chmod(runtime.path().c_str(), mode);
+    const auto isOursTakenAfter = [&](const std::string& change) {
+        shell(runtime.path(), change);
         const Descriptor folder = openInstanceFolder();
         const auto path = fs::read_symlink("/proc/self/fd/" + std::to_string(folder.get()));
         EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_all);
         EXPECT_NE(path, elsewhere.path());
-        return path == ours;
+        return path == runtime / "tavojoin";
     };
-    EXPECT_FALSE(isOursTaken(0755) || isOursTaken(0770));
-    EXPECT_TRUE(isOursTaken(0700));
-    fs::remove(ours);
-    fs::create_directory_symlink(elsewhere.path(), ours);
-    EXPECT_FALSE(isOursTaken(0700));
-    fs::remove(ours);
+    EXPECT_FALSE(isOursTakenAfter("chmod 755 .") || isOursTakenAfter("chmod 770 ."));
+    EXPECT_TRUE(isOursTakenAfter("chmod 700 ."));
+    EXPECT_FALSE(isOursTakenAfter("rmdir tavojoin; ln -s " + elsewhere.path() + " tavojoin"));
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can make what belongs to another user";
-    fs::create_directory(ours);
-    fs::permissions(ours, fs::perms::owner_all);
-    ASSERT_EQ(::chown(ours.c_str(), 65534, 65534), 0);
-    EXPECT_FALSE(isOursTaken(0700));
+    EXPECT_FALSE(isOursTakenAfter("rm tavojoin; mkdir -m 700 tavojoin; chown 65534:65534 tavojoin"));
 }
 
 TEST_F(SingleInstanceTest, KeepsOtherUsersFromItsSocketAndItsName) {

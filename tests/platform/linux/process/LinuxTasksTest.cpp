@@ -7,7 +7,6 @@
 #include <gtest/gtest.h>
 
 namespace join::test {
-namespace {
 
 using namespace platform;
 
@@ -54,13 +53,13 @@ TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
     const Program noFolder{script("tool", ""), {}, folder / "no-folder"};
     for (const Program& program : {missing, noFolder}) {
         EXPECT_THROW(tasks.run(program), Exception);
-        EXPECT_THROW(tasks.start(program), Exception);
         EXPECT_FALSE(tasks.startDetached(program));
-    }
-    try {
-        tasks.run(missing);
-    } catch (const Exception& exception) {
-        EXPECT_EQ(exception.what(), "Cannot start " + missing.path + ": No such file or directory");
+        try {
+            tasks.start(program);
+            ADD_FAILURE() << program.path;
+        } catch (const Exception& exception) {
+            EXPECT_EQ(exception.what(), "Cannot start " + program.path + ": No such file or directory");
+        }
     }
 }
 
@@ -78,22 +77,20 @@ TEST_F(LinuxTasksTest, AProgramIsFoundBelowTheSystemRootAndAmongTheHelpersEvenWh
 
 TEST_F(LinuxTasksTest, ChildrenGetTheStandardStreamsOnlyAndASessionOfTheirOwnWhenTheyAreLeft) {
     const Descriptor leak(::open("/dev/zero", O_RDONLY)); // as a library may open it, without a mark
-    const std::string listing = "{ readlink /proc/$$/fd/*; cut -d' ' -f6 /proc/$$/stat; } > \"$1.part\"\n"
-                                "mv \"$1.part\" \"$1\"\n";
-    const std::string program = script("tool", listing);
+    const std::string program =
+        script("tool", "{ readlink /proc/$$/fd/*; cut -d' ' -f6 /proc/$$/stat; } > \"$1.part\"\n"
+                       "mv \"$1.part\" \"$1\"\n");
     tasks.run({program, {folder / "waited"}, "/"});
     tasks.start({program, {folder / "left"}, "/"});
     ASSERT_TRUE(tasks.startDetached({program, {folder / "detached"}, "/"}));
-    for (const char* name : {"waited", "left", "detached"}) {
+    for (const std::string name : {"waited", "left", "detached"}) {
         ASSERT_TRUE(eventually([&] { return !contentsOf(folder / name).empty(); }));
         const std::string text = contentsOf(folder / name);
         EXPECT_EQ(text.find("/dev/zero"), std::string::npos) << name;
         const bool isOfOurs = text.ends_with("\n" + std::to_string(::getsid(0)) + "\n");
-        EXPECT_EQ(isOfOurs, name == std::string("waited")) << text;
+        EXPECT_EQ(isOfOurs, name == "waited") << text;
+        EXPECT_TRUE(name != "detached" || text.starts_with("/dev/null\n")) << text;
     }
-    const std::string detached = contentsOf(folder / "detached");
-    EXPECT_TRUE(detached.starts_with("/dev/null\n")) << detached;
 }
 
-} // namespace
 } // namespace join::test

@@ -6,12 +6,13 @@
 
 namespace {
 
+using namespace join::platform;
 using namespace std::string_literals;
 
 /// The list as JSON, "nothing" when it is refused.
 std::string read(const std::string& bytes) {
-    const auto value = join::platform::PlistPropertyLists().parse(bytes);
-    return value ? join::platform::NlohmannJson().serialise(*value) : "nothing";
+    const auto value = PlistPropertyLists().parse(bytes);
+    return value ? NlohmannJson().serialise(*value) : "nothing";
 }
 
 std::string xml(const std::string& content) {
@@ -100,6 +101,12 @@ TEST(PlistPropertyLists, OtherFormsBrokenListsAndThoseOutOfProportionGiveNothing
         EXPECT_NE(read(withinProportion), "nothing") << withinProportion;
     const std::string mebibyte(std::size_t{1} << 20, ' ');
     const std::string large = "\x5F\x11\x40\x00"s + std::string(0x4000, 'x');
+    // In the trailer, from 6 in a byte each: the sizes of an offset and of a reference. From 8 in eight bytes each:
+    // the number of objects, the top object, the place of the table.
+    const auto withTrailer = [list = binary({"\xA1\x01", "\x09"})](std::size_t at, std::uint64_t number) {
+        const int size = at < 8 ? 1 : 8;
+        return std::string(list).replace(list.size() - 32 + at, size, bigEndian(number, size));
+    };
     const std::vector<std::string> refused[] = {
         // other forms
         {"", "{a = b;}", "{\"a\":1}", "<html></html>", "bplist00", "bplist01" + std::string(64, '\0')},
@@ -124,26 +131,48 @@ TEST(PlistPropertyLists, OtherFormsBrokenListsAndThoseOutOfProportionGiveNothing
          binary({"\xAF\x13\x20\x00\x00\x00\x00\x00\x00\x00"s})},
         // half a character, UTF-16 with a NUL, an unknown kind, an integer of 32 bytes
         {binary({"\x61\xD8\x3D"}), binary({"\x62\0x\0\0"s}), binary({"\xB0"}),
-         binary({"\x15" + std::string(32, '\1')})}};
+         binary({"\x15" + std::string(32, '\1')})},
+        {withTrailer(6, 0), withTrailer(6, 9), withTrailer(7, 0), withTrailer(7, 9), withTrailer(8, 0),
+         withTrailer(8, 4097), withTrailer(8, 1ULL << 63U), withTrailer(16, 2), withTrailer(24, 0),
+         withTrailer(24, ~0ULL), withTrailer(24, 15)}};
     for (const auto& kind : refused)
         for (const std::string& bytes : kind)
             EXPECT_EQ(read(bytes), "nothing") << &kind - refused << ": " << bytes.substr(0, 300);
 }
 
-TEST(PlistPropertyLists, TrailersThatDoNotFitAreRefused) {
-    const std::string list = binary({"\xA1\x01", "\x09"});
-    ASSERT_NE(read(list), "nothing");
-    const std::size_t trailer = list.size() - 32;
-    // From 6, in a byte each: the sizes of an offset and of a reference. From 8, in eight bytes each: the number
-    // of objects, the top object, the place of the table.
-    const std::pair<std::size_t, std::uint64_t> changes[] = {{6, 0},  {6, 9},      {7, 0},           {7, 9},
-                                                             {8, 0},  {8, 4097},   {8, 1ULL << 63U}, {16, 2},
-                                                             {24, 0}, {24, ~0ULL}, {24, trailer}};
-    for (const auto& [at, number] : changes) {
-        const int size = at < 8 ? 1 : 8;
-        const auto changed = std::string(list).replace(trailer + at, size, bigEndian(number, size));
-        EXPECT_EQ(read(changed), "nothing") << at << ": " << number;
+std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
+
+TEST(NlohmannJson, DocumentsComeBackCompactInTheirOrder) {
+    const std::pair<std::string, std::string> documents[] = {
+        {" { \"b\" : 1 , \"a\" : [ ] , \"b\" : { } } ", R"({"b":1,"a":[],"b":{}})"},
+        {"\xEF\xBB\xBF[]", "[]"},
+        {R"([null,true,false,-1,2.5,"\u00e9\n\"/"])", "[null,true,false,-1,2.5,\"\xC3\xA9\\n\\\"/\"]"},
+        {"[9223372036854775807,-9223372036854775808]", "[9223372036854775807,-9223372036854775808]"},
+        {"[18446744073709551615,1e2]", "[1.8446744073709552e+19,100.0]"},
+        {"[100000000000000000000]", "[1e+20]"},
+        {R"({"":{"x":[[1],[2,{}]]}})", R"({"":{"x":[[1],[2,{}]]}})"},
+        {nested(512), nested(512)},
+    };
+    NlohmannJson json;
+    for (const auto& [text, expected] : documents) {
+        const auto value = json.parse(text);
+        ASSERT_TRUE(value) << text;
+        EXPECT_EQ(json.serialise(*value), expected);
     }
+    const Value notUtf8{Value::Dictionary{{"\xFF", {std::string("a\x80z")}}}};
+    EXPECT_EQ(json.serialise(notUtf8), "{\"\xEF\xBF\xBD\":\"a\xEF\xBF\xBDz\"}");
+}
+
+TEST(NlohmannJson, WhatIsNoDocumentGivesNothing) {
+    const std::vector<std::string> texts[] = {
+        {"", " ", "1", "\"text\"", "null"}, // scalars are values, but no documents
+        {"[", "]", "[1,]", "{\"a\"}", "{a:1}", "[] x", "[]\0x"s, "[]\0"s, "['a']", "[NaN]", "[1e999]",
+         "[\"a\nb\"]"},
+        {"[\"\xFF\"]", "[\"\xC0\x80\"]", "{\"\xED\xA0\x80\":1}", "[\"\\ud800\"]"}, // not UTF-8
+        {nested(513), nested(100'000), std::string(100'000, '[')}};
+    for (const auto& kind : texts)
+        for (const std::string& text : kind)
+            EXPECT_FALSE(NlohmannJson().parse(text)) << text.substr(0, 40);
 }
 
 } // namespace
