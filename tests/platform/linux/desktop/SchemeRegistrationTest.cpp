@@ -95,10 +95,10 @@ protected:
     TemporaryFolder folder_;
     EnvironmentVariable home_{"HOME", folder_.path().c_str()};
     EnvironmentVariable data_{"XDG_DATA_HOME", (folder_ / "data").c_str()};
-    EnvironmentVariable config_{"XDG_CONFIG_HOME", (folder_ / "config").c_str()};
+    EnvironmentVariable config_{"XDG_CONFIG_HOME", "relative"}; // and so of no effect
     EnvironmentVariable others_{"XDG_DATA_DIRS", (folder_ / "none").c_str()};
     const std::string entry_ = folder_ / "data/applications/" + entryId;
-    const std::string defaults_ = folder_ / "config/mimeapps.list";
+    const std::string defaults_ = folder_ / ".config/mimeapps.list";
     const SystemRoot root_{defaultSystemRoot(folder_.path())};
     const std::string bundle_ = folder_ / "Join.app";
     RecordingLog log_;
@@ -130,7 +130,7 @@ TEST_F(SchemeRegistrationTest, ChangesNoOtherDefault) {
                                "x-scheme-handler/https=b.desktop;c.desktop;\n";
     const std::string behind = "[Removed Associations]\ntext/plain=d.desktop\n";
     writeFile(folder_ / "elsewhere", before + behind);
-    shell(folder_.path(), "mkdir config; ln -s ../elsewhere config/mimeapps.list");
+    shell(folder_.path(), "mkdir .config; ln -s ../elsewhere .config/mimeapps.list");
     expectRegistered(bundle_);
     EXPECT_EQ(shell(folder_.path(), "grep . elsewhere"), before + type + "=" + entryId + "\n" + behind);
 }
@@ -154,7 +154,7 @@ TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
     const std::string other = writeProgram(folder_ / "bin/other");
     writeFile(folder_ / "data/applications/other.desktop",
               "[Desktop Entry]\nType=Application\nName=O\nExec=" + other + " %u\n");
-    writeFile(folder_ / "config/special-mimeapps.list",
+    writeFile(folder_ / ".config/special-mimeapps.list",
               "[Default Applications]\n" + type + "=other.desktop\n");
     const EnvironmentVariable desktop("XDG_CURRENT_DESKTOP", "Special");
     expectComplaint("links of " + type + " go to other.desktop\n");
@@ -175,7 +175,7 @@ TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneTh
     EXPECT_FALSE(fs::exists(entry_));
     held.close();
 
-    shell(folder_.path(), "mkdir config; mkfifo config/mimeapps.list"); // GIO waits for a writer
+    shell(folder_.path(), "mkdir .config; mkfifo .config/mimeapps.list"); // GIO waits for a writer
     // The shell's output ends when nobody has the pipe open any more.
     const pid_t helper = std::stoi(shell("/", REGISTER_SCHEME_PROGRAM " tavojoin com.tavo.join " + bundle_ +
                                                   " 7>&1 2>/dev/null & echo $!"));

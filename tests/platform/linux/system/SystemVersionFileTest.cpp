@@ -12,11 +12,17 @@ using namespace join::test;
 TEST(SystemVersionList, HoldsAVersionThatIsNoneOrTooOldAsElevenAndNothingThatXmlCannotHold) {
     const auto expectList = [](const std::string& name, const std::string& version, const std::string& text,
                                const std::string& reported) {
-        EXPECT_TRUE(systemVersionList(name, version)
-                        .ends_with("<plist version=\"1.0\">\n<dict>\n\t<key>ProductName</key>\n\t<string>" +
-                                   text + "</string>\n\t<key>ProductVersion</key>\n\t<string>" + reported +
-                                   "</string>\n</dict>\n</plist>\n"))
-            << systemVersionList(name, version);
+        EXPECT_EQ(systemVersionList(name, version), R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
+<plist version="1.0">
+<dict>
+	<key>ProductName</key>
+	<string>)" + text + R"(</string>
+	<key>ProductVersion</key>
+	<string>)" + reported + R"(</string>
+</dict>
+</plist>
+)");
     };
     for (const char* version : {"12", "22.04", "11.2.3", "20240101"})
         expectList("N", version, "N", version);
