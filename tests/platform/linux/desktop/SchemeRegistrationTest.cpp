@@ -106,7 +106,7 @@ protected:
     std::string outcome_;
 };
 
-TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
+TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChangedAndAMissingHelperIsOneLineInTheLog) {
     expectRegistered(bundle_);
     EXPECT_EQ(fs::status(entry_).permissions(), fs::perms{0644});
     writeFile(entry_, "[Desktop Entry]\nExec=/gone %u\n");
@@ -122,6 +122,11 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChanged) {
     writeProgram(installed + "/Contents/MacOS/Join");
     expectRegistered(installed, writeFile(installed + "/Contents/Resources/Join.svg", ""));
     EXPECT_EQ(log_.lines, Lines{});
+
+    helperIsMissing_ = true;
+    fs::remove(entry_);
+    EXPECT_EQ(ensure(), 2U);
+    EXPECT_EQ(log_.lines, Lines{"cannot start register-scheme"});
 }
 
 TEST_F(SchemeRegistrationTest, ChangesNoOtherDefault) {
@@ -158,12 +163,6 @@ TEST_F(SchemeRegistrationTest, LeavesAloneWhatIsNotItsOwnAndSaysSoEachTime) {
               "[Default Applications]\n" + type + "=other.desktop\n");
     const EnvironmentVariable desktop("XDG_CURRENT_DESKTOP", "Special");
     expectComplaint("links of " + type + " go to other.desktop\n");
-}
-
-TEST_F(SchemeRegistrationTest, IsOneLineInTheLogWhenThereIsNoHelper) {
-    helperIsMissing_ = true;
-    EXPECT_EQ(ensure(), 2U);
-    EXPECT_EQ(log_.lines, Lines{"cannot start register-scheme"});
 }
 
 TEST_F(SchemeRegistrationTest, ItsHelperLetsGoOfItsParentAndLeavesTheWorkToOneThatIsAtIt) {

@@ -80,19 +80,6 @@ TEST(LogText, KeepsTextAndEscapesWhatATerminalWouldObey) {
         EXPECT_EQ(escapedForLog(message), line);
 }
 
-TEST_F(StderrLogTest, EachLineIsOneWriteSoThatThreadsDoNotMixTheirs) {
-    expectInChild([](StderrLog& log) {
-        std::array<int, 2> ends{};
-        REQUIRE_IN_CHILD(::pipe2(ends.data(), O_DIRECT) == 0 &&
-                         ::dup2(ends[1], 2) == 2); // keeps writes apart
-        log.write("two\nlines");
-        std::array<char, 1000> written{};
-        const auto size = static_cast<std::size_t>(::read(ends[0], written.data(), written.size()));
-        REQUIRE_IN_CHILD(std::string(written.data(), size).ends_with("] two\nlines\n"));
-        return 0;
-    });
-}
-
 TEST_F(StderrLogTest, TheStreamsFollowTheFileOfThatNameAsLongAsItCanBeOpenedAndAreNeverClosed) {
     writeFile(path_, "12345");
     shell(folder_.path(), "mkfifo pipe");
@@ -130,9 +117,17 @@ TEST_F(StderrLogTest, TheStreamsFollowTheFileOfThatNameAsLongAsItCanBeOpenedAndA
     EXPECT_TRUE(contentsOf(path_).ends_with("still heard\n"));
 }
 
-TEST_F(StderrLogTest, ALineThatTheFileDoesNotTakeGoesWhereStandardErrorLedAtFirst) {
+TEST_F(StderrLogTest, EachLineIsOneWriteAndWhereTheFileTakesNoneGoesWhereStandardErrorLedAtFirst) {
     writeFile(path_, std::string(10'000, '\n'));
-    const auto writeToFullDisk = [&](StderrLog& log) {
+    const auto check = [&](StderrLog& log) {
+        std::array<int, 2> ends{};
+        REQUIRE_IN_CHILD(::pipe2(ends.data(), O_DIRECT) == 0 &&
+                         ::dup2(ends[1], 2) == 2); // keeps writes apart
+        log.write("two\nlines");
+        std::array<char, 1000> written{};
+        const auto size = static_cast<std::size_t>(::read(ends[0], written.data(), written.size()));
+        REQUIRE_IN_CHILD(std::string(written.data(), size).ends_with("] two\nlines\n"));
+
         const rlimit full{10'000, 10'000}; // this file cannot grow
         std::signal(SIGXFSZ, SIG_IGN);
         ::setrlimit(RLIMIT_FSIZE, &full);
@@ -140,7 +135,7 @@ TEST_F(StderrLogTest, ALineThatTheFileDoesNotTakeGoesWhereStandardErrorLedAtFirs
         log.write("the disk is full");
         return 0;
     };
-    expectInChild(writeToFullDisk, "the disk is full");
+    expectInChild(check, "the disk is full");
 }
 
 } // namespace join::test
