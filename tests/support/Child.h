@@ -92,6 +92,17 @@ inline std::string shell(const std::string& folder, const std::string& script) {
     return said;
 }
 
+/// What an operation that must not succeed throws.
+template <typename Operation>
+std::string refusalOf(Operation operation) {
+    try {
+        operation();
+    } catch (const std::exception& exception) {
+        return exception.what();
+    }
+    return "no refusal";
+}
+
 /// Waits until the condition holds; false if it takes far longer than it should.
 template <typename Condition>
 bool eventually(Condition condition, std::chrono::seconds patience = std::chrono::seconds(30)) {

@@ -19,11 +19,8 @@ public:
     EnvironmentVariable& operator=(const EnvironmentVariable&) = delete;
 
 private:
-    void set(const char* value) {
-        if (value)
-            ::setenv(name_.c_str(), value, 1);
-        else
-            ::unsetenv(name_.c_str());
+    int set(const char* value) const {
+        return value ? ::setenv(name_.c_str(), value, 1) : ::unsetenv(name_.c_str());
     }
 
     std::string name_;

@@ -68,13 +68,9 @@ TEST_F(LinuxWorkspaceTest, AnExecutableThatTheBundleDoesNotHoldIsRefused) {
     fs::create_directory_symlink(contents.parent_path(), folder / "Link.app");
     EXPECT_EQ(bundles.mainExecutable(folder / "Link.app"), folder / "Link.app/Contents/MacOS/Run it");
 
-    const auto refusal = [&](const std::string& list) -> std::string {
+    const auto refusal = [&](const std::string& list) {
         writeFile(contents / "Info.plist", list);
-        try {
-            return bundles.mainExecutable("/Applications/A.app");
-        } catch (const Exception& exception) {
-            return exception.what();
-        }
+        return refusalOf([this] { bundles.mainExecutable("/Applications/A.app"); });
     };
     shell(programs, R"(mkdir folder; mkfifo -m 755 pipe; ln -s /bin/sh shell; install /dev/null hollow
                        cp 'Run it' folder/Run; cp 'Run it' ../Outside; echo > data)");
@@ -98,7 +94,6 @@ TEST_F(LinuxWorkspaceTest, LaunchesTheMainExecutableByItsRealPathAndLogsARefusal
         return program.path == executable && program.arguments == Lines{"-a"};
     };
     EXPECT_TRUE(isLaunched());
-    EXPECT_EQ(log.lines, Lines());
     launch = [](const auto& /*program*/) { return false; };
     EXPECT_FALSE(isLaunched());
     launch = [](const auto& /*program*/) -> bool { throw Exception("no memory"); };
@@ -139,15 +134,12 @@ TEST_F(LinuxWorkspaceTest, ScriptsAndProgramsOfABundleAreRunningApplicationsAndW
 }
 
 TEST(ProcessTable, AProgramBelongsToTheInnermostBundle) {
-    for (const auto& [path, bundle] :
-         {std::pair{"/a/X.app/Contents/MacOS/x", "/a/X.app"},
-          {"/a/X.app/Contents/MacOS/sub/x", "/a/X.app"},
-          {"/X.app/Contents/MacOS/Y.app/Contents/MacOS/y", "/X.app/Contents/MacOS/Y.app"},
-          {"/X.app/Contents/MacOS/", ""},
-          {"/X.app/Contents/Resources/x", ""},
-          {"X.app/Contents/MacOS/x", ""},
-          {"", ""}})
-        EXPECT_EQ(bundleHolding(path), bundle) << path;
+    EXPECT_EQ(bundleHolding("/a/X.app/Contents/MacOS/x"), "/a/X.app");
+    EXPECT_EQ(bundleHolding("/a/X.app/Contents/MacOS/sub/x"), "/a/X.app");
+    EXPECT_EQ(bundleHolding("/X.app/Contents/MacOS/Y.app/Contents/MacOS/y"), "/X.app/Contents/MacOS/Y.app");
+    for (const char* path :
+         {"/X.app/Contents/MacOS/", "/X.app/Contents/Resources/x", "X.app/Contents/MacOS/x", ""})
+        EXPECT_EQ(bundleHolding(path), "") << path;
 }
 
 TEST_F(LinuxWorkspaceTest, FoldersBelowVolumesAreRemovableVolumesAndTheSystemsOwnStays) {

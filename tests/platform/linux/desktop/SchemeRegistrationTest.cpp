@@ -55,19 +55,17 @@ protected:
     /// Registers like a start of the program; returns how often it started the helper, which then does its
     /// work.
     std::size_t ensure() {
-        Journal started;
-        RecordingTasks tasks(started);
-        tasks.fails = helperIsMissing_;
-        SchemeRegistration registration(root_, bundle_, log_, tasks);
+        started_.clear();
+        SchemeRegistration registration(root_, bundle_, log_, tasks_);
         for (int time = 0; time < 2; ++time)
             registration.ensure("tavojoin", "com.tavo.join");
         const std::string call = "start register-scheme in / ";
-        for (const std::string& entry : started) {
+        for (const std::string& entry : started_) {
             EXPECT_TRUE(entry.starts_with(call)) << entry;
-            if (!helperIsMissing_)
+            if (!tasks_.fails)
                 outcome_ = runHelper(entry.substr(call.size()));
         }
-        return started.size();
+        return started_.size();
     }
 
     /// Takes arguments as a shell reads them. Returns what it says, and its status.
@@ -102,7 +100,8 @@ protected:
     const SystemRoot root_{defaultSystemRoot(folder_.path())};
     const std::string bundle_ = folder_ / "Join.app";
     RecordingLog log_;
-    bool helperIsMissing_ = false;
+    Journal started_;
+    RecordingTasks tasks_{started_};
     std::string outcome_;
 };
 
@@ -123,7 +122,7 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChangedAndAMiss
     expectRegistered(installed, writeFile(installed + "/Contents/Resources/Join.svg", ""));
     EXPECT_EQ(log_.lines, Lines{});
 
-    helperIsMissing_ = true;
+    tasks_.fails = true;
     fs::remove(entry_);
     EXPECT_EQ(ensure(), 2U);
     EXPECT_EQ(log_.lines, Lines{"cannot start register-scheme"});

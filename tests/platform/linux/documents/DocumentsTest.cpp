@@ -140,7 +140,7 @@ TEST(PlistPropertyLists, OtherFormsBrokenListsAndThoseOutOfProportionGiveNothing
             EXPECT_EQ(read(bytes), "nothing") << &kind - refused << ": " << bytes.substr(0, 300);
 }
 
-std::string nested(std::size_t depth) { return std::string(depth, '[') + std::string(depth, ']'); }
+std::string nested(int depth) { return repeated(depth, "[") + repeated(depth, "]"); }
 
 TEST(NlohmannJson, DocumentsComeBackCompactInTheirOrder) {
     const std::pair<std::string, std::string> documents[] = {

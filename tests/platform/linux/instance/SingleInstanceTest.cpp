@@ -1,6 +1,5 @@
 #include "platform/linux/instance/SingleInstance.h"
 
-#include "platform/Exception.h"
 #include "platform/linux/instance/LaterStarts.h"
 #include "support/Child.h"
 #include "support/Environment.h"
@@ -167,7 +166,8 @@ TEST_F(SingleInstanceTest, KeepsOtherUsersFromItsSocketAndItsName) {
     ASSERT_EQ(::seteuid(65534), 0);
     EXPECT_FALSE(opened(folder.path()));
     // Not even with a descriptor of the folder.
-    EXPECT_THROW(impatient.start(urlMessage("tavojoin://x")), Exception);
+    EXPECT_EQ(refusalOf([this] { impatient.start(urlMessage("tavojoin://x")); }),
+              "The lock file cannot be opened: Permission denied");
     ASSERT_EQ(::seteuid(0), 0);
     expectResignsWith({});
 }

@@ -54,12 +54,8 @@ TEST_F(LinuxTasksTest, AProgramThatCannotBeStartedThrows) {
     for (const Program& program : {missing, noFolder}) {
         EXPECT_THROW(tasks.run(program), Exception);
         EXPECT_FALSE(tasks.startDetached(program));
-        try {
-            tasks.start(program);
-            ADD_FAILURE() << program.path;
-        } catch (const Exception& exception) {
-            EXPECT_EQ(exception.what(), "Cannot start " + program.path + ": No such file or directory");
-        }
+        EXPECT_EQ(refusalOf([&] { tasks.start(program); }),
+                  "Cannot start " + program.path + ": No such file or directory");
     }
 }
 
