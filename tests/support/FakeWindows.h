@@ -18,8 +18,7 @@ struct RecordingControl final : platform::Label,
                                 Recorder {
     using Recorder::Recorder;
 
-    std::string typed; ///< what stands in it
-    platform::MessageText message;
+    std::string typed;           ///< what stands in it
     std::function<void()> click; ///< the user's
 
     void setStringValue(const std::string& text) override {
@@ -30,7 +29,12 @@ struct RecordingControl final : platform::Label,
     void setPlaceholder(const std::string& text) override { record("prompt " + text); }
     void setErrorPlaceholder(const std::string& text) override { record("red prompt " + text); }
     void announce() override { record("announced"); }
-    void setMessage(const platform::MessageText& text) override { message = text; }
+    void setMessage(const platform::MessageText& message) override {
+        std::string text = message.text;
+        if (message.link && message.link->address.starts_with("https://"))
+            text.insert(message.link->offset + message.link->length, ">").insert(message.link->offset, "<");
+        record(text);
+    }
     void becomeFirstResponder() override { record("focus"); }
     void setTitle(const std::string& title) override { record("title " + title); }
     void setAction(std::function<void()> action) override { click = std::move(action); }

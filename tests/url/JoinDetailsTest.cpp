@@ -21,7 +21,6 @@ protected:
         session().webServerName.set("S");
     }
     const std::string method = "-[AppDelegate modifyJoinDetails]";
-    const std::string noFlags = "&isDemoMode=false&isDemoTech=false&group=null";
 };
 
 TEST_F(JoinDetails, AFreshFileHoldsTheSessionAsItStandsAndTheDefaultPorts) {
@@ -35,46 +34,37 @@ TEST_F(JoinDetails, AFreshFileHoldsTheSessionAsItStandsAndTheDefaultPorts) {
     EXPECT_EQ(session().emailID(), std::nullopt);
 }
 
-TEST_F(JoinDetails, AnUpdateKeepsTheConnectionItemsAndDropsTheRest) {
-    session().gatewayName.set("W1");
-    const std::string tail =
-        "&gatewayName=W1&defaultGatewayName=(null)&webServerName=S" + noFlags + "&email=E&key=K&";
-    const std::pair<std::string, std::string> cases[] = {
+TEST_F(JoinDetails, AnUpdateKeepsTheConnectionItemsAndTheHostsThatTheSessionDoesNotKnow) {
+    const std::string hosts = "&gatewayName=W&defaultGatewayName=D&webServerName=S";
+    const struct {
+        std::string old, expected;
+        Text gateway = "W", defaultGateway = "D", webServer = "S";
+    } cases[] = {
         {header + "&webServerPort=443&gatewayPort=443&authToken=A&key=OLD&email=old&group=G&isDemoMode=true&",
-         "&webServerPort=443&gatewayPort=443&authToken=A" + tail},
+         "&webServerPort=443&gatewayPort=443&authToken=A" + hosts},
         {header + "&_tracker&writeSocketDataToFile=1&webSiteDomainName=w&joinDomainName=j&_trackerX=2",
-         "&_tracker&writeSocketDataToFile=1&webSiteDomainName=w&joinDomainName=j&_trackerX=2" + tail},
+         "&_tracker&writeSocketDataToFile=1&webSiteDomainName=w&joinDomainName=j&_trackerX=2" + hosts},
         {header + "&GatewayHost1=g&firstTime=true&joinAppVersion=1&authToken=A&authkey=B&viewer_id=1"
                   "&first_time_install=1&isConfirmationNeeded=1&role_change_on_init=1&",
-         "&authToken=A" + tail},
-        {"another header..\nauthToken=A", "&authToken=A" + tail},
-        {header + "& authToken=A&AuthToken=A&xauthToken=A&", tail},
-        {header + "&authToken=\xFF&", tail},
-        {"short", tail},
-        {"", tail},
+         "&authToken=A" + hosts},
+        {"another header..\nauthToken=A", "&authToken=A" + hosts},
+        {header + "& authToken=A&AuthToken=A&xauthToken=A&", hosts},
+        {header + "&authToken=\xFF&", hosts},
+        {"short", hosts},
+        {"", hosts},
+        {header + "&defaultGatewayName=gw9&gatewayName=gw4&webServerName=w",
+         "&gatewayName=gw4&defaultGatewayName=gw9&webServerName=w", "", "", ""},
+        {header + "&gatewayName=gw4&gatewayName=gw5=x&defaultGatewayName=gw9&webServerName=w",
+         "&gatewayName=gw5=x&defaultGatewayName=null&webServerName=s", std::nullopt, "null", "s"},
+        {header + "&gatewayName=&webServerName",
+         "&gatewayName=&defaultGatewayName=(null)&webServerName=webServerName", "", "", ""},
     };
-    for (const auto& [old, expected] : cases)
-        EXPECT_EQ(updated(old), expected) << old;
-}
-
-TEST_F(JoinDetails, HostsThatTheSessionDoesNotKnowAreTakenOver) {
-    struct {
-        Text gateway, defaultGateway, webServer;
-        std::string old, expected;
-    } const cases[] = {
-        {"", "", "", "&defaultGatewayName=gw9&gatewayName=gw4&webServerName=w",
-         "&gatewayName=gw4&defaultGatewayName=gw9&webServerName=w"},
-        {std::nullopt, "null", "s",
-         "&gatewayName=gw4&gatewayName=gw5=x&defaultGatewayName=gw9&webServerName=w",
-         "&gatewayName=gw5=x&defaultGatewayName=null&webServerName=s"},
-        {"", "", "", "&gatewayName=&webServerName",
-         "&gatewayName=&defaultGatewayName=(null)&webServerName=webServerName"},
-    };
-    for (const auto& [gateway, defaultGateway, webServer, old, expected] : cases) {
+    for (const auto& [old, expected, gateway, defaultGateway, webServer] : cases) {
         session().gatewayName.set(gateway);
         session().defaultGatewayName.set(defaultGateway);
         session().webServerName.set(webServer);
-        EXPECT_EQ(updated(header + old), expected + noFlags + "&email=E&key=K&") << old;
+        EXPECT_EQ(updated(old), expected + "&isDemoMode=false&isDemoTech=false&group=null&email=E&key=K&")
+            << old;
     }
 }
 
