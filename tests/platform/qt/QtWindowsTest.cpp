@@ -1,102 +1,97 @@
 #include "platform/qt/QtWindows.h"
-#include "platform/Exception.h"
+#include "base/ServiceSettings.h"
 #include "platform/qt/QtMainQueue.h"
-#include "platform/qt/QtTimers.h"
+#include "platform/qt/QtStrings.h"
 #include "platform/qt/QtWaiting.h"
-#include "platform/qt/SpinningIndicator.h"
+#include "support/LogicTest.h"
+#include "ui/ErrorWindow.h"
+#include "ui/TavoJoinMainWindowHandler.h"
+#include "ui/TavoJoinWindowHandler.h"
 
-#include <gtest/gtest.h>
+#include <QtTest>
+#include <QtWidgets>
 
-#include <QApplication>
-#include <QPixmap>
-#include <QScreen>
-#include <QTest>
-#include <QTimer>
-
-#include <functional>
 #include <future>
-#include <thread>
 
 namespace join::platform {
 namespace {
 
-/// Runs the loop until the condition holds, for at most half a minute.
-bool turnUntil(const std::function<bool()>& condition) { return QTest::qWaitFor(condition, 30'000); }
+using test::Journal;
 
-class QtWindowsTest : public testing::Test {
+/// The logic on doubles, but with real windows.
+class QtWindowsTest : public test::LogicTest {
 protected:
-    static QWidget& widget(const QString& name = "TavoJoinWindow") {
+    QtWindowsTest() {
+        services().windows = &qtWindows;
+        application.staysWhenItEnds = true;
+        JoinSessionDetails::setDefaultValues();
+        session().webServerName.set("host");
+        session().sessionType.set(SessionType::meeting);
+    }
+
+    static QWidget& window(const QString& name) {
         for (QWidget* candidate : QApplication::topLevelWidgets())
             if (candidate->objectName() == name)
                 return *candidate;
-        throw std::runtime_error("no window");
+        throw std::runtime_error("no window " + name.toStdString());
+    }
+
+    /// The user hits a key, wherever the keyboard is.
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyClick(QApplication::activeWindow()->windowHandle(), key, modifiers);
+    }
+    static void type(const QString& text) { QTest::keyClicks(QApplication::focusWidget(), text); }
+    static void paste(const QString& text) {
+        QApplication::clipboard()->setText(text);
+        press(Qt::Key_V, Qt::ControlModifier);
+    }
+    static QString focused() { return QApplication::focusWidget()->objectName(); }
+
+    /// How often the program was to end.
+    auto ends() const {
+        return std::ranges::count(journal, "terminate") + std::ranges::count(journal, "exit");
     }
 
     QtMainQueue queue;
-    QtWindows windows{queue};
-    std::unique_ptr<Window> window = windows.load("TavoJoinWindow");
+    QtWindows qtWindows{queue};
+    TavoJoinWindowHandler progress;
+    TavoJoinMainWindowHandler entry{progress};
 };
 
-TEST_F(QtWindowsTest, AWindowHasBeenPaintedWhenItsShowingReturns) {
-    window->setWhite();
-    window->label("infoLabel").setStringValue("text");
-    EXPECT_FALSE(window->isVisible());
-    window->makeKeyAndOrderFront();
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_FALSE(widget().testAttribute(Qt::WA_PendingUpdate));
-    const auto screen = [] { return QApplication::primaryScreen()->grabWindow(widget().winId()).toImage(); };
-    EXPECT_EQ(screen().pixelColor(2, 2), QColor(Qt::white));
-    window->progressIndicator("progress").startAnimation();
-    window->label("infoLabel").setStringValue("other words");
-    window->display();
-    const QImage drawn = screen();
-    QApplication::processEvents();
-    EXPECT_EQ(screen(), drawn);
-    window->orderOut();
-    EXPECT_FALSE(window->isVisible());
-}
-
-TEST_F(QtWindowsTest, WorkQueuedDuringAnOperationWaitsWhileAWindowIsShown) {
+TEST_F(QtWindowsTest, AreInTheMiddleAndPaintedWhenTheirShowingReturnsAndQueuedWorkWaits) {
     bool hasRun = false;
     queue.enqueue([&] { hasRun = true; });
-    const auto another = windows.load("TavoJoinWindow");
-    another->makeKeyAndOrderFront();
+    progress.showProblem();
+    EXPECT_FALSE(progress.isVisible() || QtWindows::bringToFront(""));
+    progress.showWindow();
+    EXPECT_TRUE(progress.isVisible());
     EXPECT_FALSE(hasRun);
-    EXPECT_TRUE(turnUntil([&] { return hasRun; }));
-}
-
-TEST_F(QtWindowsTest, AWindowIsShownInTheMiddleAndReportsItsClosing) {
-    int closed = 0;
-    window->setCloseAction([&] { ++closed; });
-    window->makeKeyAndOrderFront();
-    const QPoint distance = widget().geometry().center() - QApplication::primaryScreen()->geometry().center();
+    QWidget& shown = window("TavoJoinWindow");
+    EXPECT_FALSE(shown.testAttribute(Qt::WA_PendingUpdate));
+    QScreen& screen = *QApplication::primaryScreen();
+    const auto picture = [&] { return screen.grabWindow(shown.winId()).toImage(); };
+    EXPECT_EQ(picture().pixelColor(2, 2), QColor(Qt::white));
+    const QPoint distance = shown.geometry().center() - screen.geometry().center();
     EXPECT_LE(distance.manhattanLength(), 8); // the desktop adds a frame
-    widget().close();
-    EXPECT_EQ(closed, 1);
-    EXPECT_FALSE(window->isVisible());
+    progress.showProgress();
+    const QImage drawn = picture();
+    QApplication::processEvents();
+    EXPECT_EQ(picture(), drawn);
+    EXPECT_TRUE(hasRun);
+    shown.showMinimized();
+    EXPECT_TRUE(QtWindows::bringToFront(""));
+    EXPECT_FALSE(shown.isMinimized());
 }
 
-TEST_F(QtWindowsTest, ABusyWindowTakesNothingButCancel) {
-    const auto entry = windows.load("TavoJoinMainWindow");
-    const QWidget* const shown = &widget("TavoJoinMainWindow");
-    for (const bool isBusy : {true, false}) {
-        entry->setBusy(isBusy);
-        for (const char* name : {"keyInputTextfield", "emailInputTextfield", "joinButton"})
-            EXPECT_EQ(shown->findChild<QWidget*>(name)->isEnabled(), !isBusy) << name;
-        EXPECT_TRUE(shown->findChild<QWidget*>("cancelButton")->isEnabled());
-        EXPECT_EQ(shown->cursor().shape(), isBusy ? Qt::BusyCursor : Qt::ArrowCursor);
-    }
-}
-
-TEST_F(QtWindowsTest, ItsIconIsTheDesktopsInEverySize) {
-    window->makeKeyAndOrderFront();
-    ASSERT_TRUE(turnUntil([&] { return !widget().windowIcon().isNull(); }));
+TEST_F(QtWindowsTest, TheirIconIsTheDesktopsInEverySize) {
+    progress.showWindow();
+    ASSERT_TRUE(QTest::qWaitFor([] { return !QApplication::windowIcon().isNull(); }, 30'000));
     for (const int size : {16, 24, 32, 48, 64, 128}) {
         const auto picture = [&](const QPixmap& pixmap) {
             EXPECT_EQ(pixmap.size(), QSize(size, size));
             return pixmap.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
         };
-        const QImage shown = picture(widget().windowIcon().pixmap(size));
+        const QImage shown = picture(QApplication::windowIcon().pixmap(size));
         const QImage installed = picture(QPixmap(QString(JOIN_ICONS "/com.tavo.join-%1.png").arg(size)));
         double difference = 0; // of all channels of all pixels
         for (qsizetype i = 0; i < shown.sizeInBytes(); ++i)
@@ -106,93 +101,282 @@ TEST_F(QtWindowsTest, ItsIconIsTheDesktopsInEverySize) {
 }
 
 TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
-    EXPECT_THROW(windows.load("NoSuchWindow"), Exception);
-    EXPECT_THROW(window->textField("noSuchOutlet"), Exception);
-    EXPECT_THROW(window->textField("infoLabel"), Exception);
-    EXPECT_THROW(window->progressIndicator("infoLabel"), Exception);
+    const auto loaded = qtWindows.load("TavoJoinWindow");
+    EXPECT_THROW(qtWindows.load("NoSuchWindow"), Exception);
+    EXPECT_THROW(loaded->textField("noSuchOutlet"), Exception);
+    EXPECT_THROW(loaded->textField("infoLabel"), Exception);
+    EXPECT_THROW(loaded->progressIndicator("infoLabel"), Exception);
 }
 
-TEST(SpinningIndicator, TurnsOnlyWhileItIsAnimatedAndHasNoValue) {
-    SpinningIndicator indicator;
-    indicator.resize(36, 36);
-    indicator.startAnimation();
-    const QImage before = indicator.grab().toImage();
-    EXPECT_TRUE(turnUntil([&] { return indicator.grab().toImage() != before; }));
-    const auto turnsAt = [&] {
-        int frames = 0;
-        QtMainQueue queue;
-        QtTimers timers{queue};
-        const auto clock = timers.repeating(std::chrono::milliseconds(50), [&] { ++frames; });
-        const QImage still = indicator.grab().toImage();
-        turnUntil([&] { return frames == 8; });
-        return indicator.grab().toImage() != still;
+/// What a user finds with assistive technology: role, name, description and text of all that is seen and has a
+/// name, with a star at the focus; and how fields look.
+Journal found(QAccessibleInterface& item) {
+    if (item.state().invisible)
+        return {};
+    Journal lines;
+    if (const QString name = item.text(QAccessible::Name); !name.isEmpty()) {
+        QString line = QMetaEnum::fromType<QAccessible::Role>().valueToKey(item.role()) + (": " + name);
+        for (const auto part : {QAccessible::Description, QAccessible::Value})
+            line += item.text(part).isEmpty() ? "" : " " + item.text(part);
+        if (const auto* const edit = dynamic_cast<QLineEdit*>(item.object())) {
+            const auto role = edit->text().isEmpty() ? QPalette::PlaceholderText : QPalette::Text;
+            line += edit->palette().color(role) == QColor(Qt::red) ? ", red" : "";
+            line += edit->font().pointSize() == 13 ? ", 13 points" : "";
+        }
+        line += item.state().disabled ? ", disabled" : "";
+        lines = {(item.state().focused ? "* " + line : line).toStdString()};
+    }
+    for (int i = 0; i < item.childCount(); ++i)
+        std::ranges::copy(found(*item.child(i)), std::back_inserter(lines));
+    return lines;
+}
+
+Journal found(QWidget& window) {
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+    return found(*QAccessible::queryAccessibleInterface(&window));
+}
+
+TEST_F(QtWindowsTest, AssistiveTechnologyFindsTheProgress) {
+    progress.showWindow();
+    QWidget& shown = window("TavoJoinWindow");
+    const Journal turning = {"Dialog: [JOIN]", "StaticText: [JOIN_PROGRESS]", "ProgressBar: JOIN_PROGRESS"};
+    EXPECT_EQ(found(shown), turning);
+    strings.texts["DOWNLOADED"] = "%1 of %2";
+    progress.showDownload(this, 3'000'000, 5'000'000);
+    EXPECT_EQ(found(shown).back(), "ProgressBar: JOIN_PROGRESS 3 of 5");
+    progress.endDownload(this);
+    EXPECT_EQ(found(shown), turning);
+    progress.showProblem();
+    EXPECT_EQ(found(shown), (Journal{"Dialog: [JOIN]", "* StaticText: [PROBLEM_OCCURED]"}));
+}
+
+TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
+    strings.texts = {{"ERROR_MESSAGE", "<img src=x> & <b>ü</b>\n<a href='file:///'>here</a> or here: 5%%"},
+                     {"CLICK_HERE", "here"}};
+    ErrorWindow error;
+    error.showWindow();
+    EXPECT_EQ(found(window("ErrorWindow")),
+              (Journal{"Dialog: [JOIN]",
+                       "StaticText: <img src=x> & <b>ü</b>\n<a href='file:///'>here</a> or here: 5%",
+                       "* Button: [OK]"}));
+    const QLabel& label = *window("ErrorWindow").findChild<QLabel*>("errorText");
+    const QString address = QString::fromStdString(std::string(systemRequirementsAddress));
+    EXPECT_EQ(label.text(),
+              "&lt;img src=x&gt; &amp; &lt;b&gt;ü&lt;/b&gt;<br>&lt;a href='file:///'&gt;<a href=\"" +
+                  address + "\" style=\"color: blue\">here</a>&lt;/a&gt; or here: 5%");
+    EXPECT_EQ(label.font().toString(), QFont("Helvetica", 14).toString());
+    QTextBrowser browser;
+    QDesktopServices::setUrlHandler("https", &browser, "setSource");
+    for (int time = 1; time <= 2; ++time) {
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focused(), "errorText");
+        press(Qt::Key_Return);
+        EXPECT_EQ(browser.source(), address);
+        browser.setSource({});
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focused(), "ok");
+    }
+    QDesktopServices::unsetUrlHandler("https");
+    EXPECT_EQ(ends(), 0);
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space})
+        press(key);
+    EXPECT_EQ(ends(), 3);
+}
+
+class QtEntryWindow : public QtWindowsTest {
+protected:
+    QtEntryWindow() {
+        entry.showWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&shown()));
+        notifications.addObserver("ReadJoinParameters", [this](const Text&) {
+            ++joins;
+            whileItJoins();
+        });
+    }
+
+    static QWidget& shown() { return window("TavoJoinMainWindow"); }
+    static QLineEdit& keyField() { return *shown().findChild<QLineEdit*>("keyInputTextfield"); }
+    static QLineEdit& emailField() { return *shown().findChild<QLineEdit*>("emailInputTextfield"); }
+    static QPushButton& button(const char* name) { return *shown().findChild<QPushButton*>(name); }
+
+    static void expectFields(const std::string& key, const std::string& email) {
+        EXPECT_EQ(found(shown()),
+                  (Journal{"Dialog: [JOIN]", "StaticText: [SESSION_KEY]", key, "StaticText: [EMAIL_ADDRESS]",
+                           email, "Button: [JOIN]", "Button: [CANCEL]"}));
+    }
+
+    void expectQuestion(const std::string& key, const std::string& answer) {
+        http.expect("https://host/api/public/xml/meetings/checkSessionID?key=" + key +
+                        "&role=agent&sessionType=Meeting",
+                    {200, answer, {}});
+    }
+
+    int joins = 0;
+    std::function<void()> whileItJoins = [] {};
+};
+
+TEST_F(QtEntryWindow, IsUsedWithTheKeyboardAloneAndSaysInRedWhatIsMissing) {
+    const std::string noKey = "EditableText: [SESSION_KEY] [ENTER_KEY]";
+    const std::string noEmail = "EditableText: [EMAIL_ADDRESS] [ENTER_EMAIL]";
+    expectFields("* " + noKey, noEmail);
+    press(Qt::Key_Return);
+    expectFields("* " + noKey + ", red, 13 points", noEmail + ", red, 13 points");
+    type("123");
+    press(Qt::Key_Return);
+    expectFields("EditableText: [SESSION_KEY] 123 123", "* " + noEmail + ", red, 13 points");
+    keyField().clear();
+    type("ann");
+    expectFields("EditableText: [SESSION_KEY] 123", "* " + noEmail + " ann");
+    press(Qt::Key_Return);
+    expectFields("* " + noKey + ", red, 13 points", "EditableText: [EMAIL_ADDRESS] ann ann");
+
+    type("123");
+    for (const char* next : {"emailInputTextfield", "joinButton", "cancelButton"}) {
+        press(Qt::Key_Tab);
+        EXPECT_EQ(focused(), next);
+    }
+    Journal asked; // what is seen while the server is asked
+    logSink.atWrite = [&] {
+        asked = found(shown());
+        EXPECT_EQ(shown().cursor().shape(), keyField().isEnabled() ? Qt::ArrowCursor : Qt::BusyCursor);
     };
-    indicator.stopAnimation();
-    EXPECT_FALSE(turnsAt());
-    indicator.startAnimation();
-    indicator.setValue(ProgressValue{0.25, "1 of 4 MB"});
-    const QImage quarter = indicator.grab().toImage();
-    EXPECT_FALSE(turnsAt());
-    EXPECT_EQ(indicator.toolTip(), "1 of 4 MB");
-    EXPECT_EQ(indicator.accessibleDescription(), "1 of 4 MB");
-    indicator.setValue(ProgressValue{0.5, "2 of 4 MB"});
-    EXPECT_NE(indicator.grab().toImage(), quarter);
-    indicator.setValue(std::nullopt);
-    EXPECT_TRUE(turnsAt());
+    expectQuestion("123", "<is-valid>false");
+    press(Qt::Key_Return);
+    EXPECT_EQ(asked, (Journal{"Dialog: [JOIN]", "StaticText: [SESSION_KEY]",
+                              "EditableText: [SESSION_KEY] 123, disabled", "StaticText: [EMAIL_ADDRESS]",
+                              "EditableText: [EMAIL_ADDRESS] ann ann, disabled", "ProgressBar: JOIN_PROGRESS",
+                              "Button: [JOIN], disabled", "* Button: [CANCEL]"}));
+    expectFields("* EditableText: [SESSION_KEY] [ENTER_VALID_KEY], red, 13 points",
+                 "EditableText: [EMAIL_ADDRESS] ann ann");
+    expectQuestion("456", "<is-valid>true");
+    type("456");
+    press(Qt::Key_Enter);
+    EXPECT_TRUE(progress.isVisible() && !shown().isVisible());
+    EXPECT_EQ(ends(), 0);
 }
 
-TEST(QtMainQueue, RunsWorkOfAnyThreadInItsOrderOnTheMainThread) {
-    QtMainQueue queue;
-    std::vector<int> order;
-    const auto mainThread = std::this_thread::get_id();
-    std::thread([&] {
-        for (int i = 0; i < 100; ++i)
-            queue.enqueue([&order, i, mainThread] {
-                EXPECT_EQ(std::this_thread::get_id(), mainThread);
-                order.push_back(i);
-            });
-    }).join();
-    EXPECT_TRUE(order.empty());
-    ASSERT_TRUE(turnUntil([&] { return order.size() == 100; }));
-    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+TEST_F(QtEntryWindow, TypedTextIsTakenAndShownAsItIs) {
+    for (const char* email : {"<img src=x>", "a & b", "&lt;b&gt;", "\"q\" <b>", "שלום"}) {
+        emailField().setText(email);
+        press(Qt::Key_Return); // it becomes a prompt
+        QTextDocument toolTip;
+        EXPECT_TRUE(Qt::mightBeRichText(emailField().toolTip()));
+        toolTip.setHtml(emailField().toolTip());
+        EXPECT_EQ(emailField().placeholderText() + toolTip.toPlainText(), QString(email) + email);
+    }
+    emailField().clear();
+    const std::string key(100'000, '7');
+    const QSize size = shown().size();
+    paste(QString::fromStdString(key));
+    press(Qt::Key_Return);
+    EXPECT_EQ(keyField().placeholderText().size(), 100'000);
+    EXPECT_LT(keyField().toolTip().size(), 10'000);
+    QApplication::processEvents();
+    EXPECT_EQ(shown().height(), size.height());
+    EXPECT_LT(shown().width(), 1000);
+    paste("\nשלום ‏مرحبا\r\n日本\u2028😀\n");
+    expectQuestion(key, "<is-valid>false");
+    press(Qt::Key_Return);
+    EXPECT_EQ(session().key(), key);
+    EXPECT_EQ(session().emailID(), "שלום ‏مرحبا  日本 😀") << "line breaks become spaces";
 }
 
-TEST_F(QtWindowsTest, WhileTheLogicWaitsWindowsLiveAndNoLogicRuns) {
+TEST_F(QtEntryWindow, ClicksWhileItJoinsAreLost) {
+    whileItJoins = [&] {
+        QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
+        press(Qt::Key_Return);
+        QMetaObject::invokeMethod(&button("joinButton"), &QPushButton::click, Qt::QueuedConnection);
+    };
+    for (const int joined : {1, 2}) {
+        QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
+        QApplication::processEvents();
+        EXPECT_EQ(joins, joined);
+    }
+}
+
+class Leaving : public QtEntryWindow, public testing::WithParamInterface<void (*)(QWidget&)> {};
+
+TEST_P(Leaving, IsAlwaysPossibleAndAllThatTheUserCanDoWhileTheLogicWaits) {
     QtWaiting waiting(queue);
-    QtTimers timers(queue);
-    bool hasRun = false;
-    const auto timer = timers.repeating(std::chrono::milliseconds(1), [&] { hasRun = true; });
-    queue.enqueue([&] { hasRun = true; });
-    window->progressIndicator("progress").startAnimation();
-    window->makeKeyAndOrderFront();
-    std::promise<void> end;
-    QTimer::singleShot(0, &widget(), [&] {
-        const QImage before = widget().grab().toImage();
-        EXPECT_TRUE(turnUntil([&] { return widget().grab().toImage() != before; }));
-        waiting.during([&] { end.set_value(); }); // what leaving does must not wait for the wait
-    });
-    const auto thread = waiting.during([&] {
-        end.get_future().wait();
-        return std::this_thread::get_id();
-    });
-    EXPECT_NE(thread, std::this_thread::get_id());
-    EXPECT_FALSE(hasRun);
-    EXPECT_TRUE(turnUntil([&] { return hasRun; }));
-    EXPECT_THROW(waiting.during([] { throw Exception("the work's"); }), Exception);
+    whileItJoins = [&] {
+        std::promise<void> end;
+        QTimer::singleShot(0, &shown(), [&] {
+            type("7");
+            for (const Qt::Key key : {Qt::Key_7, Qt::Key_Space, Qt::Key_Return, Qt::Key_Tab})
+                press(key);
+            EXPECT_EQ(focused() + keyField().text(), "keyInputTextfield");
+            QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
+            EXPECT_EQ(ends(), 0);
+            GetParam()(shown());
+            end.set_value();
+        });
+        waiting.during([&] { end.get_future().wait(); });
+    };
+    press(Qt::Key_Return);
+    EXPECT_EQ(joins, 1);
+    EXPECT_TRUE(ends() == 1 && !shown().isVisible());
+    entry.showWindow();
+    GetParam()(shown());
+    EXPECT_TRUE(ends() == 2 && !shown().isVisible());
 }
 
-TEST(QtTimers, ATimerFiresAgainAndAgainUntilItIsDestroyed) {
-    QtMainQueue queue;
-    QtTimers timers(queue);
-    int fired = 0;
-    auto timer = timers.repeating(std::chrono::milliseconds(1), [&] { ++fired; });
-    EXPECT_TRUE(turnUntil([&] { return fired >= 3; }));
-    timer.reset();
-    const int last = fired;
-    int others = 0;
-    const auto other = timers.repeating(std::chrono::milliseconds(1), [&] { ++others; });
-    EXPECT_TRUE(turnUntil([&] { return others == 5; }));
-    EXPECT_EQ(fired, last);
+INSTANTIATE_TEST_SUITE_P(
+    QtEntryWindow, Leaving,
+    testing::Values([](QWidget& window) { QTest::keyClick(window.focusWidget(), Qt::Key_Escape); },
+                    [](QWidget& window) { QTest::keyClick(&window, Qt::Key_W, Qt::ControlModifier); },
+                    [](QWidget& window) { QTest::keyClick(&window, Qt::Key_Q, Qt::ControlModifier); },
+                    [](QWidget& window) {
+                        QTest::mouseClick(window.findChild<QPushButton*>("cancelButton"), Qt::LeftButton);
+                    },
+                    [](QWidget& window) { window.windowHandle()->close(); }));
+
+/// Texts that are twice as long as those of the table.
+struct DoubledStrings final : Strings {
+    std::string localized(const std::string& key) override {
+        const std::string text = table.localized(key);
+        return text + " " + text;
+    }
+    QtStrings table;
+};
+
+bool isWhole(const QWidget& widget) {
+    if (const auto* edit = dynamic_cast<const QLineEdit*>(&widget)) {
+        constexpr int frame = 8;
+        return edit->fontMetrics().horizontalAdvance(edit->placeholderText()) + frame <= edit->width();
+    }
+    if (widget.hasHeightForWidth())
+        return widget.heightForWidth(widget.width()) <= widget.height();
+    return widget.sizeHint().width() <= widget.width() && widget.sizeHint().height() <= widget.height();
+}
+
+TEST_F(QtWindowsTest, CutNothingOffInAnyLanguageAndAtTwiceTheLength) {
+    for (const std::string language : {"en", "de", "fr", "es", "ja", "ar"}) {
+        QLocale::setDefault(QLocale(language.c_str()));
+        DoubledStrings doubled;
+        services().strings = &doubled;
+        ErrorWindow error;
+        TavoJoinWindowHandler information;
+        TavoJoinMainWindowHandler form(information);
+        error.showWindow();
+        information.showWindow();
+        information.showProblem();
+        form.showWindow();
+        form.joinButtonAction();
+        form.showWindowAskingForValidKey();
+        QApplication::processEvents();
+        for (const char* name : {"ErrorWindow", "TavoJoinWindow", "TavoJoinMainWindow"})
+            for (QWidget* widget : window(name).findChildren<QWidget*>()) {
+                const std::string who = widget->objectName().toStdString() + " in " + language;
+                EXPECT_TRUE(!widget->isVisible() || isWhole(*widget)) << who;
+                EXPECT_FALSE(
+                    QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).contains('_'))
+                    << who << " has no text but its key";
+            }
+        EXPECT_EQ(window("TavoJoinMainWindow").findChild<QLineEdit*>()->alignment(), // as of the prompt
+                  Qt::AlignAbsolute | (language == "ar" ? Qt::AlignRight : Qt::AlignLeft));
+    }
+    QLocale::setDefault(QLocale::c());
+    QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 } // namespace
