@@ -63,10 +63,8 @@ bool isOurs(const std::string& name) {
 bool isAllowed(const Folder& folder, char kind, const std::string& name) {
     if (kind == '<')
         return folder.seesLibraries || isStandard(name);
-    if (!isOurs(name) && !folder.seesLibraries)
-        return false;
     if (name.find('/') == std::string::npos && !isOurs(name)) // a form, which the toolkit makes
-        return true;
+        return folder.seesLibraries;
     const Folder* const included = folderOf(name);
     return included && name.find("..") == std::string::npos &&
            (included == &folder ||

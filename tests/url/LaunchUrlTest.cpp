@@ -63,7 +63,6 @@ TEST_F(LaunchUrlHandler, PutsUsableValuesIntoTheSessionAndJoinsWithAKey) {
         // The kind of a key is told from its length before its blanks are removed.
         {"k=123456789", "1 123456789" + rest},
         {"k=1234567890", "0 1234567890" + rest},
-        {"k=12345678901", "0 12345678901" + rest},
         {"k=12345678", "7 12345678" + rest},
         {"k= 12345678\t", "0 12345678" + rest},
         {"sessionId=123456789", "1 123456789" + rest},

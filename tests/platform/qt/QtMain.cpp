@@ -1,10 +1,10 @@
-#include <gtest/gtest.h>
+#include "platform/qt/QtToolkit.h"
 
-#include <QApplication>
+#include <gtest/gtest.h>
 
 int main(int argc, char** argv) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    const QApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
+    const join::platform::QtToolkit toolkit(argv);
     return RUN_ALL_TESTS();
 }

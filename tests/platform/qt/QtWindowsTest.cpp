@@ -2,11 +2,10 @@
 #include "base/ServiceSettings.h"
 #include "platform/qt/QtMainQueue.h"
 #include "platform/qt/QtStrings.h"
+#include "platform/qt/QtTimers.h"
 #include "platform/qt/QtWaiting.h"
+#include "platform/qt/SpinningIndicator.h"
 #include "support/LogicTest.h"
-#include "ui/ErrorWindow.h"
-#include "ui/TavoJoinMainWindowHandler.h"
-#include "ui/TavoJoinWindowHandler.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -16,6 +15,7 @@
 namespace join::platform {
 namespace {
 
+using namespace std::chrono_literals;
 using test::Journal;
 
 /// The logic on doubles, but with real windows.
@@ -24,9 +24,7 @@ protected:
     QtWindowsTest() {
         services().windows = &qtWindows;
         application.staysWhenItEnds = true;
-        JoinSessionDetails::setDefaultValues();
         session().webServerName.set("host");
-        session().sessionType.set(SessionType::meeting);
     }
 
     static QWidget& window(const QString& name) {
@@ -47,45 +45,26 @@ protected:
     }
     static QString focused() { return QApplication::focusWidget()->objectName(); }
 
+    /// Runs the loop until the condition holds, for at most half a minute.
+    static bool turnUntil(const std::function<bool()>& condition) {
+        return QTest::qWaitFor(condition, 30'000);
+    }
+
     /// How often the program was to end.
     auto ends() const {
         return std::ranges::count(journal, "terminate") + std::ranges::count(journal, "exit");
     }
 
     QtMainQueue queue;
+    QtTimers qtTimers{queue};
     QtWindows qtWindows{queue};
     TavoJoinWindowHandler progress;
     TavoJoinMainWindowHandler entry{progress};
 };
 
-TEST_F(QtWindowsTest, AreInTheMiddleAndPaintedWhenTheirShowingReturnsAndQueuedWorkWaits) {
-    bool hasRun = false;
-    queue.enqueue([&] { hasRun = true; });
-    progress.showProblem();
-    EXPECT_FALSE(progress.isVisible() || QtWindows::bringToFront(""));
-    progress.showWindow();
-    EXPECT_TRUE(progress.isVisible());
-    EXPECT_FALSE(hasRun);
-    QWidget& shown = window("TavoJoinWindow");
-    EXPECT_FALSE(shown.testAttribute(Qt::WA_PendingUpdate));
-    QScreen& screen = *QApplication::primaryScreen();
-    const auto picture = [&] { return screen.grabWindow(shown.winId()).toImage(); };
-    EXPECT_EQ(picture().pixelColor(2, 2), QColor(Qt::white));
-    const QPoint distance = shown.geometry().center() - screen.geometry().center();
-    EXPECT_LE(distance.manhattanLength(), 8); // the desktop adds a frame
-    progress.showProgress();
-    const QImage drawn = picture();
-    QApplication::processEvents();
-    EXPECT_EQ(picture(), drawn);
-    EXPECT_TRUE(hasRun);
-    shown.showMinimized();
-    EXPECT_TRUE(QtWindows::bringToFront(""));
-    EXPECT_FALSE(shown.isMinimized());
-}
-
 TEST_F(QtWindowsTest, TheirIconIsTheDesktopsInEverySize) {
     progress.showWindow();
-    ASSERT_TRUE(QTest::qWaitFor([] { return !QApplication::windowIcon().isNull(); }, 30'000));
+    ASSERT_TRUE(turnUntil([] { return !QApplication::windowIcon().isNull(); }));
     for (const int size : {16, 24, 32, 48, 64, 128}) {
         const auto picture = [&](const QPixmap& pixmap) {
             EXPECT_EQ(pixmap.size(), QSize(size, size));
@@ -103,7 +82,6 @@ TEST_F(QtWindowsTest, TheirIconIsTheDesktopsInEverySize) {
 TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
     const auto loaded = qtWindows.load("TavoJoinWindow");
     EXPECT_THROW(qtWindows.load("NoSuchWindow"), Exception);
-    EXPECT_THROW(loaded->textField("noSuchOutlet"), Exception);
     EXPECT_THROW(loaded->textField("infoLabel"), Exception);
     EXPECT_THROW(loaded->progressIndicator("infoLabel"), Exception);
 }
@@ -136,18 +114,39 @@ Journal found(QWidget& window) {
     return found(*QAccessible::queryAccessibleInterface(&window));
 }
 
-TEST_F(QtWindowsTest, AssistiveTechnologyFindsTheProgress) {
+TEST_F(QtWindowsTest, AreInTheMiddleAndPaintedAsSoonAsTheyAreShownWhileQueuedWorkWaits) {
+    int worksRun = 0;
+    for (int work = 0; work < 2; ++work)
+        queue.enqueue([&] { ++worksRun; });
+    progress.showProblem();
+    EXPECT_FALSE(progress.isVisible() || QtWindows::bringToFront(""));
     progress.showWindow();
+    EXPECT_TRUE(progress.isVisible());
+    EXPECT_EQ(worksRun, 0);
     QWidget& shown = window("TavoJoinWindow");
-    const Journal turning = {"Dialog: [JOIN]", "StaticText: [JOIN_PROGRESS]", "ProgressBar: JOIN_PROGRESS"};
-    EXPECT_EQ(found(shown), turning);
+    EXPECT_FALSE(shown.testAttribute(Qt::WA_PendingUpdate));
+    QScreen& screen = *QApplication::primaryScreen();
+    const auto picture = [&] { return screen.grabWindow(shown.winId()).toImage(); };
+    EXPECT_EQ(picture().pixelColor(2, 2), QColor(Qt::white));
+    const QPoint distance = shown.geometry().center() - screen.geometry().center();
+    EXPECT_LE(distance.manhattanLength(), 8); // the desktop adds a frame
+    EXPECT_EQ(found(shown), (Journal{"Dialog: [JOIN]", "* StaticText: [PROBLEM_OCCURED]"}));
+    progress.showProgress();
+    const QImage drawn = picture();
+    QApplication::processEvents();
+    EXPECT_EQ(picture(), drawn);
+    EXPECT_EQ(worksRun, 2);
     strings.texts["DOWNLOADED"] = "%1 of %2";
     progress.showDownload(this, 3'000'000, 5'000'000);
+    QApplication::processEvents();
+    EXPECT_NE(picture(), drawn);
     EXPECT_EQ(found(shown).back(), "ProgressBar: JOIN_PROGRESS 3 of 5");
     progress.endDownload(this);
-    EXPECT_EQ(found(shown), turning);
-    progress.showProblem();
-    EXPECT_EQ(found(shown), (Journal{"Dialog: [JOIN]", "* StaticText: [PROBLEM_OCCURED]"}));
+    EXPECT_EQ(found(shown),
+              (Journal{"Dialog: [JOIN]", "* StaticText: [JOIN_PROGRESS]", "ProgressBar: JOIN_PROGRESS"}));
+    shown.showMinimized();
+    EXPECT_TRUE(QtWindows::bringToFront(""));
+    EXPECT_FALSE(shown.isMinimized());
 }
 
 TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
@@ -167,13 +166,13 @@ TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
     EXPECT_EQ(label.font().toString(), QFont("Helvetica", 14).toString());
     QTextBrowser browser;
     QDesktopServices::setUrlHandler("https", &browser, "setSource");
-    for (int time = 1; time <= 2; ++time) {
-        press(Qt::Key_Tab);
+    for (const Qt::Key way : {Qt::Key_Tab, Qt::Key_Backtab}) {
+        press(way);
         EXPECT_EQ(focused(), "errorText");
         press(Qt::Key_Return);
         EXPECT_EQ(browser.source(), address);
         browser.setSource({});
-        press(Qt::Key_Tab);
+        press(way);
         EXPECT_EQ(focused(), "ok");
     }
     QDesktopServices::unsetUrlHandler("https");
@@ -181,6 +180,78 @@ TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
     for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape, Qt::Key_Space})
         press(key);
     EXPECT_EQ(ends(), 3);
+}
+
+TEST_F(QtWindowsTest, TheirLoopRunsWorkOfAnyThreadInItsOrderOnTheMainThread) {
+    std::vector<std::pair<int, std::thread::id>> done;
+    std::thread([&] {
+        for (int i = 0; i < 100; ++i)
+            queue.enqueue([&, i] { done.emplace_back(i, std::this_thread::get_id()); });
+    }).join();
+    EXPECT_TRUE(done.empty());
+    ASSERT_TRUE(turnUntil([&] { return done.size() == 100; }));
+    for (int i = 0; i < 100; ++i)
+        EXPECT_EQ(done[i], std::pair(i, std::this_thread::get_id()));
+}
+
+TEST_F(QtWindowsTest, TheirLoopFiresATimerAgainAndAgainUntilItIsDestroyed) {
+    int fired = 0;
+    int others = 0;
+    auto timer = qtTimers.repeating(1ms, [&] { ++fired; });
+    EXPECT_TRUE(turnUntil([&] { return fired >= 3; }));
+    timer.reset();
+    const int last = fired;
+    const auto other = qtTimers.repeating(1ms, [&] { ++others; });
+    EXPECT_TRUE(turnUntil([&] { return others == 5; }));
+    EXPECT_EQ(fired, last);
+}
+
+TEST_F(QtWindowsTest, TheirIndicatorTurnsOnlyWhileItIsAnimatedAndHasNoValue) {
+    SpinningIndicator indicator;
+    indicator.resize(36, 36);
+    const auto turns = [&] {
+        int times = 0;
+        const auto clock = qtTimers.repeating(50ms, [&] { ++times; });
+        const QImage before = indicator.grab().toImage();
+        turnUntil([&] { return times == 8 || indicator.grab().toImage() != before; });
+        return times < 8;
+    };
+    indicator.startAnimation();
+    EXPECT_TRUE(turns());
+    indicator.stopAnimation();
+    EXPECT_FALSE(turns());
+    indicator.startAnimation();
+    indicator.setValue(ProgressValue{0.25, "1 of 4 MB"});
+    const QImage quarter = indicator.grab().toImage();
+    EXPECT_FALSE(turns());
+    EXPECT_EQ(indicator.toolTip(), "1 of 4 MB");
+    indicator.setValue(ProgressValue{0.5, "2 of 4 MB"});
+    EXPECT_NE(indicator.grab().toImage(), quarter);
+    indicator.setValue(std::nullopt);
+    EXPECT_TRUE(turns());
+}
+
+TEST_F(QtWindowsTest, LiveWhileTheLogicWaitsAndNoLogicRuns) {
+    QtWaiting waiting(queue);
+    bool hasRun = false;
+    const auto timer = qtTimers.repeating(1ms, [&] { hasRun = true; });
+    queue.enqueue([&] { hasRun = true; });
+    SpinningIndicator indicator;
+    indicator.startAnimation();
+    std::promise<void> end;
+    QTimer::singleShot(0, &indicator, [&] {
+        const QImage before = indicator.grab().toImage();
+        EXPECT_TRUE(turnUntil([&] { return indicator.grab().toImage() != before; }));
+        waiting.during([&] { end.set_value(); }); // what leaving does must not wait for the wait
+    });
+    const auto thread = waiting.during([&] {
+        end.get_future().wait();
+        return std::this_thread::get_id();
+    });
+    EXPECT_NE(thread, std::this_thread::get_id());
+    EXPECT_FALSE(hasRun);
+    EXPECT_TRUE(turnUntil([&] { return hasRun; }));
+    EXPECT_THROW(waiting.during([] { throw std::out_of_range("the work's"); }), std::out_of_range);
 }
 
 class QtEntryWindow : public QtWindowsTest {
@@ -316,6 +387,8 @@ TEST_P(Leaving, IsAlwaysPossibleAndAllThatTheUserCanDoWhileTheLogicWaits) {
     EXPECT_EQ(joins, 1);
     EXPECT_TRUE(ends() == 1 && !shown().isVisible());
     entry.showWindow();
+    QTest::keyClick(&keyField(), Qt::Key_7);
+    EXPECT_EQ(keyField().text(), "7");
     GetParam()(shown());
     EXPECT_TRUE(ends() == 2 && !shown().isVisible());
 }
@@ -330,15 +403,6 @@ INSTANTIATE_TEST_SUITE_P(
                     },
                     [](QWidget& window) { window.windowHandle()->close(); }));
 
-/// Texts that are twice as long as those of the table.
-struct DoubledStrings final : Strings {
-    std::string localized(const std::string& key) override {
-        const std::string text = table.localized(key);
-        return text + " " + text;
-    }
-    QtStrings table;
-};
-
 bool isWhole(const QWidget& widget) {
     if (const auto* edit = dynamic_cast<const QLineEdit*>(&widget)) {
         constexpr int frame = 8;
@@ -349,11 +413,34 @@ bool isWhole(const QWidget& widget) {
     return widget.sizeHint().width() <= widget.width() && widget.sizeHint().height() <= widget.height();
 }
 
-TEST_F(QtWindowsTest, CutNothingOffInAnyLanguageAndAtTwiceTheLength) {
-    for (const std::string language : {"en", "de", "fr", "es", "ja", "ar"}) {
-        QLocale::setDefault(QLocale(language.c_str()));
-        DoubledStrings doubled;
-        services().strings = &doubled;
+TEST_F(QtWindowsTest, SpeakTheUsersLanguageOrEnglishAndCutNothingOffEvenAtTwiceTheLength) {
+    const std::tuple<const char*, const char*, Qt::LayoutDirection> cases[]{
+        {"en_GB", "Cancel", Qt::LeftToRight},    {"ar_EG", "إلغاء", Qt::RightToLeft},
+        {"de_AT", "Abbrechen", Qt::LeftToRight}, {"fr", "Annuler", Qt::LeftToRight},
+        {"es_MX", "Cancelar", Qt::LeftToRight},  {"ja_JP", "キャンセル", Qt::LeftToRight},
+        {"he_IL", "Cancel", Qt::LeftToRight},    {"C", "Cancel", Qt::LeftToRight}};
+    for (const auto& [locale, cancel, direction] : cases) {
+        SCOPED_TRACE(locale);
+        QLocale::setDefault(QLocale(locale));
+        QtStrings table;
+        for (const std::string id :
+             {"JOIN", "CANCEL", "SESSION_KEY", "ENTER_KEY", "EMAIL_ADDRESS", "ENTER_EMAIL", "ENTER_VALID_KEY",
+              "JOIN_PROGRESS", "INSTALL_PROGRESS", "DOWNLOADED", "PROBLEM_OCCURED", "LINK_NOT_ALLOWED", "OK",
+              "ERROR_MESSAGE", "CLICK_HERE"}) {
+            const std::string text = table.localized(id);
+            EXPECT_TRUE(!text.empty() && (text != id || id == "OK")) << id; // which is "OK" in many languages
+            strings.texts[id] = text + " " + text;
+        }
+        EXPECT_EQ(table.localized("CANCEL") + table.localized("NO_SUCH_KEY"),
+                  cancel + std::string("NO_SUCH_KEY"));
+        EXPECT_EQ(QApplication::layoutDirection(), direction);
+        const QString downloaded = QString::fromStdString(table.localized("DOWNLOADED"));
+        EXPECT_TRUE(downloaded.contains("%1") && downloaded.contains("%2"));
+        QString message = QString::fromStdString(table.localized("ERROR_MESSAGE"));
+        EXPECT_EQ(message.count(QString::fromStdString(table.localized("CLICK_HERE"))), 1)
+            << "is made a link";
+        EXPECT_FALSE(message.remove("%%").contains('%')) << "a percent sign stands doubled";
+
         ErrorWindow error;
         TavoJoinWindowHandler information;
         TavoJoinMainWindowHandler form(information);
@@ -365,16 +452,12 @@ TEST_F(QtWindowsTest, CutNothingOffInAnyLanguageAndAtTwiceTheLength) {
         form.showWindowAskingForValidKey();
         QApplication::processEvents();
         for (const char* name : {"ErrorWindow", "TavoJoinWindow", "TavoJoinMainWindow"})
-            for (QWidget* widget : window(name).findChildren<QWidget*>()) {
-                const std::string who = widget->objectName().toStdString() + " in " + language;
-                EXPECT_TRUE(!widget->isVisible() || isWhole(*widget)) << who;
-                EXPECT_FALSE(
-                    QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).contains('_'))
-                    << who << " has no text but its key";
-            }
+            for (const QWidget* widget : window(name).findChildren<QWidget*>())
+                EXPECT_TRUE(!widget->isVisible() || isWhole(*widget)) << widget->objectName().toStdString();
         EXPECT_EQ(window("TavoJoinMainWindow").findChild<QLineEdit*>()->alignment(), // as of the prompt
-                  Qt::AlignAbsolute | (language == "ar" ? Qt::AlignRight : Qt::AlignLeft));
+                  Qt::AlignAbsolute | (direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft));
     }
+    EXPECT_EQ(QDir(":/strings").entryList(QDir::Files).size(), 6);
     QLocale::setDefault(QLocale::c());
     QApplication::setLayoutDirection(Qt::LeftToRight);
 }
