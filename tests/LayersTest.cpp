@@ -22,12 +22,9 @@ bool isStandard(const std::string& name) {
     return name.find_first_not_of("abcdefghijklmnopqrstuvwxyz_") == std::string::npos;
 }
 
-/// What each folder, with those in it, may include beside itself; from the ground up.
-struct Folder {
-    std::string path;
-    std::vector<std::string> mayInclude = {};
-    bool seesLibraries = false;
-};
+/// What each folder, with those in it, may include beside itself, from the ground up; "<>" are the headers of
+/// libraries and of the system.
+using Folder = std::pair<std::string, std::vector<std::string>>;
 const std::vector<Folder> folders = {
     {"platform", {}},
     {"base", {"platform"}},
@@ -39,9 +36,9 @@ const std::vector<Folder> folders = {
     {"ui", {"session", "base", "platform"}},
     {"install", {"diag", "ui", "session", "base", "platform"}},
     {"app", {"params", "url", "server", "install", "diag", "ui", "session", "base", "platform"}},
-    {"platform/linux", {"platform"}, true},
-    {"platform/qt", {"platform"}, true},
-    {"", {"app", "platform", "platform/linux", "platform/qt"}, true},
+    {"platform/linux", {"platform", "<>"}},
+    {"platform/qt", {"platform", "<>"}},
+    {"", {"app", "platform", "platform/linux", "platform/qt", "<>"}},
 };
 
 /// The row of the innermost folder that holds the file, which is the last; nullptr when no row does.
@@ -49,26 +46,21 @@ const Folder* folderOf(const std::string& file) {
     const std::string parent = fs::path(file).parent_path();
     const Folder* innermost = nullptr;
     for (const Folder& folder : folders)
-        if (parent == folder.path || parent.starts_with(folder.path + '/'))
+        if (parent == folder.first || parent.starts_with(folder.first + '/'))
             innermost = &folder;
     return innermost;
 }
 
-/// Whether it is a file of ours, or made from one.
-bool isOurs(const std::string& name) {
-    return fs::exists(sources / name) || fs::exists(sources / (name + ".in"));
-}
-
 /// Whether files of this folder may include it; the kind is '<' or '"'.
 bool isAllowed(const Folder& folder, char kind, const std::string& name) {
+    const auto may = [&](const std::string& what) { return std::ranges::count(folder.second, what) == 1; };
     if (kind == '<')
-        return folder.seesLibraries || isStandard(name);
-    if (name.find('/') == std::string::npos && !isOurs(name)) // a form, which the toolkit makes
-        return folder.seesLibraries;
+        return isStandard(name) || may("<>");
+    if (name.find('/') == std::string::npos && !fs::exists(sources / name)) // a form, which the toolkit makes
+        return may("<>");
     const Folder* const included = folderOf(name);
     return included && name.find("..") == std::string::npos &&
-           (included == &folder ||
-            (included < &folder && std::ranges::count(folder.mayInclude, included->path) == 1));
+           (included == &folder || (included < &folder && may(included->first)));
 }
 
 } // namespace
@@ -94,7 +86,7 @@ TEST(Layers, EveryIncludePointsDownNoneGoesInACircleAndNoFileOrFolderIsLarge) {
             EXPECT_TRUE(found[1].matched && isAllowed(*folder, *found[1].first, found[2]))
                 << file << ": " << line;
             const fs::path included = fs::path(found[2].str()).replace_extension();
-            if (isOurs(found[2]) && included != unit)
+            if (included != unit)
                 includes[unit].insert(included);
         }
         EXPECT_LE(lines, 250) << file;

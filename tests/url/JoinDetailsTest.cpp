@@ -71,18 +71,12 @@ TEST_F(JoinDetails, AnUpdateKeepsTheConnectionItemsAndTheHostsThatTheSessionDoes
 }
 
 TEST_F(JoinDetails, WritesWhatTheSessionHoldsInItsOrderAndSaysSo) {
-    session().roleChangeOnInit.set("r");
-    session().viewerId.set("v");
-    session().firstTimeInstall.set("f");
+    urlEvents.deliver("tavojoin://e=E&rcoi=r&vid=v&fti=f&authkey=a&group=g&demo=true&isDemoTech=true");
     session().isConfirmationNeeded.set("c");
-    session().authkey.set("a");
-    session().isDemoMode.set("true");
-    session().isDemoTech.set("null");
-    session().group.set("g");
     const std::string text = header +
                              "&role_change_on_init=r&viewer_id=v&first_time_install=f&isConfirmationNeeded=c"
                              "&gatewayName=(null)&defaultGatewayName=(null)&authkey=a&webServerName=S"
-                             "&isDemoMode=true&isDemoTech=null&group=g&email=E&key=K&";
+                             "&isDemoMode=true&isDemoTech=true&group=g&email=E&key=K&";
     EXPECT_EQ(updated(header + "&role_change_on_init=true&"), text);
     const std::string name = method + " : ";
     EXPECT_EQ(

@@ -10,11 +10,8 @@ TEST(LaunchUrl, IsParsedIntoPairs) {
         {"tavojoin://k=1//e=a", {{"k", "1"}}},
         {"tavojoin://k=a=b=c", {{"k", "a"}}},
         {"tavojoin://k=1&K=2&k=3", {{"k", "3"}, {"K", "2"}}},
-        {"tavojoin://k=%31+2", {{"k", "%31+2"}}},
         {"tavojoin:///k=1", {{"/k", "1"}}},
         {"tavojoin:////k=1", {}},
-        {"tavojoin:k=1", {}},
-        {"", {}},
         {"tavojoin://" + std::string(1 << 20, '&'), {}},
         {"tavojoin://k%3D1=2%3D&e%3d%3d%3D&%3Dx&%3", {{"k%3D1", "2%3D"}, {"e", "%3d%3D"}, {"", "x"}}},
         // As browsers hand them over; scripts/try-browser shows it.

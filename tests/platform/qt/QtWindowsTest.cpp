@@ -45,10 +45,8 @@ protected:
     }
     static QString focused() { return QApplication::focusWidget()->objectName(); }
 
-    /// Runs the loop until the condition holds, for at most half a minute.
-    static bool turnUntil(const std::function<bool()>& condition) {
-        return QTest::qWaitFor(condition, 30'000);
-    }
+    /// Runs the loop until something holds, for at most half a minute.
+    static bool turnUntil(const std::function<bool()>& holds) { return QTest::qWaitFor(holds, 30'000); }
 
     /// How often the program was to end.
     auto ends() const {
@@ -66,16 +64,15 @@ TEST_F(QtWindowsTest, TheirIconIsTheDesktopsInEverySize) {
     progress.showWindow();
     ASSERT_TRUE(turnUntil([] { return !QApplication::windowIcon().isNull(); }));
     for (const int size : {16, 24, 32, 48, 64, 128}) {
-        const auto picture = [&](const QPixmap& pixmap) {
-            EXPECT_EQ(pixmap.size(), QSize(size, size));
-            return pixmap.toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
-        };
-        const QImage shown = picture(QApplication::windowIcon().pixmap(size));
-        const QImage installed = picture(QPixmap(QString(JOIN_ICONS "/com.tavo.join-%1.png").arg(size)));
+        const auto format = QImage::Format_ARGB32_Premultiplied;
+        const QImage shown = QApplication::windowIcon().pixmap(size).toImage().convertToFormat(format);
+        const QString file = QString(JOIN_ICONS "/com.tavo.join-%1.png").arg(size);
+        const QImage installed = QImage(file).convertToFormat(format);
+        ASSERT_TRUE(shown.size() == QSize(size, size) && installed.size() == shown.size()) << size;
         double difference = 0; // of all channels of all pixels
         for (qsizetype i = 0; i < shown.sizeInBytes(); ++i)
             difference += std::abs(int{shown.constBits()[i]} - int{installed.constBits()[i]});
-        EXPECT_LT(difference / static_cast<double>(shown.sizeInBytes()), 4) << size;
+        EXPECT_LT(difference / static_cast<double>(shown.sizeInBytes()), 1.5) << size;
     }
 }
 
@@ -121,7 +118,6 @@ TEST_F(QtWindowsTest, AreInTheMiddleAndPaintedAsSoonAsTheyAreShownWhileQueuedWor
     progress.showProblem();
     EXPECT_FALSE(progress.isVisible() || QtWindows::bringToFront(""));
     progress.showWindow();
-    EXPECT_TRUE(progress.isVisible());
     EXPECT_EQ(worksRun, 0);
     QWidget& shown = window("TavoJoinWindow");
     EXPECT_FALSE(shown.testAttribute(Qt::WA_PendingUpdate));
@@ -418,7 +414,7 @@ TEST_F(QtWindowsTest, SpeakTheUsersLanguageOrEnglishAndCutNothingOffEvenAtTwiceT
         {"en_GB", "Cancel", Qt::LeftToRight},    {"ar_EG", "إلغاء", Qt::RightToLeft},
         {"de_AT", "Abbrechen", Qt::LeftToRight}, {"fr", "Annuler", Qt::LeftToRight},
         {"es_MX", "Cancelar", Qt::LeftToRight},  {"ja_JP", "キャンセル", Qt::LeftToRight},
-        {"he_IL", "Cancel", Qt::LeftToRight},    {"C", "Cancel", Qt::LeftToRight}};
+        {"he_IL", "Cancel", Qt::LeftToRight},    {"C", "Cancel", Qt::LeftToRight}}; // as before
     for (const auto& [locale, cancel, direction] : cases) {
         SCOPED_TRACE(locale);
         QLocale::setDefault(QLocale(locale));
@@ -431,15 +427,13 @@ TEST_F(QtWindowsTest, SpeakTheUsersLanguageOrEnglishAndCutNothingOffEvenAtTwiceT
             EXPECT_TRUE(!text.empty() && (text != id || id == "OK")) << id; // which is "OK" in many languages
             strings.texts[id] = text + " " + text;
         }
-        EXPECT_EQ(table.localized("CANCEL") + table.localized("NO_SUCH_KEY"),
-                  cancel + std::string("NO_SUCH_KEY"));
+        EXPECT_EQ(table.localized("CANCEL"), cancel);
+        EXPECT_EQ(table.localized("NO_SUCH_KEY"), "NO_SUCH_KEY");
         EXPECT_EQ(QApplication::layoutDirection(), direction);
-        const QString downloaded = QString::fromStdString(table.localized("DOWNLOADED"));
-        EXPECT_TRUE(downloaded.contains("%1") && downloaded.contains("%2"));
-        QString message = QString::fromStdString(table.localized("ERROR_MESSAGE"));
-        EXPECT_EQ(message.count(QString::fromStdString(table.localized("CLICK_HERE"))), 1)
-            << "is made a link";
-        EXPECT_FALSE(message.remove("%%").contains('%')) << "a percent sign stands doubled";
+        const auto text = [&](const char* id) { return QString::fromStdString(table.localized(id)); };
+        EXPECT_TRUE(text("DOWNLOADED").contains("%1") && text("DOWNLOADED").contains("%2"));
+        EXPECT_EQ(text("ERROR_MESSAGE").count(text("CLICK_HERE")), 1) << "is made a link";
+        EXPECT_FALSE(text("ERROR_MESSAGE").remove("%%").contains('%')) << "a percent sign stands doubled";
 
         ErrorWindow error;
         TavoJoinWindowHandler information;
@@ -452,14 +446,15 @@ TEST_F(QtWindowsTest, SpeakTheUsersLanguageOrEnglishAndCutNothingOffEvenAtTwiceT
         form.showWindowAskingForValidKey();
         QApplication::processEvents();
         for (const char* name : {"ErrorWindow", "TavoJoinWindow", "TavoJoinMainWindow"})
-            for (const QWidget* widget : window(name).findChildren<QWidget*>())
-                EXPECT_TRUE(!widget->isVisible() || isWhole(*widget)) << widget->objectName().toStdString();
+            for (QWidget* widget : window(name).findChildren<QWidget*>()) {
+                const QString said = QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+                EXPECT_TRUE(!widget->isVisible() || (isWhole(*widget) && !said.contains('[')))
+                    << said.toStdString();
+            }
         EXPECT_EQ(window("TavoJoinMainWindow").findChild<QLineEdit*>()->alignment(), // as of the prompt
                   Qt::AlignAbsolute | (direction == Qt::RightToLeft ? Qt::AlignRight : Qt::AlignLeft));
     }
     EXPECT_EQ(QDir(":/strings").entryList(QDir::Files).size(), 6);
-    QLocale::setDefault(QLocale::c());
-    QApplication::setLayoutDirection(Qt::LeftToRight);
 }
 
 } // namespace
