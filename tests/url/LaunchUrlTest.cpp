@@ -45,7 +45,7 @@ TEST_F(LaunchUrlHandler, PutsUsableValuesIntoTheSessionAndJoinsWithAKey) {
     const std::string longKey(1 << 20, '7');
     const std::pair<std::string, std::string> cases[] = {
         {"", "7 (null)" + rest},
-        {"e=null&gwn=null&gatewayhost=&gwn1=&tav=null&jav=&cav=&vid=null&rcoi=&fti=&authkey=&group=null&wsn=&E=x",
+        {"e=null&gwn=null&gatewayhost=&gwn1=&tav=null&jav=&cav=&vid=null&rcoi=&fti=&authkey=&group=null&wsn=&E=x&K=2",
          "7 (null)" + rest},
         {"e=&email=someone&demo=TRUE&isDemoTech= true", "7 (null)" + rest},
         {"email=\tsome one \u00A0&demo=true", "7 (null) some one g d t j c v r f a G w true false"},
@@ -68,7 +68,6 @@ TEST_F(LaunchUrlHandler, PutsUsableValuesIntoTheSessionAndJoinsWithAKey) {
         {"k=", "7 (null)" + rest},
         {"k=null", "7 (null)" + rest},
         {"k=&sessionId=2", "7 (null)" + rest},
-        {"K=123456789", "7 (null)" + rest},
         // No bytes get raw into the files, and no length stops a join.
         {"k=12\n34\0\x7F\xC3\xA4\xFF\xED\xA0\x80\xE2\x82g\x13\x95\x1B\x86\xC1"s,
          "0 12%0A34%00%7Fä%FF%ED%A0%80%E2%82g%13%95%1B%86%C1" + rest},

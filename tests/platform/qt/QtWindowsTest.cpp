@@ -63,6 +63,7 @@ protected:
 TEST_F(QtWindowsTest, TheirIconIsTheDesktopsInEverySize) {
     progress.showWindow();
     ASSERT_TRUE(turnUntil([] { return !QApplication::windowIcon().isNull(); }));
+    EXPECT_EQ(QApplication::applicationName() + " " + QApplication::desktopFileName(), "Join com.tavo.join");
     for (const int size : {16, 24, 32, 48, 64, 128}) {
         const auto format = QImage::Format_ARGB32_Premultiplied;
         const QImage shown = QApplication::windowIcon().pixmap(size).toImage().convertToFormat(format);
@@ -143,6 +144,9 @@ TEST_F(QtWindowsTest, AreInTheMiddleAndPaintedAsSoonAsTheyAreShownWhileQueuedWor
     shown.showMinimized();
     EXPECT_TRUE(QtWindows::bringToFront(""));
     EXPECT_FALSE(shown.isMinimized());
+    entry.showWindow();
+    progress.showWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(&shown));
 }
 
 TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
@@ -354,11 +358,9 @@ TEST_F(QtEntryWindow, ClicksWhileItJoinsAreLost) {
         press(Qt::Key_Return);
         QMetaObject::invokeMethod(&button("joinButton"), &QPushButton::click, Qt::QueuedConnection);
     };
-    for (const int joined : {1, 2}) {
-        QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
-        QApplication::processEvents();
-        EXPECT_EQ(joins, joined);
-    }
+    QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
+    QApplication::processEvents();
+    EXPECT_EQ(joins, 1);
 }
 
 class Leaving : public QtEntryWindow, public testing::WithParamInterface<void (*)(QWidget&)> {};
