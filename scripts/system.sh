@@ -53,6 +53,7 @@ make_system() {
     sources=$(archives_of "$suite")
     say "Making a clean system: Debian $suite"
     mkdir -m 0755 "$root"
+    mount --bind "$root" "$root" # namespaces can only be made in a root that is a mount
     debootstrap --variant=minbase "$suite" "$root" "$(cut -d' ' -f2 <<<"$sources")" >"$scratch/debootstrap.log" 2>&1 || {
         tail -n 20 "$scratch/debootstrap.log" >&2
         return 1
