@@ -11,7 +11,13 @@ protected:
     DeliveredCopy() {
         world.installPrograms();
         fs::create_directories(world.home() + "/Applications");
+        JoinWorld::copyJoinTo(downloads);
+        writeFile(delivery + "/.joinparameters",
+                  "TAVO_MEETING_IND\n&key=1234567890&email=&GatewayHost1=gw9&authToken=A&firstTime=true"
+                  "&crashDetectorAppVersion=1.4&webServerName=" +
+                      world.host() + "&");
     }
+    ~DeliveredCopy() override { statusOf({.command = {"umount", "--lazy", stick}}); }
 
     /// Joins with the copy in that folder, and expects it to use the delivered parameters.
     void expectJoinFrom(const std::string& folder) const {
@@ -23,57 +29,49 @@ protected:
         EXPECT_NE(stored.find("&email=Guest&"), std::string::npos) << stored;
         EXPECT_NE(stored.find("&firstTime=false&"), std::string::npos) << stored;
         EXPECT_NE(contentsOf(world.support("tavojoindetails.conf")).find("&authToken=A&"), std::string::npos);
-        for (const std::string& copy : {world.systemRoot(), world.home()})
-            EXPECT_EQ(::access((copy + "/Applications/Join.app/Contents/MacOS/Join").c_str(), X_OK), 0);
+        EXPECT_TRUE(world.isJoinInstalled());
     }
 
     JoinWorld world{{"--update-needed", "false"}};
     std::string home = world.home(); ///< or another path to it
+    const std::string downloads = home + "/Downloads";
+    const std::string delivery = home + "/delivery"; ///< becomes the volume
+    const std::string stick = home + "/TavoJoin 7";
 };
 
 TEST_F(DeliveredCopy, OnAVolumeThatTheHelperHasLaidOutJoins) {
-    JoinWorld::copyJoinTo(world.home() + "/delivery");
-    world.deliverParametersTo(world.home() + "/delivery");
-    const std::string image = world.home() + "/TavoJoin.dmg";
-    tools::makeDiskImage(world.home() + "/delivery", "TavoJoin", tools::ImageKind::udifZlib, image);
-    fs::remove_all(world.home() + "/delivery");
-    Launch mount = world.launch({"mount", image});
-    mount.command.front() = std::string(JOIN_BUNDLE) + "/Contents/Helpers/hdiutil";
-    ASSERT_EQ(statusOf(mount), 0) << world.output();
+    JoinWorld::copyJoinTo(delivery);
+    const std::string image = home + "/TavoJoin.dmg";
+    tools::makeDiskImage(delivery, "TavoJoin", tools::ImageKind::udifZlib, image);
+    fs::remove_all(delivery);
+    const std::string hdiutil = std::string(JOIN_BUNDLE) + "/Contents/Helpers/hdiutil";
+    ASSERT_EQ(world.run({hdiutil, "mount", image}), 0) << world.output();
     EXPECT_EQ(world.output(), "/Volumes/TavoJoin\n");
     // From the volume itself, and from elsewhere while it is there.
     expectJoinFrom(world.systemRoot() + "/Volumes/TavoJoin");
     fs::remove(world.support("joinparameters.conf"));
-    fs::remove(world.home() + "/tavo-standin/agent.txt");
-    JoinWorld::copyJoinTo(world.home() + "/Downloads");
-    expectJoinFrom(world.home() + "/Downloads");
+    fs::remove(home + "/tavo-standin/agent.txt");
+    expectJoinFrom(downloads);
     EXPECT_TRUE(
         world.logHolds("Volume : /Volumes/TavoJoin, isRemovable :1, isWritable : 1, isUnmountable : 1"));
     // A reboot removes it.
     writeFile(world.systemRoot() + "/Volumes.boot", "another");
-    const Child plain(world.launch({}, world.home() + "/Downloads/Join.app"));
+    const Child plain(world.launch({}, downloads + "/Join.app"));
     EXPECT_TRUE(world.logs("Join main window has been shown"));
     EXPECT_TRUE(fs::is_empty(world.systemRoot() + "/Volumes"));
 }
 
 TEST_F(DeliveredCopy, OnAMountedVolumeLendsItsParameters) {
-    world.deliverParametersTo(world.home() + "/delivery");
-    const std::string image = world.home() + "/stick.img";
-    Launch make = world.launch({});
-    make.command = {"/usr/sbin/mke2fs", "-q", "-t", "ext4", "-d", world.home() + "/delivery", image, "4M"};
-    ASSERT_EQ(statusOf(make), 0) << world.output();
-    const std::string volume = world.home() + "/TavoJoin 7";
-    fs::create_directory(volume);
-    Launch mount = world.launch({});
-    mount.command = {"mount", "-o", "loop,ro", image, volume};
-    if (statusOf(mount) != 0)
+    const std::string image = home + "/stick.img";
+    ASSERT_EQ(world.run({"/usr/sbin/mke2fs", "-q", "-t", "ext4", "-d", delivery, image, "4M"}), 0)
+        << world.output();
+    fs::create_directory(stick);
+    if (world.run({"mount", "-o", "loop,ro", image, stick}) != 0)
         GTEST_SKIP() << "no loop device can be mounted here: " << world.output();
-    const Mounted mounted{volume};
-    JoinWorld::copyJoinTo(world.home() + "/Downloads");
-    fs::create_directory_symlink(world.home(), world.home() + ".link");
+    fs::create_directory_symlink(home, home + ".link");
     home += ".link/"; // the system reports mount points without links
-    expectJoinFrom(world.home() + "/Downloads");
-    EXPECT_TRUE(world.logHolds("Volume : " + volume + ", isRemovable :1, isWritable : 0, isUnmountable : 1"))
+    expectJoinFrom(downloads);
+    EXPECT_TRUE(world.logHolds("Volume : " + stick + ", isRemovable :1, isWritable : 0, isUnmountable : 1"))
         << world.log();
 }
 

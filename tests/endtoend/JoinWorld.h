@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <csignal>
 #include <filesystem>
 #include <memory>
@@ -50,31 +52,27 @@ public:
         fs::permissions(runtime(), fs::perms::owner_all);
     }
 
-    ~JoinWorld() { endAll(); }
+    ~JoinWorld() {
+        for (const fs::path& process : processes())
+            ::kill(std::stoi(process.filename()), SIGKILL);
+    }
     JoinWorld(const JoinWorld&) = delete;
     JoinWorld& operator=(const JoinWorld&) = delete;
 
-    /// The processes started in this world, with those that have outlived their starter.
-    std::vector<int> processes() const {
-        std::vector<int> found;
-        for (const auto& process : fs::directory_iterator("/proc")) {
-            const std::string number = process.path().filename();
-            if (number.find_first_not_of("0123456789") == std::string::npos &&
-                contentsOf(process.path() / "environ").find("HOME=" + home() + '\0') != std::string::npos)
-                found.push_back(std::stoi(number));
-        }
+    /// The processes started in this world, with those that have outlived their starter, as folders of /proc.
+    std::vector<fs::path> processes() const {
+        std::vector<fs::path> found;
+        for (const auto& process : fs::directory_iterator("/proc"))
+            if (contentsOf(process.path() / "environ").find("HOME=" + home() + '\0') != std::string::npos)
+                found.push_back(process.path());
         return found;
-    }
-    void endAll() const {
-        for (const int process : processes())
-            ::kill(process, SIGKILL);
     }
 
     /// What every user of the computer can read of them.
     std::string commandLines() const {
         std::string lines;
-        for (const int process : processes())
-            lines += contentsOf("/proc/" + std::to_string(process) + "/cmdline");
+        for (const fs::path& process : processes())
+            lines += contentsOf(process / "cmdline");
         return lines;
     }
 
@@ -84,10 +82,9 @@ public:
         return home() + "/Library/Application Support/TavoMeetingNative/" + name;
     }
     std::string systemRoot() const { return home() + "/.local/share/tavojoin/root"; }
-    std::string logFolder() const { return home() + "/Library/Logs/TavoFendel/Join"; }
     std::string certificate() const { return folder_ / "service.pem"; }
 
-    std::string log() const { return contentsOf(logFolder() + "/join.log"); }
+    std::string log() const { return contentsOf(home() + "/Library/Logs/TavoFendel/Join/join.log"); }
     bool logHolds(const std::string& text) const { return log().find(text) != std::string::npos; }
     std::string requests() const { return contentsOf(folder_ / "requests"); }
     std::string output() const { return contentsOf(folder_ / "join-output"); }
@@ -119,14 +116,6 @@ public:
         return "tavojoin://k=123456789&e=ann@example.org&wsn=" + host() + more;
     }
 
-    /// Puts the parameters of a first run there, as the service delivers them beside a Join.
-    void deliverParametersTo(const std::string& folder) const {
-        writeFile(folder + "/.joinparameters",
-                  "TAVO_MEETING_IND\n&key=1234567890&email=&GatewayHost1=gw9&authToken=A&firstTime=true"
-                  "&crashDetectorAppVersion=1.4&webServerName=" +
-                      host() + "&");
-    }
-
     /// Installs the agent and the Crash Detector in the support folder, and Join in the Applications folder.
     void installPrograms() const {
         fs::create_directories(support(""));
@@ -138,6 +127,20 @@ public:
     static void copyJoinTo(const std::string& folder) {
         fs::create_directories(folder);
         fs::copy(JOIN_BUNDLE, folder + "/Join.app", fs::copy_options::recursive);
+    }
+
+    /// Whether both copies that Join makes of itself can be started.
+    bool isJoinInstalled() const {
+        return std::ranges::all_of(std::array{systemRoot(), home()}, [](const std::string& root) {
+            return ::access((root + "/Applications/Join.app/Contents/MacOS/Join").c_str(), X_OK) == 0;
+        });
+    }
+
+    /// The status of another program in this world.
+    int run(std::vector<std::string> command) const {
+        Launch launch = this->launch({});
+        launch.command = std::move(command);
+        return statusOf(launch);
     }
 
     /// How to start the program in this world.
@@ -160,42 +163,11 @@ private:
     std::unique_ptr<Child> service_;
 };
 
-/// Unmounts what is mounted there, at the end.
-struct Mounted {
-    std::string folder;
-    ~Mounted() { statusOf({.command = {"umount", "--lazy", folder}}); }
-};
-
 /// The options of a service that delivers the images.
 inline std::vector<std::string> delivering(std::vector<std::string> more = {}) {
     more.insert(more.end(), {"--agent-image", std::string(JOIN_IMAGES) + "/TavoMac.dmg", "--join-image",
                              std::string(JOIN_IMAGES) + "/JoinMac.dmg"});
     return more;
-}
-
-/// What an installation needs only on its way, and has left behind.
-inline std::vector<std::string> leftIn(const JoinWorld& world) {
-    std::vector<std::string> left;
-    constexpr auto intoLinks = fs::directory_options::follow_directory_symlink;
-    for (const auto& entry : fs::recursive_directory_iterator(world.home(), intoLinks)) {
-        const fs::path& path = entry.path();
-        const fs::path folder = path.parent_path().filename();
-        const bool isHidden = path.filename().string().starts_with('.');
-        if (path.extension() == ".partial" || path.extension() == ".dmg" || folder == "Volumes" ||
-            (isHidden && (folder == "Applications" || folder == "TavoMeetingNative")))
-            left.push_back(path);
-    }
-    return left;
-}
-
-inline void expectWholeAgent(const JoinWorld& world) {
-    const TemporaryFolder original;
-    tools::makeAgentBundle(original / "Tavo.app", tools::defaultAgentVersion);
-    const std::vector<std::string> compare = {"diff", "-r", "--no-dereference", original / "Tavo.app",
-                                              world.support("Tavo.app")};
-    EXPECT_EQ(statusOf({.command = compare}), 0);
-    EXPECT_EQ(contentsOf(world.support("TavoCrashDetector")),
-              tools::crashDetectorBytes(tools::defaultCrashDetectorVersion));
 }
 
 } // namespace join::test
