@@ -24,6 +24,8 @@ Text shortVersion(const std::optional<platform::Value>& list) {
 }
 
 bool isWholeBundle(const std::string& path) {
+    if (!files().exists(path)) // usual, and an exception takes long
+        return false;
     try {
         services().bundles->mainExecutable(path);
         return true;
