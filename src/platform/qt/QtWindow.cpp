@@ -133,18 +133,16 @@ void QtWindow::display() {
 }
 
 void QtWindow::makeKeyAndOrderFront() {
-    const bool comesOnScreen = !widget_.isVisible();
-    if (comesOnScreen) {
+    if (!widget_.isVisible()) {
         widget_.adjustSize();
         widget_.move(QGuiApplication::primaryScreen()->geometry().center() - widget_.rect().center());
         widget_.show();
+        waitUntilPainted();
     }
     if (mayRaise()) {
         widget_.raise();
         widget_.activateWindow();
     }
-    if (comesOnScreen)
-        waitUntilPainted();
     if (QApplication::windowIcon().isNull())
         QTimer::singleShot(iconDelay, [] { QApplication::setWindowIcon(AppIcon::inAllSizes()); });
 }
