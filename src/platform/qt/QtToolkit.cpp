@@ -3,9 +3,12 @@
 #include <QApplication>
 #include <QStringList>
 
+#include <fontconfig/fontconfig.h>
+
 #include <cstdlib>
 #include <iostream>
 #include <sysexits.h>
+#include <thread>
 
 namespace join::platform {
 
@@ -39,7 +42,11 @@ QtToolkit::QtToolkit(char** arguments) {
     if (!isSet)
         qputenv(openGl, "none");
     qInstallMessageHandler(takeMessage);
-    application_ = std::make_unique<QApplication>(argumentCount_, arguments);
+    {
+        // The toolkit reads the configuration of the fonts only when the first text has to wait for it.
+        const std::jthread fonts([] { FcInit(); });
+        application_ = std::make_unique<QApplication>(argumentCount_, arguments);
+    }
     qInstallMessageHandler(nullptr);
     for (const QString& message : messages())
         std::cerr << message.toStdString() << '\n';
