@@ -30,7 +30,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <iostream>
+#include <memory>
 #include <utility>
 
 namespace {
@@ -106,6 +108,24 @@ private:
     QtWaiting& waiting_;
 };
 
+/// Begins something when the first window has been made, side by side with its layout and painting. Not
+/// earlier: while a thread loads libraries, no other thread can be started, and the window needs some.
+class BeginningWindows final : public QtWindows {
+public:
+    BeginningWindows(QtMainQueue& mainQueue, std::function<void()> begin)
+        : QtWindows(mainQueue), begin_(std::move(begin)) {}
+
+    std::unique_ptr<Window> load(const std::string& name) override {
+        auto window = QtWindows::load(name);
+        if (const auto begin = std::exchange(begin_, nullptr))
+            begin();
+        return window;
+    }
+
+private:
+    std::function<void()> begin_;
+};
+
 /// Every service; each is created from those before it.
 class Platform {
 public:
@@ -163,7 +183,11 @@ private:
                               }};
     SchemeRegistration registration_{root_, bundle_, log_, tasks_};
     QtStrings strings_;
-    QtWindows windows_{mainQueue_};
+    // A start with a URL will ask the web server; one without may wait for a key for hours, and needs less memory.
+    BeginningWindows windows_{mainQueue_, [this] {
+                                  if (start_.launchUrl)
+                                      httpClient_.begin();
+                              }};
     LaterStarts urlEvents_{
         start_.starts,
         mainQueue_,
@@ -178,12 +202,9 @@ private:
                                               .arguments = arguments,
                                               .workingDirectory = "/"});
              }}};
-    QtApplication application_{
-        paths_.bundlePath(bundle_, root_),
-        // Load the HTTP client now, while the bundle still exists: an update deletes it.
-        {.afterFirstWindow = [this] { waiting_.during([this] { return httpClient_.load(); }); },
-         .deliverLaunchUrls = [this] { urlEvents_.begin(start_.launchUrl); },
-         .beforeEnd = [this] { urlEvents_.passOn(); }}};
+    QtApplication application_{paths_.bundlePath(bundle_, root_),
+                               {.deliverLaunchUrls = [this] { urlEvents_.begin(start_.launchUrl); },
+                                .beforeEnd = [this] { urlEvents_.passOn(); }}};
 };
 
 } // namespace

@@ -33,6 +33,8 @@ TEST(LaterStart, HandsItsUrlToTheFirstWithoutLoadingAToolkit) {
     const JoinWorld world;
     const Child first(world.launch({}));
     ASSERT_TRUE(world.logs("Launch app called : "));
+    const std::string maps = contentsOf("/proc/" + std::to_string(first.process()) + "/maps");
+    EXPECT_EQ(maps.find("libcurl"), std::string::npos); // it waits for a key, and asks nobody
     Launch second = world.launch({keyless(1)});
     second.environment.emplace_back("LD_DEBUG", "files");
     second.output = world.home() + "/second-output";

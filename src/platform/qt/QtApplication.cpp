@@ -22,7 +22,6 @@ QtApplication::QtApplication(std::string bundlePath, Steps steps)
 void QtApplication::run(ApplicationDelegate& delegate) {
     delegate_ = &delegate;
     delegate.awakeFromNib();
-    steps_.afterFirstWindow();
     services().mainQueue->enqueue([this] {
         delegate_->applicationWillFinishLaunching();
         steps_.deliverLaunchUrls();

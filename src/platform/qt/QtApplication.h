@@ -13,7 +13,6 @@ class QtApplication final : public Application {
 public:
     /// What to do between the calls of the delegate.
     struct Steps {
-        std::function<void()> afterFirstWindow; ///< after awakeFromNib has put the first window on the screen
         std::function<void()> deliverLaunchUrls; ///< before launching is finished
         std::function<void()> beforeEnd;         ///< on termination, after the delegate's last call
     };

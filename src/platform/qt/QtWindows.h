@@ -9,7 +9,7 @@ namespace join::platform {
 class QtMainQueue;
 
 /// Windows made with Qt Widgets, from interface files that are compiled in.
-class QtWindows final : public Windows {
+class QtWindows : public Windows {
 public:
     explicit QtWindows(QtMainQueue& mainQueue);
 

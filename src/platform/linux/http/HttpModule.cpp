@@ -3,6 +3,7 @@
 #include "platform/linux/http/Reports.h"
 
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <utility>
 
 namespace join::platform {
@@ -23,11 +24,17 @@ private:
 } // namespace
 
 HttpModule::HttpModule(std::string path, MainQueue& mainQueue, const TrustPolicy& policy)
-    : path_(std::move(path)), mainQueue_(mainQueue), policy_(policy) {}
+    : path_(std::move(path)), file_(openForReading(AT_FDCWD, path_.c_str())), mainQueue_(mainQueue),
+      policy_(policy), loading_(std::async(std::launch::deferred, [this] { return openModule(); })) {}
 
+void HttpModule::begin() {
+    loading_ = std::async(std::launch::async, [this] { return openModule(); });
+}
+
+/// Returns false if there is no client, now or ever.
 bool HttpModule::load() {
-    if (!std::exchange(tried_, true))
-        client_ = openModule();
+    if (loading_.valid())
+        client_ = loading_.get();
     return client_ != nullptr;
 }
 
@@ -56,10 +63,13 @@ std::unique_ptr<Transfer> HttpModule::connect(PostRequest request, ConnectionDel
 std::unique_ptr<HttpClient> HttpModule::openModule() {
     // Never closed: libraries loaded with it may own threads. A join calls only a few functions of its two
     // dozen libraries; resolving all of them would cost time and memory.
-    void* module = ::dlopen(path_.c_str(), RTLD_LAZY | RTLD_LOCAL);
+    const std::string opened = file_ ? "/proc/self/fd/" + std::to_string(file_.get()) : path_;
+    void* module = ::dlopen(opened.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* entry = module ? ::dlsym(module, "join_make_http_client") : nullptr;
     if (!entry) {
         failure_ = std::string("The HTTP module cannot be loaded: ") + ::dlerror();
+        if (const auto at = failure_.find(opened); at != std::string::npos)
+            failure_.replace(at, opened.size(), path_);
         return nullptr;
     }
     std::unique_ptr<HttpClient> client(

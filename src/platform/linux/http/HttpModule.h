@@ -1,7 +1,9 @@
 #pragma once
 
 #include "platform/HttpClient.h"
+#include "platform/linux/files/Descriptor.h"
 
+#include <future>
 #include <memory>
 #include <string>
 
@@ -10,31 +12,33 @@ namespace join::platform {
 class MainQueue;
 class TrustPolicy;
 
-/// The HTTP client, in a module that is loaded only when needed: its libraries would delay the first window.
-/// Once loaded it stays loaded, even if its file is deleted.
+/// The HTTP client, in a module that is loaded only when needed: its libraries would delay the first window, and
+/// they take memory. The module works even if its file is deleted or replaced.
 class HttpModule : public HttpClient {
 public:
-    /// Takes the absolute path of the module; loads nothing yet. The queue and the policy must outlive
-    /// the downloads and the connections.
+    /// Takes the absolute path of the module and opens it; loads nothing yet. The queue and the policy must
+    /// outlive the downloads and the connections.
     HttpModule(std::string path, MainQueue& mainQueue, const TrustPolicy& policy);
 
-    /// Loads the module on the first call. Returns false if that failed, then or earlier.
-    bool load();
+    /// Begins to load the module, on a thread of its own. Call it before the first request, once at most.
+    void begin();
 
-    /// These load the module if that has not happened yet. Without it, every request, download and connection
-    /// fails with an error that says why.
+    /// These wait for the module, and load it if that has not begun. Without it, every request, download and
+    /// connection fails with an error that says why.
     HttpReply get(const HttpRequest& request) override;
     std::unique_ptr<Transfer> download(const DownloadRequest& request, DownloadDelegate& delegate) override;
     std::unique_ptr<Transfer> connect(PostRequest request, ConnectionDelegate& delegate) override;
 
 private:
+    bool load();
     std::unique_ptr<HttpClient> openModule();
 
     std::string path_;
+    Descriptor file_;
     MainQueue& mainQueue_;
     const TrustPolicy& policy_;
-    bool tried_ = false;
     std::string failure_;
+    std::future<std::unique_ptr<HttpClient>> loading_; ///< until its result has been taken
     std::unique_ptr<HttpClient> client_;
 };
 
