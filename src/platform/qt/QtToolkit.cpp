@@ -6,9 +6,9 @@
 #include <fontconfig/fontconfig.h>
 
 #include <cstdlib>
+#include <future>
 #include <iostream>
 #include <sysexits.h>
-#include <thread>
 
 namespace join::platform {
 
@@ -43,8 +43,9 @@ QtToolkit::QtToolkit(char** arguments) {
         qputenv(openGl, "none");
     qInstallMessageHandler(takeMessage);
     {
-        // The toolkit reads the configuration of the fonts only when the first text has to wait for it.
-        const std::jthread fonts([] { FcInit(); });
+        // The toolkit reads the configuration of the fonts only when the first text has to wait for it. Meanwhile
+        // it sets no environment variable, which the other thread might be reading.
+        const std::future<void> fonts = std::async([] { FcInit(); });
         application_ = std::make_unique<QApplication>(argumentCount_, arguments);
     }
     qInstallMessageHandler(nullptr);

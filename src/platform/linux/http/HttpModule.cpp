@@ -28,7 +28,7 @@ HttpModule::HttpModule(std::string path, MainQueue& mainQueue, const TrustPolicy
       policy_(policy), loading_(std::async(std::launch::deferred, [this] { return openModule(); })) {}
 
 void HttpModule::begin() {
-    loading_ = std::async(std::launch::async, [this] { return openModule(); });
+    loading_ = std::async([this] { return openModule(); }); // where no thread can be started, on demand
 }
 
 /// Returns false if there is no client, now or ever.
