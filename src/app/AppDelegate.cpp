@@ -107,7 +107,7 @@ bool AppDelegate::firstTimeCheck() {
     return session().firstTime() == "true";
 }
 
-void AppDelegate::terminate() { tavoJoinWindow->close(); }
+void AppDelegate::terminate() const { tavoJoinWindow->close(); }
 
 void AppDelegate::applicationWillTerminate() {}
 

@@ -31,7 +31,7 @@ public:
     static bool firstTimeCheck();
 
     /// Closes the progress window and quits. Never returns.
-    void terminate();
+    void terminate() const;
 
     // The join: JoinFlow.cpp, in the order in which it happens
     /// Handles a launch URL, given as raw bytes.
@@ -41,11 +41,11 @@ public:
     /// Checks the Crash Detector, then the agent. Every run with an up-to-date Join app ends up here.
     void versionCheckChain();
     static bool isCrashDetectorUpdateNeeded();
-    void downloadCrashDetector();
+    void downloadCrashDetector() const;
     void tavoAppVersionCheck();
 
     /// Called when a download of the agent image has failed: tries again, or gives up and tells the user.
-    void retryDownloading();
+    void retryDownloading() const;
 
     /// Starts the installed agent and then the Crash Detector. Downloads the agent if it is missing.
     void appLaunch();

@@ -131,7 +131,7 @@ bool AppDelegate::isCrashDetectorUpdateNeeded() {
     return isNeeded;
 }
 
-void AppDelegate::downloadCrashDetector() {
+void AppDelegate::downloadCrashDetector() const {
     reportingExceptions("-[AppDelegate downloadCrashDetector]", [&](std::string_view method) {
         if (files().exists(installedCrashDetector()) || !files().exists(installedAgent()))
             return;
@@ -174,7 +174,7 @@ void AppDelegate::tavoAppVersionCheck() {
 
 // 4. The download of the agent image installs both programs, starts the agent and posts "Terminate". If it
 // fails, it posts "RetryDMGDownloadig".
-void AppDelegate::retryDownloading() {
+void AppDelegate::retryDownloading() const {
     reportingExceptions("-[AppDelegate retryDownloading]", [&](std::string_view method) {
         JoinSessionDetails& details = session();
         details.retryCounter.set(details.retryCounter() + 1);

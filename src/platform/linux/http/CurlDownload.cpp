@@ -170,7 +170,7 @@ bool Body::isRest() const {
 /// last change, if that was a minute before the answer at least (RFC 9110, 8.8.2.2). Empty without either.
 std::string Body::validator() const {
     constexpr std::size_t longest = 1024;
-    const std::string tag = header("ETag");
+    std::string tag = header("ETag");
     if (tag.size() > 1 && tag.size() < longest && tag.starts_with('"') && tag.ends_with('"'))
         return tag;
     const std::string changed = header("Last-Modified");

@@ -15,7 +15,7 @@ namespace join::platform {
 
 namespace {
 
-constexpr std::time_t day = 24 * 60 * 60;
+constexpr std::time_t day = std::time_t{24} * 60 * 60;
 constexpr std::size_t longestBootId = 64;                    ///< in bytes
 constexpr std::size_t maximumNotes = std::size_t{256} << 10; ///< in bytes; they hold a URL
 

@@ -70,7 +70,7 @@ std::string systemVersionList(const std::string& name, const std::string& versio
 }
 
 bool makeSystemVersionFile(FileManager& files) {
-    return files.read(systemVersionPath).value_or("") != "" || // a power cut can have left an empty one
+    return !files.read(systemVersionPath).value_or("").empty() || // a power cut can have left an empty one
            (files.createFolder(parentOf(systemVersionPath)) &&
             files.create(systemVersionPath,
                          systemVersionList(release(G_OS_INFO_KEY_NAME), release(G_OS_INFO_KEY_VERSION_ID))));
