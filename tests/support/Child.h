@@ -1,6 +1,7 @@
 #pragma once
 
 #include <fcntl.h>
+#include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -10,6 +11,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -51,14 +53,14 @@ public:
     Child& operator=(const Child&) = delete;
 
     pid_t process() const { return process_; }
-    void end() const { ::kill(process_, SIGTERM); }
 
     /// The exit status, or minus the signal that ended it. A process that runs far longer than it should is
     /// killed.
-    int wait(std::chrono::milliseconds patience = std::chrono::minutes(1)) {
+    int wait() {
+        constexpr int patience = 60'000; // in milliseconds
         const int handle = static_cast<int>(::syscall(SYS_pidfd_open, process_, 0));
         pollfd end{handle, POLLIN, 0};
-        if (::poll(&end, 1, static_cast<int>(patience.count())) == 0)
+        if (::poll(&end, 1, patience) == 0)
             ::kill(process_, SIGKILL);
         ::close(handle);
         int status = 0;
@@ -90,6 +92,13 @@ inline std::string shell(const std::string& folder, const std::string& script) {
     if (!pipe || ::pclose(pipe) < 0)
         throw std::runtime_error("popen");
     return said;
+}
+
+/// Makes checks in a child process, so that they may change anything of it. It tells on its standard error the
+/// first that fails, besides what it must say.
+inline void expectInChild(const std::function<void()>& checks, const char* said = "") {
+    EXPECT_EXIT((GTEST_FLAG_SET(throw_on_failure, true), checks(), ::_exit(0)), testing::ExitedWithCode(0),
+                said);
 }
 
 /// What an operation that must not succeed throws.

@@ -97,7 +97,7 @@ private:
         if (!openTunnel(SSL_get_fd(tls.get())) || SSL_accept(tls.get()) != 1)
             return;
         for (std::string request = read(tls.get()); !request.empty(); request = read(tls.get()))
-            if (!send(tls.get(), take(std::move(request))))
+            if (!send(tls.get(), take(request)))
                 return;
     }
 
@@ -130,13 +130,12 @@ private:
         return request;
     }
 
-    ScriptedAnswer take(std::string request) {
+    ScriptedAnswer take(const std::string& request) {
         const std::scoped_lock lock(mutex_);
-        const std::string& head = requests_.emplace_back(std::move(request));
-        for (auto next = expected_.begin(); next != expected_.end(); ++next)
-            if (head.starts_with(next->first + " HTTP/1.1\r\n"))
-                return std::move(expected_.extract(next).mapped());
-        ADD_FAILURE() << "unexpected request: " << head;
+        requests_.push_back(request);
+        if (const auto next = expected_.extract(request.substr(0, request.find(" HTTP/1.1\r\n"))))
+            return next.mapped();
+        ADD_FAILURE() << "unexpected request: " << request;
         return {.status = 500};
     }
 

@@ -55,6 +55,9 @@ inline std::string writeProgram(const std::string& path, std::string_view conten
     return path;
 }
 
+/// How many entries a folder has.
+inline auto countIn(const std::string& folder) { return std::distance(fs::directory_iterator(folder), {}); }
+
 /// The bytes of a file, empty if it is missing.
 inline std::string contentsOf(const std::string& path) {
     std::ifstream file(path, std::ios::binary);

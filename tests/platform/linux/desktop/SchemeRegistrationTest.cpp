@@ -28,11 +28,9 @@ bool has(const std::string& text, const std::string& line) {
 TEST(DesktopEntry, EscapesPathsForItsReaders) {
     const std::array<std::string, 3> cases[] = {
         {"/höme/日本-_.:,+@[]{}!^", "/höme/日本-_.:,+@[]{}!^", "/höme/日本-_.:,+@[]{}!^"},
-        {"/a b", R"("/a b")", "/a b"},
         {"/100%/%u", "/usr/bin/env /100%%/%%u", "/100%/%u"},
         {"/it's 5% (a&b;c)", R"-(/usr/bin/env "/it's 5%% (a&b;c)")-", "/it's 5% (a&b;c)"},
-        {R"(/a\b)", R"("/a\\\\b")", R"(/a\\b)"},
-        {R"(/"$HOME"`x`)", R"("/\\"\\$HOME\\"\\`x\\`")", R"(/"$HOME"`x`)"},
+        {R"(/a\b"$HOME"`x`)", R"("/a\\\\b\\"\\$HOME\\"\\`x\\`")", R"(/a\\b"$HOME"`x`)"},
         {"/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@"}};
     const TemporaryFolder folder;
     for (const auto& [path, exec, string] : cases) {
@@ -43,7 +41,7 @@ TEST(DesktopEntry, EscapesPathsForItsReaders) {
         writeFile(folder / "a.desktop", text);
         EXPECT_EQ(shell(folder.path(), "desktop-file-validate a.desktop 2>&1; echo $?"), "0\n") << path;
     }
-    for (const char* path : {"/a\nExec=b", "/a\tb", "/a\rb", "/a\x7F", "/a\xC2\x85", "/a\xFF", "/a=b"})
+    for (const char* path : {"/a\nExec=b", "/a\tb", "/a\rb", "/a\xFF", "/a=b"})
         EXPECT_FALSE(desktopEntryText(path, "join")) << path;
     EXPECT_FALSE(desktopEntryText("/a", "/a\nExec=b"));
 }

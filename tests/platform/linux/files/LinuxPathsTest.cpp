@@ -16,13 +16,10 @@ TEST(SystemRoot, StandsForTheSystemsOwnFoldersAndNoOthersInTheUsersDataFolder) {
     const std::pair<const char*, const char*> mapped[] = {
         {"/Volumes", "/data/tavojoin/root/Volumes"},
         {"/Applications/Join.app", "/data/tavojoin/root/Applications/Join.app"},
-        {"//Volumes///x//y/", "/data/tavojoin/root/Volumes/x/y"},
-        {"/Volumes/./x/.", "/data/tavojoin/root/Volumes/x"},
-        {"/tmp/../Volumes/...", "/data/tavojoin/root/Volumes/..."},
-        {"/Volumes/x/../../System", "/data/tavojoin/root/System"},
+        {"//Volumes/./x//y/.", "/data/tavojoin/root/Volumes/x/y"},
+        {"/tmp/x/../../System/...", "/data/tavojoin/root/System/..."},
         {"/Volumes/../../../etc/passwd", "/etc/passwd"},
-        {"/Volumes/..", "/"},
-        {"/..", "/"}};
+        {"/Volumes/..", "/"}};
     for (const auto& [system, real] : mapped)
         EXPECT_EQ(root.toReal(system), real) << system;
     for (const char* path : {"/", "/VolumesOfMine/x", "/volumes/x", "/home/ann/Volumes", "Volumes/x", ""})

@@ -56,7 +56,6 @@ TEST(CurlConnection, TellsWhatArrivesWhateverTheStatusAndItsEndOnce) {
     const std::tuple<ScriptedAnswer, News, std::string> cases[] = {
         {{200, longest}, {"response", longest, "finish"}, ""},
         {{204}, {"response", "finish"}, ""},
-        {{500, "sorry"}, {"response", "sorry", "finish"}, ""},
         {{307, "there", {"Location: /there"}}, {"response", "there", "finish"}, ""},
         {{103, final, {}, Fault::end}, {"response", "whole", "finish"}, ""},
         {{103, "", {}, Fault::end}, {"fail"}, "No whole answer"},

@@ -44,7 +44,6 @@ TEST_F(CurlHttpClientTest, GivesStatusAndBodyOfAWholeAnswerDecodedThoughItAsksFo
     const std::string wrapped = "x\234+I\255(\1\0\4g\1\306"s;                            // by zlib
     const std::string longest(1000, 'x');
     const std::string interim = "HTTP/1.1 103 Early\r\nX: " + std::string(16384, 'x') + "\r\n\r\n";
-    const std::string chunks = "1;" + std::string(16384, 'x');
     const std::string address = server.url("/address", "127.0.0.1");
     server.expect("/moved%20to%c3%a4?a+b", {399, "ignored", {"Location: " + address}});
     server.expect("/address", {200, "here"});
@@ -54,29 +53,22 @@ TEST_F(CurlHttpClientTest, GivesStatusAndBodyOfAWholeAnswerDecodedThoughItAsksFo
         int requests = 1;
     } cases[] = {
         {{200, "text", {"Set-Cookie: a=b; Path=/"}}, "200 'text'"},
-        {{404, "no such thing"}, "404 'no such thing'"},
         {{503}, "503 ''"},
         {{200, longest}, "200 '" + longest + "'"},
         {{200, longest + "x"}, "The answer is longer than 1000 bytes"},
         {{200, longest, {}, Fault::endless}, "longer than"},
         {{200, zipped, {"Content-Encoding: gzip"}}, "200 'text'"},
-        {{200, zipped, {"Content-Encoding: x-gzip"}}, "200 'text'"},
         {{200, wrapped, {"Content-Encoding: deflate"}}, "200 'text'"},
-        {{200, "+I\255(\1\0"s, {"Content-Encoding: deflate"}}, "200 'text'"},
-        {{200, "text", {"Content-Encoding: identity"}}, "200 'text'"},
         {{200, "text", {"Content-Encoding: gzip"}}, "200 'text'", 2},
         {{200, "text", {"Content-Encoding: UTF-8"}}, "200 'text'", 2},
         {{200, manyZipped, {"Content-Encoding: gzip"}}, "longer than"},
         {{300, "", {"Location: moved to\xC3\xA4?a b"}}, "200 'here'"},
         {{301, "", {"Location: http://localhost/"}}, "A redirect leaves HTTPS"},
-        {{301, "", {"Location: file:///etc/passwd"}}, "A redirect leaves HTTPS"},
         {{301, "", {"Location: https://localhost:x/"}}, "The URL leads nowhere: "},
         {{302, "", {"Location: /"}}, "There are more than 20 redirects", 21},
         {{103, interim, {}, Fault::endless}, server.url("/: ")},
-        {{200, chunks, {"Transfer-Encoding: chunked"}, Fault::endless}, "The server has sent more than"},
         {{200, "half", {"Content-Length: 8"}, Fault::cut}, "No whole answer"},
         {{301, "", {"Location: " + address}}, "127.0.0.1 is not a web server"},
-        {{301, "", {"Location: //127.0.0.1:1/"}}, "127.0.0.1 is not a web server"},
         {{301, "", {"Location: https://localhost@127.0.0.1/"}}, "127.0.0.1 is not a web server"},
         {{200, "text"}, "200 'text'"},
         {{103, "", {}, Fault::stall}, "timed out"}, // on the same connection: it needs no handshake

@@ -19,27 +19,8 @@ namespace join::test {
 
 using namespace platform;
 
-const std::string stamp = "2024-02-29 13:05:09.000 Join";
-
-#define REQUIRE_IN_CHILD(condition)                                                                          \
-    if (!(condition))                                                                                        \
-    return std::clamp(__LINE__, 1, 255)
-
 class StderrLogTest : public testing::Test {
 protected:
-    /// Runs the check in a child process, so that this one keeps its streams. The check returns the number of
-    /// the first line that fails, or 0.
-    static void expectInChild(const std::function<int(StderrLog&)>& check, const char* said = "") {
-        EXPECT_EXIT(
-            {
-                Journal journal;
-                FakeClock clock(journal);
-                StderrLog log("Join", clock);
-                ::_exit(check(log));
-            },
-            testing::ExitedWithCode(0), said);
-    }
-
     static bool leadsTo(int stream, const std::string& path) {
         return fs::read_symlink("/proc/self/fd/" + std::to_string(stream)) == path;
     }
@@ -47,6 +28,8 @@ protected:
         return leadsTo(0, path) && leadsTo(1, path) && leadsTo(2, path);
     }
 
+    Journal journal_;
+    FakeClock clock_{journal_};
     TemporaryFolder folder_;
     const std::string path_ = folder_ / "logs/log";
 };
@@ -83,57 +66,53 @@ TEST(LogText, KeepsTextAndEscapesWhatATerminalWouldObey) {
 TEST_F(StderrLogTest, TheStreamsFollowTheFileOfThatNameAsLongAsItCanBeOpenedAndAreNeverClosed) {
     writeFile(path_, "12345");
     shell(folder_.path(), "mkfifo pipe");
-    expectInChild([&](StderrLog& log) {
-        REQUIRE_IN_CHILD(log.redirectStandardStreams(path_) == 5 && allLeadTo(path_));
-        REQUIRE_IN_CHILD(::truncate(path_.c_str(), 0) == 0);
+    expectInChild([&] {
+        StderrLog log("Join", clock_);
+        EXPECT_TRUE(log.redirectStandardStreams(path_) == 5 && allLeadTo(path_));
+        fs::resize_file(path_, 0);
         std::string writer;
         std::jthread([&] {
             writer = "[" + std::to_string(::getpid()) + ":" + std::to_string(::gettid()) + "] ";
             log.write("emptied\x1B");
         }).join();
-        REQUIRE_IN_CHILD(contentsOf(path_) == stamp + writer + "emptied\\x1B\n");
-
-        REQUIRE_IN_CHILD((::fcntl(2, F_GETFL) & (O_APPEND | O_ACCMODE)) == (O_APPEND | O_RDWR));
+        EXPECT_EQ(contentsOf(path_), "2024-02-29 13:05:09.000 Join" + writer + "emptied\\x1B\n");
+        EXPECT_EQ(::fcntl(2, F_GETFL) & (O_APPEND | O_ACCMODE), O_APPEND | O_RDWR);
         for (const char* rotation : {"mv logs/log rotated", "rm logs/log"}) {
             shell(folder_.path(), rotation);
-            REQUIRE_IN_CHILD(log.redirectStandardStreams(path_) == 0 && allLeadTo(path_));
+            EXPECT_TRUE(log.redirectStandardStreams(path_) == 0 && allLeadTo(path_));
         }
-
         for (const std::string& other :
              {folder_ / "missing/log", folder_.path(), folder_ / "pipe", path_ + "/log", std::string()})
-            REQUIRE_IN_CHILD(log.redirectStandardStreams(other) == 0 && allLeadTo(path_));
+            EXPECT_TRUE(log.redirectStandardStreams(other) == 0 && allLeadTo(path_)) << other;
         fs::rename(folder_ / "logs", folder_ / "gone");
-        REQUIRE_IN_CHILD(log.redirectStandardStreams(path_) == 0 && allLeadTo(folder_ / "gone/log"));
+        EXPECT_TRUE(log.redirectStandardStreams(path_) == 0 && allLeadTo(folder_ / "gone/log"));
         log.write("still heard");
         fs::rename(folder_ / "gone", folder_ / "logs");
-        REQUIRE_IN_CHILD(log.redirectStandardStreams(path_) == contentsOf(path_).size() && allLeadTo(path_));
-
+        EXPECT_TRUE(log.redirectStandardStreams(path_) == contentsOf(path_).size() && allLeadTo(path_));
         for (const int closed : {0, 2})
             ::close(closed);
         openMissingStandardStreams();
-        REQUIRE_IN_CHILD(leadsTo(0, "/dev/null") && leadsTo(1, path_) && leadsTo(2, "/dev/null"));
-        return 0;
+        EXPECT_TRUE(leadsTo(0, "/dev/null") && leadsTo(1, path_) && leadsTo(2, "/dev/null"));
     });
-    EXPECT_TRUE(contentsOf(path_).ends_with("still heard\n"));
+    EXPECT_TRUE(contentsOf(path_).ends_with("still heard\n")) << contentsOf(path_);
 }
 
 TEST_F(StderrLogTest, EachLineIsOneWriteAndWhereTheFileTakesNoneGoesWhereStandardErrorLedAtFirst) {
     writeFile(path_, std::string(10'000, '\n'));
-    const auto check = [&](StderrLog& log) {
+    const auto check = [&] {
+        StderrLog log("Join", clock_);
         std::array<int, 2> ends{};
-        REQUIRE_IN_CHILD(::pipe2(ends.data(), O_DIRECT) == 0 &&
-                         ::dup2(ends[1], 2) == 2); // keeps writes apart
+        ASSERT_TRUE(::pipe2(ends.data(), O_DIRECT) == 0 && ::dup2(ends[1], 2) == 2); // keeps writes apart
         log.write("two\nlines");
         std::array<char, 1000> written{};
         const auto size = static_cast<std::size_t>(::read(ends[0], written.data(), written.size()));
-        REQUIRE_IN_CHILD(std::string(written.data(), size).ends_with("] two\nlines\n"));
+        EXPECT_TRUE(std::string(written.data(), size).ends_with("] two\nlines\n"));
 
         const rlimit full{10'000, 10'000}; // this file cannot grow
         std::signal(SIGXFSZ, SIG_IGN);
         ::setrlimit(RLIMIT_FSIZE, &full);
         log.redirectStandardStreams(path_);
         log.write("the disk is full");
-        return 0;
     };
     expectInChild(check, "the disk is full");
 }

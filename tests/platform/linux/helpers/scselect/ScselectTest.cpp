@@ -25,7 +25,8 @@ protected:
 
 TEST_F(Scselect, TellsWhatTheFirstToolSaysThatIsThereAndSucceeds) {
     ::setenv("SECRET", "ours", 1);
-    const ChildProgram good = tool("good", "read -r line && exit 1; echo \"$1 $2 $HOME$SECRET\"");
+    const ChildProgram good =
+        tool("good", "read -r line && exit 1; echo \"$1 $2 $HOME$SECRET\"; exec >&-; sleep 0.1");
     const ChildProgram others = tool("others", "echo others");
     EXPECT_EQ(ask({good, others}), heading_ + "an argument b \n");
     for (const ChildProgram& bad : {ChildProgram{folder_ / "missing", {}}, tool("failing", "echo a; exit 8"),
