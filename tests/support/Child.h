@@ -54,8 +54,7 @@ public:
 
     pid_t process() const { return process_; }
 
-    /// The exit status, or minus the signal that ended it. A process that runs far longer than it should is
-    /// killed.
+    /// The exit status, or minus the signal that ended it. A process that runs far too long is killed.
     int wait() {
         constexpr int patience = 60'000; // in milliseconds
         const int handle = static_cast<int>(::syscall(SYS_pidfd_open, process_, 0));
@@ -94,8 +93,7 @@ inline std::string shell(const std::string& folder, const std::string& script) {
     return said;
 }
 
-/// Makes checks in a child process, so that they may change anything of it. It tells on its standard error the
-/// first that fails, besides what it must say.
+/// Makes checks in a child process, so that they may change anything of it. The first that fails ends it.
 inline void expectInChild(const std::function<void()>& checks, const char* said = "") {
     EXPECT_EXIT((GTEST_FLAG_SET(throw_on_failure, true), checks(), ::_exit(0)), testing::ExitedWithCode(0),
                 said);

@@ -9,9 +9,8 @@
 
 namespace join::test {
 
-/// As long as this lives, modes and owners of files bind this thread, and those that it starts, like an
-/// ordinary user: root passes every permission check, and would test nothing. The user stays the same, so the
-/// test's folders may be anywhere.
+/// As long as this lives, modes and owners of files bind this thread, and those that it starts: root passes
+/// every check of them, and would test nothing. The user stays the same, and owns the test's folders.
 class OrdinaryUser {
 public:
     OrdinaryUser() {

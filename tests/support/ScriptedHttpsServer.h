@@ -19,8 +19,7 @@
 
 namespace join::test {
 
-/// What follows an answer's head and body. Without a fault their length is announced, and the next request is
-/// awaited.
+/// What follows an answer. Without a fault its length is announced, and the next request is awaited.
 enum class Fault {
     none,
     end,     ///< the connection is closed in order
@@ -36,10 +35,9 @@ struct ScriptedAnswer {
     Fault fault = Fault::none;
 };
 
-/// An HTTPS server on loopback that answers the expected requests, each once. A request that was not
-/// expected, or that never came, fails the test. Connections are kept alive until the client closes them, which
-/// must be gone before the server. It is also a proxy, at whose other end it is itself, whatever host was
-/// asked for.
+/// An HTTPS server on loopback that answers the expected requests, each once. Any other, and one that never
+/// comes, fails the test. The client, which alone closes connections, must be gone before the server. It is also
+/// a proxy, at whose other end it is itself, whatever host was asked for.
 class ScriptedHttpsServer {
 public:
     ScriptedHttpsServer()

@@ -16,7 +16,6 @@ namespace join::test {
 
 using namespace platform;
 using namespace std::string_literals;
-using Lines = std::vector<std::string>;
 
 const std::string type = "x-scheme-handler/tavojoin";
 const std::string entryId = "com.tavo.join.desktop";
@@ -30,8 +29,7 @@ TEST(DesktopEntry, EscapesPathsForItsReaders) {
         {"/höme/日本-_.:,+@[]{}!^", "/höme/日本-_.:,+@[]{}!^", "/höme/日本-_.:,+@[]{}!^"},
         {"/100%/%u", "/usr/bin/env /100%%/%%u", "/100%/%u"},
         {"/it's 5% (a&b;c)", R"-(/usr/bin/env "/it's 5%% (a&b;c)")-", "/it's 5% (a&b;c)"},
-        {R"(/a\b"$HOME"`x`)", R"("/a\\\\b\\"\\$HOME\\"\\`x\\`")", R"(/a\\b"$HOME"`x`)"},
-        {"/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@", "/@JOIN_ENTRY_ICON@"}};
+        {R"(/a\b"$HOME"`x`)", R"("/a\\\\b\\"\\$HOME\\"\\`x\\`")", R"(/a\\b"$HOME"`x`)"}};
     const TemporaryFolder folder;
     for (const auto& [path, exec, string] : cases) {
         const std::string text = desktopEntryText(path, path + ".svg").value_or("");
@@ -50,8 +48,7 @@ class SchemeRegistrationTest : public testing::Test {
 protected:
     SchemeRegistrationTest() { writeProgram(bundle_ + "/Contents/MacOS/Join"); }
 
-    /// Registers like a start of the program; returns how often it started the helper, which then does its
-    /// work.
+    /// Registers like a start of the program. Returns how often it started the helper, which does its work.
     std::size_t ensure() {
         started_.clear();
         SchemeRegistration registration(root_, bundle_, log_, tasks_);
@@ -118,12 +115,12 @@ TEST_F(SchemeRegistrationTest, IsDoneOnceAndAgainWhenSomethingHasChangedAndAMiss
     EXPECT_EQ(ensure(), 0U);
     writeProgram(installed + "/Contents/MacOS/Join");
     expectRegistered(installed, writeFile(installed + "/Contents/Resources/Join.svg", ""));
-    EXPECT_EQ(log_.lines, Lines{});
+    EXPECT_EQ(log_.lines, Journal{});
 
     tasks_.fails = true;
     fs::remove(entry_);
     EXPECT_EQ(ensure(), 2U);
-    EXPECT_EQ(log_.lines, Lines{"cannot start register-scheme"});
+    EXPECT_EQ(log_.lines, Journal{"cannot start register-scheme"});
 }
 
 TEST_F(SchemeRegistrationTest, ChangesNoOtherDefault) {

@@ -37,8 +37,7 @@ std::string bigEndian(std::uint64_t number, int size) {
     return bytes;
 }
 
-/// A binary list of these objects, with two bytes for an offset and one for a reference; the first is the top
-/// one.
+/// A binary list of these objects, the first on top. An offset has two bytes, a reference one.
 std::string binary(const std::vector<std::string>& objects) {
     std::string bytes = "bplist00";
     std::string table;
@@ -101,8 +100,7 @@ TEST(PlistPropertyLists, OtherFormsBrokenListsAndThoseOutOfProportionGiveNothing
         EXPECT_NE(read(withinProportion), "nothing") << withinProportion;
     const std::string mebibyte(std::size_t{1} << 20, ' ');
     const std::string large = "\x5F\x11\x40\x00"s + std::string(0x4000, 'x');
-    // In the trailer, from 6 in a byte each: the sizes of an offset and of a reference. From 8 in eight bytes each:
-    // the number of objects, the top object, the place of the table.
+    // A byte each from 6: sizes of offset and reference. Eight from 8: number of objects, top one, table's place.
     const auto withTrailer = [list = binary({"\xA1\x01", "\x09"})](std::size_t at, std::uint64_t number) {
         const int size = at < 8 ? 1 : 8;
         return std::string(list).replace(list.size() - 32 + at, size, bigEndian(number, size));

@@ -24,9 +24,8 @@ TEST(SystemVersionList, HoldsAVersionThatIsNoneOrTooOldAsElevenAndNothingThatXml
                                 "-12", "99999999999999999", "12</string>"})
         expectList("N", version, "N", "11.0");
     expectList("A & B <i>'", "12", "A & B <i>'", "12");
-    expectList(std::string("a\0b\x01\x1B[0m\n\tc\x7F", 12), "12", "ab[0mc", "12");
-    expectList("\xC3\xA9\xC2\x85\xEF\xBF\xBF\xF0\x9F\x90\xA7", "12", "\xC3\xA9\xF0\x9F\x90\xA7", "12");
-    expectList("z\xFF\xC3z\xC0\xAF\xED\xA0\x80z\xE2\x82", "12", "zzz", "12");
+    expectList("a\n\tb\x7F\xFF\xC3\xA9\xC2\x85\xEF\xBF\xBF\xF0\x9F\x90\xA7", "12",
+               "ab\xC3\xA9\xF0\x9F\x90\xA7", "12");
 }
 
 TEST(SystemVersionFile, NamesThisSystemAndIsNeverReplaced) {

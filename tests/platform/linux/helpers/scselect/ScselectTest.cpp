@@ -47,12 +47,10 @@ TEST_F(Scselect, MakesWhatIsSaidHarmlessAndFitForAPipe) {
 }
 
 TEST_F(Scselect, IsAProgramThatTakesAtMostOneArgument) {
-    Child shell({.command = {"sh", "-c",
-                             "{ $0 && $0 false && $0 -x; } | grep -c 'etwork connection'; $0 a b; echo $?",
-                             SCSELECT_PROGRAM},
-                 .output = folder_ / "output"});
-    EXPECT_EQ(shell.wait(), 0);
-    EXPECT_EQ(contentsOf(folder_ / "output"), "3\nusage: scselect [LOCATION]\n2\n");
+    EXPECT_EQ(shell(fs::path(SCSELECT_PROGRAM).parent_path(), R"(
+                    { ./scselect && ./scselect false && ./scselect -x; } | grep -c 'etwork connection'
+                    ./scselect a b 2>&1; echo $?)"),
+              "3\nusage: scselect [LOCATION]\n2\n");
 }
 
 } // namespace join::test
