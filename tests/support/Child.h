@@ -113,12 +113,11 @@ std::string refusalOf(Operation operation) {
 /// Waits until the condition holds; false if it takes far longer than it should.
 template <typename Condition>
 bool eventually(Condition condition, std::chrono::seconds patience = std::chrono::seconds(30)) {
-    using namespace std::chrono_literals;
     const auto limit = std::chrono::steady_clock::now() + patience;
     while (!condition()) {
         if (std::chrono::steady_clock::now() > limit)
             return false;
-        std::this_thread::sleep_for(5ms);
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
     return true;
 }

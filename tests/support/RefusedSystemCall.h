@@ -30,9 +30,10 @@ inline void refuseSystemCall(unsigned number, unsigned error, unsigned flags = 0
 }
 
 /// Does work on a thread of its own, on which that system call fails with that error.
-inline void withoutSystemCall(unsigned number, unsigned error, const std::function<void()>& work) {
+inline void withoutSystemCall(unsigned number, unsigned error, const std::function<void()>& work,
+                              unsigned flags = 0) {
     std::async(std::launch::async, [&] {
-        refuseSystemCall(number, error);
+        refuseSystemCall(number, error, flags);
         work();
     }).get();
 }

@@ -37,8 +37,6 @@ TEST(Policy, AllowsTheServersOfItsListAloneAllWithoutAListAndNoneIfItIsEmptyOrNo
     for (const std::string& list :
          {""s, " ;"s, "a\nnonsense"s, "a;https://b/"s, "a;*"s, "a;*."s, "a\n#\xFF"s, "a\n#\0"s})
         EXPECT_FALSE(allows("[Trust]\nWebServers=" + list, "a")) << list;
-    for (const char* text : {"WebServers", "WebServers=a", "[Trust\nWebServers=a"})
-        EXPECT_FALSE(allows(text, "a")) << text;
 }
 
 TEST(Policy, IsTheFirstOfItsFoldersAndNoneIsAllowedIfItCannotBeRead) {

@@ -160,14 +160,11 @@ TEST(NlohmannJson, DocumentsComeBackCompactInTheirOrder) {
 }
 
 TEST(NlohmannJson, WhatIsNoDocumentGivesNothing) {
-    const std::vector<std::string> texts[] = {
-        {"", " ", "1", "\"text\"", "null"}, // scalars are values, but no documents
-        {"[1,]", "{\"a\"}", "[] x", "[]\0x"s, "[1e999]", "[\"a\nb\"]"},
-        {"[\"\xFF\"]", "[\"\\ud800\"]"}, // not UTF-8
-        {nested(513), nested(100'000), std::string(100'000, '[')}};
-    for (const auto& kind : texts)
-        for (const std::string& text : kind)
-            EXPECT_FALSE(NlohmannJson().parse(text)) << text.substr(0, 40);
+    for (const std::string& text :
+         {""s, " "s, "1"s, "\"text\""s, "null"s, // scalars are values, but no documents
+          "[1,]"s, "{\"a\"}"s, "[] x"s, "[]\0x"s, "[1e999]"s, "[\"\xFF\"]"s, "[\"\\ud800\"]"s, // not UTF-8
+          nested(513), nested(100'000), std::string(100'000, '[')})
+        EXPECT_FALSE(NlohmannJson().parse(text)) << text.substr(0, 40);
 }
 
 } // namespace

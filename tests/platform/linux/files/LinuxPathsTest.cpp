@@ -9,6 +9,7 @@
 
 using namespace join::platform;
 using namespace join::test;
+using namespace std::string_literals;
 
 TEST(SystemRoot, StandsForTheSystemsOwnFoldersAndNoOthersInTheUsersDataFolder) {
     const EnvironmentVariable data("XDG_DATA_HOME", "/data//");
@@ -18,8 +19,7 @@ TEST(SystemRoot, StandsForTheSystemsOwnFoldersAndNoOthersInTheUsersDataFolder) {
         {"/Applications/Join.app", "/data/tavojoin/root/Applications/Join.app"},
         {"//Volumes/./x//y/.", "/data/tavojoin/root/Volumes/x/y"},
         {"/tmp/x/../../System/...", "/data/tavojoin/root/System/..."},
-        {"/Volumes/../../../etc/passwd", "/etc/passwd"},
-        {"/Volumes/..", "/"}};
+        {"/Volumes/../../../etc/passwd", "/etc/passwd"}};
     for (const auto& [system, real] : mapped)
         EXPECT_EQ(root.toReal(system), real) << system;
     for (const char* path : {"/", "/VolumesOfMine/x", "/volumes/x", "/home/ann/Volumes", "Volumes/x", ""})
@@ -35,11 +35,10 @@ TEST(SystemRoot, OnlyPathsOfTheSystemsFoldersBelowTheRootAreMappedBack) {
         EXPECT_EQ(root.toSystem(place + "/root/Volumes/x"), "/Volumes/x");
         EXPECT_EQ(root.toSystem(place + "/root//System/"), "/System");
         EXPECT_EQ(root.toSystem(place + "/root/Volumes/../../secret"), place + "/secret");
-        for (const std::string& path : {place + "/root/other", place + "/rootVolumes/x", place + "/root"})
+        for (const std::string& path :
+             {place + "/root/other", place + "/rootVolumes/x", place + "/root", "/Volumes/x"s, "x"s})
             EXPECT_EQ(root.toSystem(path), path);
     }
-    for (const char* path : {"/Volumes/x", "x"})
-        EXPECT_EQ(root.toSystem(path), path);
 }
 
 /// A user whose home is a fresh folder, and who has set nothing else.
@@ -82,7 +81,7 @@ TEST_F(LinuxPathsOfAUser, WhatTheEnvironmentSaysIsTakenIfItIsAnAbsolutePathAndAT
     for (const char* ending : {"", "/", "//"})
         EXPECT_EQ(pathFor("TMPDIR", folder_.path() + ending), folder_.path() + "/");
     fs::permissions(folder_.path(), fs::perms{0755}); // others may look there, or put something there first
-    for (const std::string& unfit : {folder_.path(), std::string("tmp"), folder_ / "missing"})
+    for (const std::string& unfit : {folder_.path(), "tmp"s, folder_ / "missing"})
         EXPECT_EQ(pathFor("TMPDIR", unfit), folder_ / ".cache/tavojoin/tmp/") << unfit;
 }
 
