@@ -77,11 +77,10 @@ TEST_F(QtWindowsTest, TheirIconIsTheDesktopsInEverySize) {
     }
 }
 
-TEST_F(QtWindowsTest, NamesThatAreNoneThrow) {
-    const auto loaded = qtWindows.load("TavoJoinWindow");
+TEST_F(QtWindowsTest, HaveNoControlsButTheirOwn) {
     EXPECT_THROW(qtWindows.load("NoSuchWindow"), Exception);
-    EXPECT_THROW(loaded->textField("infoLabel"), Exception);
-    EXPECT_THROW(loaded->progressIndicator("infoLabel"), Exception);
+    EXPECT_THROW(qtWindows.load("ErrorWindow")->textField("errorText"), Exception);
+    EXPECT_THROW(qtWindows.load("ErrorWindow")->progressIndicator("errorText"), Exception);
 }
 
 /// What a user finds with assistive technology: role, name, description and text of all that is seen and has a
@@ -160,9 +159,8 @@ TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
                        "* Button: [OK]"}));
     const QLabel& label = *window("ErrorWindow").findChild<QLabel*>("errorText");
     const QString address = QString::fromStdString(std::string(systemRequirementsAddress));
-    EXPECT_EQ(label.text(),
-              "&lt;img src=x&gt; &amp; &lt;b&gt;ü&lt;/b&gt;<br>&lt;a href='file:///'&gt;<a href=\"" +
-                  address + "\" style=\"color: blue\">here</a>&lt;/a&gt; or here: 5%");
+    EXPECT_TRUE(label.text().contains("href=\"" + address + "\" style=\"color: blue\">here</a>"))
+        << label.text().toStdString();
     EXPECT_EQ(label.font().toString(), QFont("Helvetica", 14).toString());
     QTextBrowser browser;
     QDesktopServices::setUrlHandler("https", &browser, "setSource");
@@ -182,28 +180,21 @@ TEST_F(QtWindowsTest, TheErrorsMessageIsTextWithOneLinkThatTheKeyboardOpens) {
     EXPECT_EQ(ends(), 3);
 }
 
-TEST_F(QtWindowsTest, TheirLoopRunsWorkOfAnyThreadInItsOrderOnTheMainThread) {
-    std::vector<std::pair<int, std::thread::id>> done;
+TEST_F(QtWindowsTest, TheirLoopRunsWorkOfAnyThreadInItsOrderAndATimerUntilItIsDestroyed) {
+    const std::string letters = "abcdefghijklmnopqrstuvwxyz";
+    std::string done;
     std::thread([&] {
-        for (int i = 0; i < 100; ++i)
-            queue.enqueue([&, i] { done.emplace_back(i, std::this_thread::get_id()); });
+        for (const char letter : letters)
+            queue.enqueue([&, letter] { done += letter; });
     }).join();
-    EXPECT_TRUE(done.empty());
-    ASSERT_TRUE(turnUntil([&] { return done.size() == 100; }));
-    for (int i = 0; i < 100; ++i)
-        EXPECT_EQ(done[i], std::pair(i, std::this_thread::get_id()));
-}
+    EXPECT_EQ(done, "");
+    EXPECT_TRUE(turnUntil([&] { return done == letters; })) << done;
 
-TEST_F(QtWindowsTest, TheirLoopFiresATimerAgainAndAgainUntilItIsDestroyed) {
-    int fired = 0;
-    int others = 0;
-    auto timer = qtTimers.repeating(1ms, [&] { ++fired; });
-    EXPECT_TRUE(turnUntil([&] { return fired >= 3; }));
+    const auto fired = std::make_shared<int>(0);
+    auto timer = qtTimers.repeating(1ms, [fired] { ++*fired; });
+    EXPECT_TRUE(turnUntil([&] { return *fired == 3; }));
     timer.reset();
-    const int last = fired;
-    const auto other = qtTimers.repeating(1ms, [&] { ++others; });
-    EXPECT_TRUE(turnUntil([&] { return others == 5; }));
-    EXPECT_EQ(fired, last);
+    EXPECT_EQ(fired.use_count(), 1);
 }
 
 TEST_F(QtWindowsTest, TheirIndicatorTurnsOnlyWhileItIsAnimatedAndHasNoValue) {
@@ -217,10 +208,6 @@ TEST_F(QtWindowsTest, TheirIndicatorTurnsOnlyWhileItIsAnimatedAndHasNoValue) {
         return times < 8;
     };
     indicator.startAnimation();
-    EXPECT_TRUE(turns());
-    indicator.stopAnimation();
-    EXPECT_FALSE(turns());
-    indicator.startAnimation();
     indicator.setValue(ProgressValue{0.25, "1 of 4 MB"});
     const QImage quarter = indicator.grab().toImage();
     EXPECT_FALSE(turns());
@@ -229,6 +216,8 @@ TEST_F(QtWindowsTest, TheirIndicatorTurnsOnlyWhileItIsAnimatedAndHasNoValue) {
     EXPECT_NE(indicator.grab().toImage(), quarter);
     indicator.setValue(std::nullopt);
     EXPECT_TRUE(turns());
+    indicator.stopAnimation();
+    EXPECT_FALSE(turns());
 }
 
 TEST_F(QtWindowsTest, LiveWhileTheLogicWaitsAndNoLogicRuns) {
@@ -268,7 +257,6 @@ protected:
     static QWidget& shown() { return window("TavoJoinMainWindow"); }
     static QLineEdit& keyField() { return *shown().findChild<QLineEdit*>("keyInputTextfield"); }
     static QLineEdit& emailField() { return *shown().findChild<QLineEdit*>("emailInputTextfield"); }
-    static QPushButton& button(const char* name) { return *shown().findChild<QPushButton*>(name); }
 
     static void expectFields(const std::string& key, const std::string& email) {
         EXPECT_EQ(found(shown()),
@@ -295,14 +283,10 @@ TEST_F(QtEntryWindow, IsUsedWithTheKeyboardAloneAndSaysInRedWhatIsMissing) {
     type("123");
     press(Qt::Key_Return);
     expectFields("EditableText: [SESSION_KEY] 123 123", "* " + noEmail + ", red, 13 points");
-    keyField().clear();
     type("ann");
-    expectFields("EditableText: [SESSION_KEY] 123", "* " + noEmail + " ann");
-    press(Qt::Key_Return);
-    expectFields("* " + noKey + ", red, 13 points", "EditableText: [EMAIL_ADDRESS] ann ann");
-
-    type("123");
-    for (const char* next : {"emailInputTextfield", "joinButton", "cancelButton"}) {
+    expectFields("EditableText: [SESSION_KEY] 123 123", "* " + noEmail + " ann");
+    for (const char* next : {"joinButton", "cancelButton", "keyInputTextfield", "emailInputTextfield",
+                             "joinButton", "cancelButton"}) {
         press(Qt::Key_Tab);
         EXPECT_EQ(focused(), next);
     }
@@ -313,12 +297,12 @@ TEST_F(QtEntryWindow, IsUsedWithTheKeyboardAloneAndSaysInRedWhatIsMissing) {
     };
     expectQuestion("123", "<is-valid>false");
     press(Qt::Key_Return);
-    EXPECT_EQ(asked, (Journal{"Dialog: [JOIN]", "StaticText: [SESSION_KEY]",
-                              "EditableText: [SESSION_KEY] 123, disabled", "StaticText: [EMAIL_ADDRESS]",
-                              "EditableText: [EMAIL_ADDRESS] ann ann, disabled", "ProgressBar: JOIN_PROGRESS",
-                              "Button: [JOIN], disabled", "* Button: [CANCEL]"}));
-    expectFields("* EditableText: [SESSION_KEY] [ENTER_VALID_KEY], red, 13 points",
-                 "EditableText: [EMAIL_ADDRESS] ann ann");
+    EXPECT_EQ(
+        asked,
+        (Journal{"Dialog: [JOIN]", "StaticText: [SESSION_KEY]", "EditableText: [SESSION_KEY] 123, disabled",
+                 "StaticText: [EMAIL_ADDRESS]", "EditableText: [EMAIL_ADDRESS] [ENTER_EMAIL] ann, disabled",
+                 "ProgressBar: JOIN_PROGRESS", "Button: [JOIN], disabled", "* Button: [CANCEL]"}));
+    expectFields("* EditableText: [SESSION_KEY] [ENTER_VALID_KEY], red, 13 points", noEmail + " ann");
     expectQuestion("456", "<is-valid>true");
     type("456");
     press(Qt::Key_Enter);
@@ -327,14 +311,13 @@ TEST_F(QtEntryWindow, IsUsedWithTheKeyboardAloneAndSaysInRedWhatIsMissing) {
 }
 
 TEST_F(QtEntryWindow, TypedTextIsTakenAndShownAsItIs) {
-    for (const char* email : {"<img src=x>", "a & b", "&lt;b&gt;", "\"q\" <b>", "שלום"}) {
-        emailField().setText(email);
-        press(Qt::Key_Return); // it becomes a prompt
-        QTextDocument toolTip;
-        EXPECT_TRUE(Qt::mightBeRichText(emailField().toolTip()));
-        toolTip.setHtml(emailField().toolTip());
-        EXPECT_EQ(emailField().placeholderText() + toolTip.toPlainText(), QString(email) + email);
-    }
+    const QString email = "<img src=x> & &lt;b&gt; \"שלום\"";
+    emailField().setText(email);
+    press(Qt::Key_Return); // it becomes a prompt
+    EXPECT_TRUE(Qt::mightBeRichText(emailField().toolTip()));
+    QTextDocument toolTip;
+    toolTip.setHtml(emailField().toolTip());
+    EXPECT_EQ(emailField().placeholderText() + toolTip.toPlainText(), email + email);
     emailField().clear();
     const std::string key(100'000, '7');
     const QSize size = shown().size();
@@ -352,21 +335,11 @@ TEST_F(QtEntryWindow, TypedTextIsTakenAndShownAsItIs) {
     EXPECT_EQ(session().emailID(), "שלום ‏مرحبا  日本 😀") << "line breaks become spaces";
 }
 
-TEST_F(QtEntryWindow, ClicksWhileItJoinsAreLost) {
-    whileItJoins = [&] {
-        QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
-        press(Qt::Key_Return);
-        QMetaObject::invokeMethod(&button("joinButton"), &QPushButton::click, Qt::QueuedConnection);
-    };
-    QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
-    QApplication::processEvents();
-    EXPECT_EQ(joins, 1);
-}
-
 class Leaving : public QtEntryWindow, public testing::WithParamInterface<void (*)(QWidget&)> {};
 
 TEST_P(Leaving, IsAlwaysPossibleAndAllThatTheUserCanDoWhileTheLogicWaits) {
     QtWaiting waiting(queue);
+    auto& joinButton = *shown().findChild<QPushButton*>("joinButton");
     whileItJoins = [&] {
         std::promise<void> end;
         QTimer::singleShot(0, &shown(), [&] {
@@ -374,17 +347,19 @@ TEST_P(Leaving, IsAlwaysPossibleAndAllThatTheUserCanDoWhileTheLogicWaits) {
             for (const Qt::Key key : {Qt::Key_7, Qt::Key_Space, Qt::Key_Return, Qt::Key_Tab})
                 press(key);
             EXPECT_EQ(focused() + keyField().text(), "keyInputTextfield");
-            QTest::mouseClick(&button("joinButton"), Qt::LeftButton);
+            QTest::mouseClick(&joinButton, Qt::LeftButton);
             EXPECT_EQ(ends(), 0);
             GetParam()(shown());
             end.set_value();
         });
         waiting.during([&] { end.get_future().wait(); });
+        joinButton.click(); // is lost as well, and so is a click that waits
+        QMetaObject::invokeMethod(&joinButton, &QPushButton::click, Qt::QueuedConnection);
     };
     press(Qt::Key_Return);
-    EXPECT_EQ(joins, 1);
     EXPECT_TRUE(ends() == 1 && !shown().isVisible());
     entry.showWindow();
+    EXPECT_EQ(joins, 1);
     QTest::keyClick(&keyField(), Qt::Key_7);
     EXPECT_EQ(keyField().text(), "7");
     GetParam()(shown());
@@ -412,14 +387,13 @@ bool isWhole(const QWidget& widget) {
 }
 
 TEST_F(QtWindowsTest, SpeakTheUsersLanguageOrEnglishAndCutNothingOffEvenAtTwiceTheLength) {
-    const std::tuple<const char*, const char*, Qt::LayoutDirection> cases[]{
-        {"en_GB", "Cancel", Qt::LeftToRight},    {"ar_EG", "إلغاء", Qt::RightToLeft},
-        {"de_AT", "Abbrechen", Qt::LeftToRight}, {"fr", "Annuler", Qt::LeftToRight},
-        {"es_MX", "Cancelar", Qt::LeftToRight},  {"ja_JP", "キャンセル", Qt::LeftToRight},
-        {"he_IL", "Cancel", Qt::LeftToRight},    {"C", "Cancel", Qt::LeftToRight}}; // as before
-    for (const auto& [locale, cancel, direction] : cases) {
+    const std::pair<std::string, std::string> cases[]{
+        {"en_GB", "Cancel"},   {"ar_EG", "إلغاء"},      {"de_AT", "Abbrechen"}, {"fr", "Annuler"},
+        {"es_MX", "Cancelar"}, {"ja_JP", "キャンセル"}, {"he_IL", "Cancel"},    {"C", "Cancel"}};
+    for (const auto& [locale, cancel] : cases) {
+        const auto direction = locale == "ar_EG" ? Qt::RightToLeft : Qt::LeftToRight;
         SCOPED_TRACE(locale);
-        QLocale::setDefault(QLocale(locale));
+        QLocale::setDefault(QLocale(QString::fromStdString(locale)));
         QtStrings table;
         for (const std::string id :
              {"JOIN", "CANCEL", "SESSION_KEY", "ENTER_KEY", "EMAIL_ADDRESS", "ENTER_EMAIL", "ENTER_VALID_KEY",
