@@ -1,9 +1,9 @@
 #include "endtoend/JoinWorld.h"
 
-#include <gtest/gtest.h>
-#include <xcb/xcb.h>
-
 #include <fstream>
+#include <gtest/gtest.h>
+
+#include <X11/Xlib.h> // last: its macros have everyday names
 
 namespace join::test {
 namespace {
@@ -36,32 +36,23 @@ public:
 
     /// Whether the window answers as https://specifications.freedesktop.org/wm-spec/ ("_NET_WM_PING") has it.
     bool isAnswered(const std::string& window) const {
-        const std::unique_ptr<xcb_connection_t, void (*)(xcb_connection_t*)> connection(
-            xcb_connect(display().c_str(), nullptr), xcb_disconnect);
-        const auto root = xcb_setup_roots_iterator(xcb_get_setup(connection.get())).data->root;
-        const auto atom = [&](std::string_view name) {
-            const auto asked = xcb_intern_atom(connection.get(), 0, name.size(), name.data());
-            const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
-                xcb_intern_atom_reply(connection.get(), asked, nullptr), &std::free);
-            return reply->atom;
-        };
-        const std::uint32_t answers = XCB_EVENT_MASK_STRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
-        xcb_change_window_attributes(connection.get(), root, XCB_CW_EVENT_MASK, &answers);
-        xcb_client_message_event_t ping{};
-        ping.response_type = XCB_CLIENT_MESSAGE;
-        ping.format = 32;
-        ping.window = static_cast<xcb_window_t>(std::stoul(window));
-        ping.type = atom("WM_PROTOCOLS");
-        ping.data.data32[0] = atom("_NET_WM_PING");
-        ping.data.data32[2] = ping.window;
-        xcb_send_event(connection.get(), 0, ping.window, 0, reinterpret_cast<const char*>(&ping));
-        xcb_flush(connection.get());
+        const std::unique_ptr<Display, int (*)(Display*)> server(XOpenDisplay(display().c_str()),
+                                                                 XCloseDisplay);
+        XSelectInput(server.get(), DefaultRootWindow(server.get()),
+                     StructureNotifyMask | SubstructureNotifyMask);
+        XEvent ping{};
+        ping.xclient.type = ClientMessage;
+        ping.xclient.format = 32;
+        ping.xclient.window = std::stoul(window);
+        ping.xclient.message_type = XInternAtom(server.get(), "WM_PROTOCOLS", False);
+        ping.xclient.data.l[0] = static_cast<long>(XInternAtom(server.get(), "_NET_WM_PING", False));
+        ping.xclient.data.l[2] = static_cast<long>(ping.xclient.window);
+        XSendEvent(server.get(), ping.xclient.window, False, NoEventMask, &ping);
         return eventually([&] {
-            const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> event(
-                xcb_poll_for_event(connection.get()), &std::free);
-            const auto* answer = reinterpret_cast<xcb_client_message_event_t*>(event.get());
-            return event && (event->response_type & 0x7F) == XCB_CLIENT_MESSAGE &&
-                   answer->type == ping.type && answer->data.data32[2] == ping.window;
+            XEvent answer{};
+            return XCheckTypedEvent(server.get(), ClientMessage, &answer) &&
+                   answer.xclient.message_type == ping.xclient.message_type &&
+                   answer.xclient.data.l[2] == ping.xclient.data.l[2];
         });
     }
 
