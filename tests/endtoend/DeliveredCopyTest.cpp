@@ -25,10 +25,8 @@ protected:
         launch.environment.emplace_back("HOME", home);
         EXPECT_EQ(statusOf(launch), 0) << world.log();
         EXPECT_TRUE(world.agentRuns());
-        const std::string stored = contentsOf(world.support("joinparameters.conf"));
-        EXPECT_NE(stored.find("&email=Guest&"), std::string::npos) << stored;
-        EXPECT_NE(stored.find("&firstTime=false&"), std::string::npos) << stored;
-        EXPECT_NE(contentsOf(world.support("tavojoindetails.conf")).find("&authToken=A&"), std::string::npos);
+        EXPECT_EQ(count(contentsOf(world.support("joinparameters.conf")), "&firstTime=false&"), 1);
+        EXPECT_EQ(count(contentsOf(world.support("tavojoindetails.conf")), "&authToken=A&"), 1);
         EXPECT_TRUE(world.isJoinInstalled());
     }
 

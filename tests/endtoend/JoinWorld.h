@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <array>
 #include <csignal>
 #include <filesystem>
 #include <memory>
@@ -39,7 +37,7 @@ class JoinWorld {
 public:
     /// The options of the service, except those for its address.
     explicit JoinWorld(std::vector<std::string> serviceOptions = {}) {
-        std::vector<std::string> command = {JOIN_SERVICE_PROGRAM, "--certificate",  certificate(),
+        std::vector<std::string> command = {JOIN_SERVICE_PROGRAM, "--certificate",  folder_ / "service.pem",
                                             "--port-file",        folder_ / "port", "--log",
                                             folder_ / "requests"};
         command.insert(command.end(), serviceOptions.begin(), serviceOptions.end());
@@ -56,8 +54,6 @@ public:
         for (const fs::path& process : processes())
             ::kill(std::stoi(process.filename()), SIGKILL);
     }
-    JoinWorld(const JoinWorld&) = delete;
-    JoinWorld& operator=(const JoinWorld&) = delete;
 
     /// The processes started in this world, with those that have outlived their starter, as folders of /proc.
     std::vector<fs::path> processes() const {
@@ -82,7 +78,6 @@ public:
         return home() + "/Library/Application Support/TavoMeetingNative/" + name;
     }
     std::string systemRoot() const { return home() + "/.local/share/tavojoin/root"; }
-    std::string certificate() const { return folder_ / "service.pem"; }
 
     std::string log() const { return contentsOf(home() + "/Library/Logs/TavoFendel/Join/join.log"); }
     bool logHolds(const std::string& text) const { return log().find(text) != std::string::npos; }
@@ -131,9 +126,10 @@ public:
 
     /// Whether both copies that Join makes of itself can be started.
     bool isJoinInstalled() const {
-        return std::ranges::all_of(std::array{systemRoot(), home()}, [](const std::string& root) {
-            return ::access((root + "/Applications/Join.app/Contents/MacOS/Join").c_str(), X_OK) == 0;
-        });
+        const std::string program = "/Applications/Join.app/Contents/MacOS/Join";
+        return ::access((systemRoot() + program).c_str(), X_OK) +
+                   ::access((home() + program).c_str(), X_OK) ==
+               0;
     }
 
     /// The status of another program in this world.
@@ -152,7 +148,7 @@ public:
                                 {"XDG_CACHE_HOME", home() + "/.cache"},
                                 {"XDG_CONFIG_HOME", home() + "/.config"},
                                 {"XDG_RUNTIME_DIR", runtime()},
-                                {"SSL_CERT_FILE", certificate()},
+                                {"SSL_CERT_FILE", folder_ / "service.pem"},
                                 {"QT_QPA_PLATFORM", "offscreen"},
                                 {"LC_ALL", "C.UTF-8"}},
                 .output = folder_ / "join-output"};
