@@ -41,44 +41,29 @@ TEST_F(SessionState, ALineThatCannotBeLoggedGivesABannerAndNothingElse) {
     }
 }
 
-/// Does the work in two threads that start on a line, 500 times.
-template <class Prepare, class Work>
-void inTwoThreads(Prepare prepare, Work work) {
+TEST_F(SessionState, TheInstanceIsOneForAllThreadsAndItsPropertiesAreIndivisible) {
+    logSink.atWrite = [] { std::this_thread::yield(); }; // in the middle of a creation
+    const std::string words[] = {std::string(100, 'a'), std::string(200, 'b')};
+    Atomic<Text> property;
     for (int round = 0; round < 500; ++round) {
-        prepare();
+        slots().joinInfo.reset();
+        JoinSessionDetails* instances[2] = {};
         std::latch line(2);
         const auto run = [&](std::size_t self) {
             line.arrive_and_wait();
-            work(self);
+            instances[self] = JoinSessionDetails::getInstance();
+            for (int time = 0; time < 100; ++time) {
+                property.set(words[self]);
+                const Text seen = property();
+                EXPECT_TRUE(seen == words[0] || seen == words[1]);
+            }
         };
-        const std::jthread other(run, 1);
+        std::jthread other(run, 1);
         run(0);
+        other.join();
+        EXPECT_EQ(instances[0], instances[1]);
     }
-}
-
-TEST_F(SessionState, TheInstanceIsOneForAllThreads) {
-    JoinSessionDetails* instances[2] = {};
-    logSink.atWrite = [] { std::this_thread::yield(); }; // in the middle of a creation
-    inTwoThreads(
-        [&] {
-            EXPECT_EQ(instances[0], instances[1]);
-            slots().joinInfo.reset();
-        },
-        [&](std::size_t self) { instances[self] = JoinSessionDetails::getInstance(); });
     EXPECT_EQ(said(creation).size(), 500U);
-}
-
-TEST_F(SessionState, PropertiesAreIndivisible) {
-    const std::string words[] = {std::string(100, 'a'), std::string(200, 'b')};
-    JoinSessionDetails& details = session();
-    inTwoThreads([] {},
-                 [&](std::size_t self) {
-                     for (int time = 0; time < 100; ++time) {
-                         details.key.set(words[self]);
-                         const Text seen = details.key();
-                         EXPECT_TRUE(seen == words[0] || seen == words[1]);
-                     }
-                 });
 }
 
 } // namespace join::test
