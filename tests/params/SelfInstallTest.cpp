@@ -78,13 +78,14 @@ TEST_F(SelfInstall, NeverRemovesTheAppThatRuns) {
 }
 
 TEST_F(SelfInstall, WithoutADeliveredFileTheStoredOneGoes) {
-    for (const char* removal : {"joinparameters.conf file removed in TavoMeetingNative folder : 1", ""}) {
+    Journal expected = {"Join App Path : /opt", "Application folder : /Applications",
+                        "joinparameters.conf file removed in TavoMeetingNative folder : 1",
+                        "Join.app file copied"};
+    for (int run = 1; run <= 2; ++run) {
         EXPECT_EQ(runFrom("/opt"), (Journal{"none", "/opt", "none"}));
         EXPECT_EQ(slots().joinParametersTavoJoinFilePath, "/opt/.joinparameters");
-        Journal expected = {"Join App Path : /opt", "Application folder : /Applications", removal,
-                            "Join.app file copied"};
-        std::erase(expected, "");
         EXPECT_EQ(lines(), expected);
+        expected.erase(expected.begin() + 2); // it is not there any more
     }
 }
 

@@ -47,24 +47,20 @@ TEST_F(SessionCheck, MembersOfTheMeetingGoIntoTheSession) {
         {R"("Update_needed":false,"cdn_link ":"x","other":null,"list":[1,{}])", untouched},
         {R"("aws_server":"s","aws_server":null,"update_needed":0)", "0,(null),(null),0,(null),0"},
         {R"("aws_server":7,"cdn_link":"cdn")", "1,(null),(null),0,cdn,1"},
-        {R"("update_needed":0)", "0,(null),(null),0,(null),0"},
-        {R"("update_needed":-0.5)", untouched},
         {R"("update_needed":"false")", "0,(null),(null),0,(null),0"},
-        {R"("update_needed":"1")", untouched},
+        {R"("update_needed":0,"update_needed":-0.5)", untouched},
+        {R"("update_needed":false,"cdn_link":"evil")", "0,(null),(null),0,evil,0"},
     };
     for (const auto& [members, expected] : cases) {
         EXPECT_TRUE(answerMeeting(members)) << members;
         EXPECT_EQ(state(), expected) << members;
     }
-    EXPECT_TRUE(answerMeeting(R"("update_needed":false,"cdn_link":"evil")"));
-    EXPECT_EQ(state(), "0,(null),(null),0,evil,0");
     EXPECT_EQ(said(method).back(), "The host of the images is refused : evil is refused");
 }
 
 TEST_F(SessionCheck, AWrongTypeEndsTheWalkWithABannerAndKeepsWhatCameBefore) {
     for (const std::string member :
-         {R"("cdn_link":null)", R"("cdn_link":1)", R"("cdn_link":["x"])", R"("aws_server_download_url":null)",
-          R"("aws_server_download_url":true)", R"("update_needed":null)", R"("update_needed":{})"}) {
+         {R"("cdn_link":null)", R"("aws_server_download_url":1)", R"("update_needed":{})"}) {
         EXPECT_FALSE(answerMeeting(R"("aws_server":"s",)" + member + R"(,"aws_server":"t")")) << member;
         EXPECT_EQ(state(), "1,(null),s,0,(null),0") << member;
         EXPECT_EQ(said(method).back(), banner("The member " + member.substr(0, member.find(':')) +
@@ -74,21 +70,12 @@ TEST_F(SessionCheck, AWrongTypeEndsTheWalkWithABannerAndKeepsWhatCameBefore) {
 
 TEST_F(SessionCheck, AnAnswerWithoutAMeetingChangesNothing) {
     const std::string nothing = "Response : (null)";
-    const std::string notJson = "The answer is not a JSON document";
-    const auto noObjectFor = [](const std::string& name) {
-        return banner("The answer holds no object that could hold \"" + name + "\"");
-    };
-    const struct {
-        std::string body;
-        Journal lines; ///< behind that of the status
-    } cases[] = {
-        {"", {notJson, nothing}},
-        {"{\"response\":{\"result\":{\"meeting\":{\"update_needed\":false}}}}\xFF", {notJson, nothing}},
-        {"{}", {nothing}},
+    const std::pair<std::string, Journal> cases[] = {
+        // the body, and what is logged behind the status
+        {"", {"The answer is not a JSON document", nothing}},
         {R"({"response":{"result":{}}})", {nothing}},
-        {R"({"Response":{"result":{"meeting":{"update_needed":false}}}})", {nothing}},
-        {R"({"response":null})", {noObjectFor("result")}},
-        {R"({"response":{"result":"x"}})", {noObjectFor("meeting")}},
+        {R"({"response":{"result":"x"}})",
+         {banner("The answer holds no object that could hold \"meeting\"")}},
         {R"({"response":{"result":{"meeting":[{"update_needed":false}]}}})",
          {banner("The member \"meeting\" of the answer is of a wrong type")}},
     };
@@ -108,12 +95,9 @@ TEST_F(SessionCheck, SaysWhatBecameOfTheRequest) {
                                      "Error in the HTTP Request(URL: " + url + ") : no network", asked,
                                      "Status code : 0", failed + "0"}));
     const std::string body = R"({"response":{"result":{"meeting":{"update_needed":false}}}})";
-    for (const int status : {404, 201}) {
-        EXPECT_FALSE(answer({status, body, {}}));
-        EXPECT_EQ(said(method),
-                  (Journal{asked, formatted("Status code : %d", status), failed + std::to_string(status)}));
-        EXPECT_EQ(state(), untouched);
-    }
+    EXPECT_FALSE(answer({201, body, {}}));
+    EXPECT_EQ(said(method), (Journal{asked, "Status code : 201", failed + "201"}));
+    EXPECT_EQ(state(), untouched);
     EXPECT_TRUE(answerBody(body));
     EXPECT_EQ(said(method), (Journal{asked, "Status code : 200", R"(Response : {"update_needed":false})"}));
 }
