@@ -17,11 +17,6 @@ namespace fs = std::filesystem;
 
 const fs::path sources = JOIN_SOURCE_DIR;
 
-/// Whether it is a header of C++: those of libraries and of the system have endings or capitals.
-bool isStandard(const std::string& name) {
-    return name.find_first_not_of("abcdefghijklmnopqrstuvwxyz_") == std::string::npos;
-}
-
 /// What each folder, with those in it, may include beside itself, from the ground up; "<>" are the headers of
 /// libraries and of the system.
 using Folder = std::pair<std::string, std::vector<std::string>>;
@@ -54,8 +49,8 @@ const Folder* folderOf(const std::string& file) {
 /// Whether files of this folder may include it; the kind is '<' or '"'.
 bool isAllowed(const Folder& folder, char kind, const std::string& name) {
     const auto may = [&](const std::string& what) { return std::ranges::count(folder.second, what) == 1; };
-    if (kind == '<')
-        return isStandard(name) || may("<>");
+    if (kind == '<') // headers of libraries and of the system have endings or capitals, those of C++ have not
+        return may("<>") || name.find_first_not_of("abcdefghijklmnopqrstuvwxyz_") == std::string::npos;
     if (name.find('/') == std::string::npos && !fs::exists(sources / name)) // a form, which the toolkit makes
         return may("<>");
     const Folder* const included = folderOf(name);

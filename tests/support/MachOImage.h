@@ -16,10 +16,7 @@ std::string littleEndian(Number number) {
     return bytes;
 }
 
-inline std::string name16(std::string name) {
-    name.resize(16, '\0');
-    return name;
-}
+inline std::string name16(std::string name) { return name.append(16 - name.size(), '\0'); }
 
 inline std::string machHeader(std::uint32_t commands) {
     return std::string(16, 'h') + littleEndian(commands) + std::string(12, 'h');

@@ -12,6 +12,12 @@ namespace join::test {
 class ScriptedHttpClient final : public platform::HttpClient, Recorder {
 public:
     using Recorder::Recorder;
+    bool refusesConnections = false; ///< and downloads, and requests that were not expected
+    /// What was started, for the test to carry on with.
+    std::vector<std::pair<platform::DownloadRequest, platform::DownloadDelegate*>> downloads;
+    std::vector<std::pair<platform::PostRequest, platform::ConnectionDelegate*>> connections;
+    std::size_t livingConnections = 0;
+
     ~ScriptedHttpClient() override {
         for (const auto& [url, reply] : expected_)
             ADD_FAILURE() << "never asked for: " << url;
@@ -26,14 +32,9 @@ public:
         EXPECT_EQ(request.timeout, std::chrono::seconds(60));
         if (const auto found = expected_.find(request.url); found != expected_.end())
             return expected_.extract(found).mapped();
-        if (refusesConnections)
-            return {{}, {}, platform::HttpError{"refused", request.url}};
-        ADD_FAILURE() << "unexpected request: " << request.url;
-        return {{}, {}, platform::HttpError{"unexpected", request.url}};
+        EXPECT_TRUE(refusesConnections) << "unexpected request: " << request.url;
+        return {{}, {}, platform::HttpError{"refused", request.url}};
     }
-
-    /// The downloads that were started, for the test to carry on with.
-    std::vector<std::pair<platform::DownloadRequest, platform::DownloadDelegate*>> downloads;
 
     std::unique_ptr<platform::Download> download(const platform::DownloadRequest& request,
                                                  platform::DownloadDelegate& delegate) override {
@@ -43,11 +44,6 @@ public:
         downloads.emplace_back(request, &delegate);
         return std::make_unique<platform::Download>();
     }
-
-    /// The connections that were started, for the test to carry on with.
-    std::vector<std::pair<platform::PostRequest, platform::ConnectionDelegate*>> connections;
-    bool refusesConnections = false; ///< nor downloads
-    std::size_t livingConnections = 0;
 
     std::unique_ptr<platform::Connection> connect(platform::PostRequest request,
                                                   platform::ConnectionDelegate& delegate) override {
