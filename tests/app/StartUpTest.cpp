@@ -48,11 +48,10 @@ TEST_F(StartUp, WhatAPowerCutHasLeftEmptyIsMissing) {
     for (const std::string& path : {agent + "/Contents/MacOS/Tavo", homeJoin + "/Info", crashDetector})
         files.put(path, ""); // of the bundles nothing can be read
     delegate.awakeFromNib();
-    EXPECT_EQ(
-        said("-[AppDelegate awakeFromNib]"),
-        (Journal{homeJoin + " was damaged and has been removed", agent + " was damaged and has been removed",
-                 crashDetector + " was damaged and has been removed",
-                 "apple event manger initiated from awakefeomnib !!"}));
+    const std::string damaged = " was damaged and has been removed";
+    EXPECT_EQ(said("-[AppDelegate awakeFromNib]"),
+              (Journal{homeJoin + damaged, agent + damaged, crashDetector + damaged,
+                       "apple event manger initiated from awakefeomnib !!"}));
     EXPECT_FALSE(files.exists(homeJoin) || files.exists(agent) || files.exists(crashDetector));
 }
 
@@ -76,15 +75,16 @@ TEST_F(StartUp, BeforeSystem10_9ThereIsOnlyTheErrorWindowAndALaunchUrlTouchesNot
     }
 }
 
-TEST_F(StartUp, WithoutUrlAndWithoutAFirstRunItAsksForAKey) {
+TEST_F(StartUp, WithoutUrlAndWithoutAFirstRunItAsksForAKeyAndHeedsTheKeyWindow) {
     prepared();
     files.put(parameters, header + "&firstTime=TRUE&");
     delegate.applicationDidFinishLaunching();
-    EXPECT_TRUE(happenedInOrder(
-        journal,
-        {"log: -[AppDelegate readJoinParameters] : Read join parameters called.", "TavoJoinWindow: out",
-         "log: -[TavoJoinWindowHandler closeWindow] : TavoJoinWindowHandler.closeWindow() called!",
-         "TavoJoinMainWindow: front"}));
+    notifications.post("ReadJoinParameters");
+    notifications.post("ModifyJoinDetails", "an object");
+    const std::string read = "log: -[AppDelegate readJoinParameters] : Read join parameters called.";
+    EXPECT_TRUE(
+        happenedInOrder(journal, {read, "TavoJoinWindow: out", "TavoJoinMainWindow: front", read,
+                                  "log: -[AppDelegate modifyJoinDetails] : Modify joindetails called!"}));
     EXPECT_EQ(said(finished), (Journal{"Join bundle Path : /Applications", "Join main window has been shown",
                                        "Launch app called : 0 "}));
     EXPECT_EQ(agentDownloads(), 0);
@@ -191,31 +191,30 @@ TEST_F(StartUp, EveryOperationReportsAnExceptionUnderItsOwnNameAndReturns) {
         http.downloads.clear();
     };
     const std::string full = "the log is full";
+    const auto exceptionIn = [&](const std::string& name) { return "Exception in " + name + " : " + full; };
     const std::string zip = "-[AppDelegate zipDirectoryWithPath:] : ";
     const std::string send = "-[AppDelegate sendLogFiles:] : ";
+    const std::string queued = "-[AppDelegate sendLogFiles:]_block_invoke";
     const std::string get = "-[AppDelegate getFileDataWith:] : ";
     const std::string unmounting = "-[TavoDMGDownloader unMountingTavoMacDmg] : ";
     // by what the line holds that cannot be logged
     std::map<std::string, std::string> reports = {
-        {"redirect", "Exception in -[AppDelegate loggingFile:] : " + full},
-        {"Joinparameters String", "Exception in -[AppDelegate applicationDidFinishLaunching:] : " + full},
-        {"-[AppDelegate joinFeatureTrackTask:]_block_invoke : ",
-         "Exception in -[AppDelegate joinFeatureTrackTask:] : " + full},
-        {"-[AppDelegate sendJoinLogTask:]_block_invoke : ",
-         "Exception in -[AppDelegate sendJoinLogTask:] : " + full},
+        {"redirect", exceptionIn("-[AppDelegate loggingFile:]")},
+        {"Joinparameters String", exceptionIn(finished)},
+        {queued + " : ", exceptionIn(queued)},
         {send, send + banner(full)},
         {zip, zip + "**************** EXCEPTION ***************** : " + full + " "},
         {get, get + "Exception occured in LogHandler.getFileDataWith() : " + full + " "},
         {"LaunchApplication", " Exception in PingServer.launchApplicationWith() : " + full},
-        {"Tavo Dmg Url", "Exception in -[DiskImageDownloader start] : " + full},
-        {": dmg mount", "Exception in -[TavoDMGDownloader mountingTavoMacDmg] : " + full},
+        {"Tavo Dmg Url", exceptionIn("-[DiskImageDownloader start]")},
+        {": dmg mount", exceptionIn("-[TavoDMGDownloader mountingTavoMacDmg]")},
         {": Dmg unmount", unmounting + "Exception in TavoDMGDownloader.unmountingTavoMacDmg() : " + full},
-        {"JoinMac.dmg mount", "Exception in -[JoinDMGDownloader mountingJoinMacDmg] : " + full},
-        {"JoinMac.dmg unmount", "Exception in -[JoinDMGDownloader unMountingTavoJoinDmg] : " + full}};
+        {"JoinMac.dmg mount", exceptionIn("-[JoinDMGDownloader mountingJoinMacDmg]")},
+        {"JoinMac.dmg unmount", exceptionIn("-[JoinDMGDownloader unMountingTavoJoinDmg]")}};
     runAll("no line");
     for (const std::string& line : logSink.lines)
         if (const std::string name = line.substr(0, line.find(" : ")); name.starts_with("-[AppDelegate "))
-            reports.try_emplace(name + " : ", "Exception in " + name + " : " + full);
+            reports.try_emplace(name + " : ", exceptionIn(name.substr(0, name.find("_block"))));
     EXPECT_EQ(reports.size(), 31U);
     for (const auto& [failing, report] : reports) {
         runAll(failing);
@@ -225,16 +224,6 @@ TEST_F(StartUp, EveryOperationReportsAnExceptionUnderItsOwnNameAndReturns) {
          {"startLoggingTimer] : no more timers", "embeddedPlistV2:] : unreadable",
           "applicationShouldHandleReopen:hasVisibleWindows:] : no interface file TavoJoinWindow"})
         EXPECT_EQ(std::ranges::count(logSink.lines, std::string("Exception in -[AppDelegate ") + report), 1);
-}
-
-TEST_F(StartUp, NotificationsReachTheirHandlersOnce) {
-    prepared();
-    workspace.running = {"com.tavo.fendel.Tavo"};
-    for (const char* name : {"ModifyJoinDetails", "ReadJoinParameters", "LaunchCrashDetector"})
-        notifications.post(name, "an object"); // the others have tests of their own
-    EXPECT_EQ(said("-[AppDelegate modifyJoinDetails]").front(), "Modify joindetails called!");
-    EXPECT_EQ(said("-[AppDelegate readJoinParameters]").front(), "Read join parameters called.");
-    EXPECT_EQ(said("-[AppDelegate crashDetectorLaunch]"), Journal{"Crash detector is not availble"});
 }
 
 } // namespace join::test

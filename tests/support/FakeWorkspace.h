@@ -70,7 +70,7 @@ class FakeWorkspace final : public platform::Workspace, Recorder {
 public:
     using Recorder::Recorder;
 
-    std::vector<std::string> running; ///< bundle identifiers
+    std::string running; ///< the bundle identifier of the only application
     std::map<std::string, platform::FileSystemInfo> volumes;
     bool throws = false;
 
@@ -84,8 +84,7 @@ public:
         return false; // refused; the logic ignores that
     }
     std::vector<std::string> runningApplications(const std::string& bundleIdentifier) override {
-        const auto count = std::ranges::count(running, bundleIdentifier);
-        return {static_cast<std::size_t>(count), bundleIdentifier};
+        return std::vector<std::string>(running == bundleIdentifier ? 1 : 0, running);
     }
     std::vector<std::string> mountedLocalVolumePaths() override {
         std::vector<std::string> paths;
