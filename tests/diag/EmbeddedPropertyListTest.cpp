@@ -42,8 +42,6 @@ TEST(EmbeddedPropertyList, IsTheSectionOfThatNameInTheTextSegmentAndNothingBeyon
         {machHeader(2) + machSegment("__TEXT", 9, 1, code) + machSegment("__TEXT", 9, 1, list(336)) + "list",
          "list"},
         {machHeader(1) + other + machSegment("__TEXT", 152, 1, list(200)) + "list", "none"},
-        {machHeader(0) + machSegment("__TEXT", 152, 1, list(184)) + "list", "none"},
-        {"no executable at all, but longer than the header of one", "none"},
         {machHeader(huge) + machSegment("__TEXT", 0, 1, list(184)) + "list", "none"}, // would never advance
         {machHeader(2) + littleEndian(2U) + littleEndian(huge) + machSegment("__TEXT", 152, 1, list(0)),
          "none"},
@@ -51,7 +49,6 @@ TEST(EmbeddedPropertyList, IsTheSectionOfThatNameInTheTextSegmentAndNothingBeyon
         {machHeader(1) + machSegment("__TEXT", 152, huge, machSection("__text", 0, 0)), "none"},
         {withList(184, 4), "list"},
         {withList(184, 5), "none"},
-        {withList(185, 4), "none"},
         {withList(184, ~std::uint64_t{0} - 100), "none"},
         {withList(184, (std::uint64_t{1} << 32) + 4), "none"},
         {withList(huge, 4), "none"},

@@ -15,9 +15,9 @@ public:
     using Recorder::Recorder;
 
     /// Sets up a file or a folder, with its parents, without recording it.
-    void put(const std::string& path, std::string contents) {
-        putFolder(parentOf(plain(path)));
-        nodes_[plain(path)] = std::move(contents);
+    void put(const std::string& path, std::string_view contents) {
+        putFolder(parentOf(path));
+        set(path, contents);
     }
     void putFolder(const std::string& path) {
         for (std::string folder = plain(path); folder != "/"; folder = parentOf(folder))
@@ -51,16 +51,10 @@ public:
         return exists(path) && !failing_.contains(plain(path)) ? nodes_[plain(path)] : std::nullopt;
     }
     bool create(const std::string& path, std::string_view contents) override {
-        const bool possible = canAppearAt(path);
-        if (possible)
-            nodes_[plain(path)] = contents;
-        return did(possible, "create " + path);
+        return did(canAppearAt(path) && set(path, contents), "create " + path);
     }
     bool truncate(const std::string& path) override {
-        const bool possible = read(path).has_value();
-        if (possible)
-            nodes_[plain(path)] = "";
-        return did(possible, "truncate " + path);
+        return did(read(path) && set(path, ""), "truncate " + path);
     }
     platform::MappedFile map(const std::string& path) override {
         if (read(path).value_or("").empty())
@@ -82,13 +76,12 @@ private:
         std::string held;
     };
 
-    static std::string parentOf(const std::string& path) { return std::filesystem::path(path).parent_path(); }
-    /// Without double separators or one at the end.
+    /// With one separator behind each name, so that a path begins with the folder that it lies in.
     static std::string plain(const std::string& path) {
-        return std::filesystem::path(path + '/').lexically_normal().parent_path();
+        return std::filesystem::path(path + '/').lexically_normal();
     }
-    static bool isWithin(const std::string& path, const std::string& folder) {
-        return (path + '/').starts_with(plain(folder) + '/');
+    static std::string parentOf(const std::string& path) {
+        return std::filesystem::path(plain(path) + "..").lexically_normal();
     }
 
     bool did(bool success, const std::string& action) {
@@ -97,11 +90,16 @@ private:
     }
 
     bool canAppearAt(const std::string& path) {
-        return !failing_.contains(plain(path)) && exists(parentOf(plain(path)));
+        return !failing_.contains(plain(path)) && exists(parentOf(path));
+    }
+    bool set(const std::string& path, std::string_view contents) {
+        nodes_[plain(path)] = contents;
+        return true;
     }
 
     bool removeTree(const std::string& top) {
-        return std::erase_if(nodes_, [&](const auto& node) { return isWithin(node.first, top); }) > 0;
+        return std::erase_if(nodes_,
+                             [path = plain(top)](const auto& node) { return node.first.starts_with(path); });
     }
 
     bool copyTree(const std::string& source, const std::string& target) {
@@ -109,7 +107,7 @@ private:
             return false;
         removeTree(target);
         for (const auto& [path, contents] : std::map(nodes_))
-            if (isWithin(path, source))
+            if (path.starts_with(plain(source)))
                 nodes_[plain(target) + path.substr(plain(source).size())] = contents;
         return true;
     }
