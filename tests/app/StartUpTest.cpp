@@ -46,7 +46,6 @@ TEST_F(StartUp, BeforeSystem10_9ThereIsOnlyTheErrorWindowAndALaunchUrlTouchesNot
         application.version = version;
         prepared();
         EXPECT_EQ(delegate.errorWindow == nullptr, supported) << version.major << '.' << version.minor;
-        EXPECT_EQ(timers.running(), supported ? 1U : 0U);
         EXPECT_EQ(files.exists("/home"), supported);
         if (supported)
             continue;
@@ -111,10 +110,8 @@ TEST_F(StartUp, AFirstRunWritesBothFilesAndGoesOnToTheAgent) {
         EXPECT_EQ(said("-[AppDelegate createTavoJoinDetails]"),
                   (Journal{"JoinParameters : \n" + body, "tavojoindetails.conf created",
                            "tavojoindetails : \n" + header + body}));
-        EXPECT_TRUE(happenedInOrder(
-            journal, {"create " + joinDetails, "remove " + parameters, "create " + parameters,
-                      "log: -[AppDelegate tavoAppVersionCheck] : Tavo app not found, Setting app version to "
-                      "zero ( default)"}));
+        EXPECT_EQ(said("-[AppDelegate tavoAppVersionCheck]").front(),
+                  "Tavo app not found, Setting app version to zero ( default)");
         EXPECT_EQ(session().joinType(), 2);
         EXPECT_EQ(agentDownloads(), 1);
         EXPECT_FALSE(delegate.firstTimeCheck());

@@ -7,14 +7,12 @@ protected:
     void SetUp() override {
         preparedToJoin();
         session().emailID.set("ann@example.org");
-        tasks.statusOf = [this](const platform::Program& tool) { // the volume is as the test has laid it out
-            const bool mounts = tool.arguments.at(0) == "mount";
-            if (!mounts)
-                files.remove(tool.arguments.at(1));
-            else if (mountStatus == 0)
-                for (const std::string& path : volume)
-                    files.put(path, "new");
-            return mounts ? mountStatus : 0;
+        tasks.statusOf = [this](const platform::Program& tool) {
+            if (tool.arguments.at(0) != "mount")
+                return files.remove(tool.arguments.at(1)) ? 0 : 1;
+            for (const std::string& path : volume)
+                files.put(path, "new");
+            return volume.empty() ? 1 : 0;
         };
     }
 
@@ -32,8 +30,8 @@ protected:
     const std::string detach = "run /usr/bin/hdiutil in / detach /Volumes/Tavo";
     const std::string launched =
         "log: -[TavoDMGDownloader copyAppFileAndLaunch] : App Path : " + agent + " tavo app file launched!";
+    /// What appears when the image is mounted; an empty one cannot be.
     std::vector<std::string> volume = {"/Volumes/Tavo/Tavo.app/main", "/Volumes/Tavo/TavoCrashDetector"};
-    int mountStatus = 0;
 };
 
 TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnds) {
@@ -82,14 +80,13 @@ TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
 }
 
 TEST_F(DiskImageInstall, AnAgentThatCannotBeInstalledEndsNoJoinLeavesNoVolumeAndTheUserIsTold) {
-    mountStatus = 1;
+    volume = {};
     downloadAgentImage();
     EXPECT_TRUE(happenedInOrder(
         journal, {"log: -[TavoDMGDownloader mountingTavoMacDmg] : dmg mount task termination status : 1",
                   launched, "infoLabel: [PROBLEM_OCCURED]", "progress: stop"}));
     EXPECT_EQ(countBeginningWith(journal, detach), 0);
 
-    mountStatus = 0;
     volume = {"/Volumes/Tavo/TavoCrashDetector"};
     downloadAgentImage();
     EXPECT_TRUE(happenedInOrder(journal, {mount, launched, detach, "infoLabel: [PROBLEM_OCCURED]"}));
@@ -98,7 +95,7 @@ TEST_F(DiskImageInstall, AnAgentThatCannotBeInstalledEndsNoJoinLeavesNoVolumeAnd
 
 TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) {
     workspace.throws = true;
-    mountStatus = 1;
+    const auto whole = std::exchange(volume, {});
     for (const std::size_t calls : {3U, 6U}) {
         downloadAgentImage();
         EXPECT_EQ(countBeginningWith(journal, "infoLabel: [PROBLEM_OCCURED]"), 2);
@@ -107,7 +104,7 @@ TEST_F(DiskImageInstall, ALaunchThatRaisesIsTriedThreeTimesAndSendsTheLogsOnce) 
     }
     EXPECT_EQ(sentComments, Journal{"Tavo.app Copy file Failed"});
 
-    mountStatus = 0; // the copy succeeds, and the agent is started as a child process instead
+    volume = whole; // the copy succeeds, and the agent is started as a child process instead
     EXPECT_THROW(downloadAgentImage(), Terminated);
     files.remove(agent);
     bundles.versions[agent] = "1";

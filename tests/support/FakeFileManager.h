@@ -80,9 +80,7 @@ private:
     static std::string plain(const std::string& path) {
         return std::filesystem::path(path + '/').lexically_normal();
     }
-    static std::string parentOf(const std::string& path) {
-        return std::filesystem::path(plain(path) + "..").lexically_normal();
-    }
+    static std::string parentOf(const std::string& path) { return plain(path + "/.."); }
 
     bool did(bool success, const std::string& action) {
         record((success ? "" : "cannot ") + action);

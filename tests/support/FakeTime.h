@@ -30,7 +30,7 @@ public:
 
     bool failsOnce = false;
     std::function<void()> fire;
-    std::size_t running() const { return running_; }
+    std::size_t running = 0;
 
     std::unique_ptr<platform::Timer> repeating(std::chrono::milliseconds interval,
                                                std::function<void()> action) override {
@@ -38,11 +38,8 @@ public:
         if (std::exchange(failsOnce, false))
             throw platform::Exception("no more timers");
         fire = std::move(action);
-        return std::make_unique<Counted<platform::Timer>>(running_);
+        return std::make_unique<Counted<platform::Timer>>(running);
     }
-
-private:
-    std::size_t running_ = 0;
 };
 
 /// Keeps the work of all threads until the test runs a turn of the loop.

@@ -11,7 +11,6 @@
 
 #include <functional>
 #include <map>
-#include <stdexcept>
 #include <utility>
 
 namespace join::test {
@@ -27,7 +26,7 @@ public:
     platform::SystemVersion version{11, 0};
     bool staysWhenItEnds = false;
 
-    void run(platform::ApplicationDelegate& /*delegate*/) override { throw std::logic_error("no run loop"); }
+    void run(platform::ApplicationDelegate& /*delegate*/) override { throw Terminated(); }
     void terminate() override { end("terminate"); }
     void exitImmediately() override { end("exit"); }
     std::string bundlePath() override { return bundle; }
@@ -75,10 +74,7 @@ public:
     bool throws = false;
 
     bool launchApplication(const std::string& path, const std::vector<std::string>& arguments) override {
-        std::string entry = "launch " + path;
-        for (const std::string& argument : arguments)
-            entry += " " + argument;
-        record(entry);
+        record("launch " + path, arguments);
         if (throws)
             throw platform::Exception("no workspace");
         return false; // refused; the logic ignores that
@@ -111,11 +107,9 @@ public:
 private:
     void note(const std::string& action, const platform::Program& program) {
         std::string entry = action + program.path + " in " + program.workingDirectory;
-        for (const std::string& argument : program.arguments)
-            entry += " " + argument;
         if (program.patience != platform::Program().patience)
-            entry += ", for " + std::to_string(program.patience / std::chrono::seconds(1)) + " s";
-        record(entry);
+            entry += " for " + std::to_string(program.patience / std::chrono::seconds(1)) + " s";
+        record(entry, program.arguments);
         if (fails)
             throw platform::Exception("cannot start " + program.path);
     }

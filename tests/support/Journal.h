@@ -31,7 +31,11 @@ public:
         : journal_(&journal), prefix_(std::move(prefix)) {}
 
 protected:
-    void record(const std::string& entry) { journal_->push_back(prefix_ + entry); }
+    void record(std::string entry, const std::vector<std::string>& arguments = {}) {
+        for (const std::string& argument : arguments)
+            entry += " " + argument;
+        journal_->push_back(prefix_ + entry);
+    }
 
 private:
     Journal* journal_;

@@ -124,7 +124,7 @@ TEST_F(LaunchUrlHandler, ShowsTheWindowForWhatItBrings) {
              "log: -[AppDelegate joinAppVersionCheck] : Join.app file not found in Applications folder - "
              "starting JoinMac.dmg download",
              "log: " + method + " : Join app version check method called!!"});
-    EXPECT_EQ(timers.running(), 1U);
+    EXPECT_EQ(timers.running, 1U);
     EXPECT_TRUE(delegate.applicationShouldHandleReopen());
     delegate.tavoJoinWindow->showProblem();
     happens("tavojoin://k=1", {"progress: start", "TavoJoinWindow: display", "TavoJoinWindow: front"});
