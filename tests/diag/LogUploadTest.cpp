@@ -27,8 +27,7 @@ protected:
         return http.connections.back().first;
     }
 
-    static std::string texts(const std::string& key, const std::string& comment) {
-        const std::string part = "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"";
+    std::string texts(const std::string& key, const std::string& comment) const {
         const std::string value = "\";\r\n\r\n";
         return part + "logSeverity" + value + "CRITICAL" + part + "key" + value + key + part +
                "logEventName" + value + "JoinLogs" + part + "subStr" + value + "Mac Join.app!" + part +
@@ -36,10 +35,10 @@ protected:
                "\r\n--unique-consistent-string--\r\n";
     }
     std::string attachment(const std::string& bytes) const {
-        return "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"attachment\"; "
-               "filename=\"" +
-               archive + "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + bytes;
+        return part + "attachment\"; filename=\"" + archive +
+               "\"\r\nContent-Type: application/octet-stream\r\n\r\n" + bytes;
     }
+    const std::string part = "\r\n--unique-consistent-string\r\nContent-Disposition: form-data; name=\"";
     const std::string archive = "/tmp/ann//User.zip";
     const std::string logs = "/home/ann/Library/Logs//TavoFendel/";
     const std::string zip = "run /usr/bin/zip in " + logs + " for 60 s -r -q " + archive + " . -i *";
@@ -56,13 +55,11 @@ TEST_F(LogUpload, PostsTheArchiveAndTheTextsAsOneForm) {
     EXPECT_TRUE(happenedInOrder(
         journal,
         {"log: -[AppDelegate sendLogFiles:] : Logger URL : https://host/api/v1/send_log_mail",
-         "log: -[AppDelegate zipDirectoryWithPath:] : Temporary Directory : /tmp/ann/", "remove " + archive,
-         zip, "log: -[AppDelegate zipDirectoryWithPath:] : Task succeeded.",
+         "remove " + archive, zip, "log: -[AppDelegate zipDirectoryWithPath:] : Task succeeded.",
          "run /usr/sbin/scselect in / false",
          "log: -[AppDelegate sendJoinLogTask:]_block_invoke : SendlogTask output \n"
          "said by /usr/sbin/scselect",
          "log: -[AppDelegate sendJoinLogTask:] : Log file has been sent succesfully !!! ",
-         "post https://host/api/v1/send_log_mail",
          "log: -[AppDelegate sendLogFiles:]_block_invoke : Log sending url connection established!! "}));
 }
 

@@ -54,7 +54,6 @@ TEST_F(DiskImageInstall, BothProgramsAreInstalledAndTheAgentStartedBeforeJoinEnd
                   "log: -[TavoDMGDownloader unMountingTavoMacDmg] : Dmg unmount task termination status : 0",
                   "log: -[TavoJoinWindowHandler close] : Agent invoked successfully"}));
     EXPECT_EQ(countBeginningWith(journal, "launch " + agent), 1);
-    EXPECT_FALSE(files.exists(agent + "/stale"));
 }
 
 TEST_F(DiskImageInstall, OnlyWhatIsMissingIsCopied) {
@@ -142,9 +141,9 @@ TEST_F(DiskImageInstall, JoinIsReinstalledInBothPlacesAndGoesOnWithTheAgent) {
 }
 
 TEST_F(DiskImageInstall, ADownloadBeginsOnATurnOfTheLoopFromTheSourceOfThatTimeEvenIfAnEarlierOneCouldNot) {
-    const std::string agent = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]";
-    const std::string join = "-[JoinDMGDownloader startDownLoadingJoinMacDmg]";
-    const std::string begins = agent + "_block_invoke : ";
+    const std::string agentStart = "-[TavoDMGDownloader startDownLoadingTavoMacDmg]";
+    const std::string joinStart = "-[JoinDMGDownloader startDownLoadingJoinMacDmg]";
+    const std::string begins = agentStart + "_block_invoke : ";
     http.refusesConnections = true;
     delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
     delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
@@ -162,13 +161,13 @@ TEST_F(DiskImageInstall, ADownloadBeginsOnATurnOfTheLoopFromTheSourceOfThatTimeE
     mainQueue.turn();
     EXPECT_EQ(
         logSink.lines,
-        (Journal{join + " : JoinMac.dmg is being downloaded already",
-                 join + "_block_invoke : Join Dmg Url : "
-                        "https://host/join-session?key=123456789&role=agent&email=ann@example.org",
+        (Journal{joinStart + " : JoinMac.dmg is being downloaded already",
+                 joinStart + "_block_invoke : Join Dmg Url : "
+                             "https://host/join-session?key=123456789&role=agent&email=ann@example.org",
                  "system version details (null)", "system version : (null)", "joinMac.dmg  download failed",
                  begins + "Tavo Dmg Url : https://host/agent/TavoMac.dmg",
                  begins + "System version details (null)", begins + "System version : (null)",
-                 begins + "Download failed", agent + " : TavoMac.dmg is being downloaded already",
+                 begins + "Download failed", agentStart + " : TavoMac.dmg is being downloaded already",
                  begins + "Tavo Dmg Url : https://cdn/TavoMac.dmg",
                  begins + "System version details Debian GNU/Linux", begins + "System version : 12",
                  "destination path : " + agentImage}));

@@ -96,8 +96,7 @@ private:
     }
 
     bool removeTree(const std::string& top) {
-        return std::erase_if(nodes_,
-                             [path = plain(top)](const auto& node) { return node.first.starts_with(path); });
+        return std::erase_if(nodes_, [&](const auto& node) { return node.first.starts_with(plain(top)); });
     }
 
     bool copyTree(const std::string& source, const std::string& target) {

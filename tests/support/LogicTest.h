@@ -117,14 +117,6 @@ protected:
         files.put(crashDetector, machImage(propertyList("CFBundleShortVersionString", version)));
     }
 
-    /// Expects a session check of this version at "host" for key 123456789, and answers it with a "meeting"
-    /// of these members.
-    void expectSessionCheck(const std::string& installedVersion, const std::string& members) {
-        http.expect("https://host/api/public/json/meetings/checkSessionID?key=123456789&installed-version=" +
-                        installedVersion + "&os=mac",
-                    {200, R"({"response":{"result":{"meeting":{)" + members + "}}}}", {}});
-    }
-
     long downloadsOf(const std::string& place) {
         mainQueue.turn();
         return std::ranges::count_if(journal, [&](const std::string& entry) {
