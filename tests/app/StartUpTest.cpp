@@ -109,6 +109,7 @@ TEST_F(StartUp, AFirstRunWritesBothFilesAndGoesOnToTheAgent) {
         EXPECT_EQ(said("-[AppDelegate createTavoJoinDetails]"),
                   (Journal{"JoinParameters : \n" + body, "tavojoindetails.conf created",
                            "tavojoindetails : \n" + header + body}));
+        EXPECT_TRUE(happenedInOrder(journal, {"remove " + parameters, "create " + parameters}));
         EXPECT_EQ(said("-[AppDelegate tavoAppVersionCheck]").front(),
                   "Tavo app not found, Setting app version to zero ( default)");
         EXPECT_EQ(session().joinType(), 2);
