@@ -41,6 +41,8 @@ TEST_F(SelfInstall, AVolumeReplacesTheStoredFileAndBothCopies) {
                                 "joinparameters.conf file removed in TavoMeetingNative folder : 1",
                                 "joinparameters.conf file copied", "Join.app file copied",
                                 "Join.app file copied to users applications folder"}));
+    logSink.throwsOnceOn = "Join App Path";
+    EXPECT_TRUE(copyCurrentJoinAppFile()); // no refusal: nothing has been read
 }
 
 TEST_F(SelfInstall, FindsTheDeliveredFileOnTheLastVolumeThatQualifies) {
