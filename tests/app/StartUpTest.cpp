@@ -129,6 +129,7 @@ TEST_F(StartUp, AParameterFileWithARefusedServerChangesNothingButTheWindow) {
     delegate.applicationDidFinishLaunching();
     EXPECT_EQ(files.read(parameters), header + "stored earlier");
     EXPECT_EQ(said("-[AppDelegate copyCurrentJoinAppFile]").back(), refusal);
+    EXPECT_EQ(slots().joinParametersTavoJoinFilePath, "");
     EXPECT_TRUE(happenedInOrder(journal, {"infoLabel: [LINK_NOT_ALLOWED]"}));
     EXPECT_FALSE(windows.loaded.contains("TavoJoinMainWindow"));
     files.put(parameters, refused);

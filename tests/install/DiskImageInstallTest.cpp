@@ -185,7 +185,12 @@ TEST_F(DiskImageInstall, AFailedJoinImageIsNotFetchedAgainAndSendsTheLogsOnce) {
         http.downloads.back().second->downloadDidFail({"refused", "https://host/"});
         EXPECT_EQ(sentComments, Journal{"Join App faild to download JoinMac.dmg"});
     }
-    EXPECT_EQ(joinDownloads(), 2);
+    for (const std::string line : {"Join Dmg Url", "none"}) { // the first cannot be logged
+        logSink.throwsOnceOn = line;
+        delegate.joinDmgDownloader->startDownLoadingJoinMacDmg();
+        mainQueue.turn();
+    }
+    EXPECT_EQ(joinDownloads(), 3);
     EXPECT_EQ(said("-[JoinDMGDownloader download:didFailWithError:]"),
               Journal(2, "JoinMac.dmg Download failed! Error - refused https://host/ "));
 }

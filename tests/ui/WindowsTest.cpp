@@ -13,9 +13,9 @@ protected:
         for (const std::string name : {"ReadJoinParameters", "ModifyJoinDetails", "LaunchTavoApp"})
             notifications.addObserver(name, [this, name](const Text&) { journal.push_back("post " + name); });
         JoinSessionDetails::setDefaultValues();
-        progress.showWindow();
         journal.clear();
         error.showWindow();
+        progress.showWindow();
         entry.showWindow();
         setUp = std::exchange(journal, {});
     }
@@ -35,7 +35,7 @@ protected:
                "&role=agent&sessionType=" + type;
     }
 
-    Journal setUp; ///< the steps that showed the entry and the error window
+    Journal setUp; ///< the steps that showed the windows
     ErrorWindow error;
     TavoJoinWindowHandler progress;
     TavoJoinMainWindowHandler entry{progress};
@@ -51,11 +51,14 @@ TEST_F(ShownWindows, SayWhatTheyAreForInTheUsersLanguage) {
     EXPECT_EQ(text,
               "ErrorWindow: front\nErrorWindow: level 25\nErrorWindow: title [JOIN]\nErrorWindow: white\n"
               "TavoJoinMainWindow: front\nTavoJoinMainWindow: level 3\nTavoJoinMainWindow: no close\n"
-              "TavoJoinMainWindow: title [JOIN]\ncancelButton: title [CANCEL]\n"
+              "TavoJoinMainWindow: title [JOIN]\nTavoJoinWindow: display\nTavoJoinWindow: front\n"
+              "TavoJoinWindow: level 3\nTavoJoinWindow: title [JOIN]\nTavoJoinWindow: white\n"
+              "cancelButton: title [CANCEL]\n"
               "emailInputTextfield: prompt [ENTER_EMAIL]\nemailLabel: [EMAIL_ADDRESS]\n"
-              "errorText: [ERROR_MESSAGE]\njoinButton: title [JOIN]\nkeyInputTextfield: focus\n"
+              "errorText: [ERROR_MESSAGE]\ninfoLabel: [JOIN_PROGRESS]\njoinButton: title [JOIN]\n"
+              "keyInputTextfield: focus\n"
               "keyInputTextfield: prompt [ENTER_KEY]\nkeyLabel: [SESSION_KEY]\nload ErrorWindow\n"
-              "load TavoJoinMainWindow\nok: title [OK]\n");
+              "load TavoJoinMainWindow\nload TavoJoinWindow\nok: title [OK]\nprogress: start\n");
 }
 
 TEST_F(ShownWindows, EndTheSessionWhenTheyAreLeft) {
