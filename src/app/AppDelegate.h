@@ -49,7 +49,7 @@ public:
 
     /// Starts the installed agent and then the Crash Detector. Downloads the agent if it is missing.
     void appLaunch();
-    void crashDetectorLaunch();
+    void crashDetectorLaunch() const;
 
     // These live for the whole run. awakeFromNib creates either the first alone or all the others.
     std::unique_ptr<ErrorWindow> errorWindow;                  ///< only on an unsupported system

@@ -214,7 +214,7 @@ void AppDelegate::appLaunch() {
 }
 
 // ... then the Crash Detector. That completes the join.
-void AppDelegate::crashDetectorLaunch() {
+void AppDelegate::crashDetectorLaunch() const {
     constexpr auto method = "-[AppDelegate crashDetectorLaunch]";
     try {
         if (!isTavoAppRunning())

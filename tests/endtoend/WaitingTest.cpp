@@ -71,7 +71,7 @@ Launch update(const JoinWorld& world) {
 }
 
 Launch updateWithHangingMount(const JoinWorld& world) {
-    const Launch launch = update(world);
+    Launch launch = update(world);
     const std::string helper = world.home() + "/Join.app/Contents/Helpers/hdiutil";
     fs::copy(JOIN_HANGING_TOOL, helper, fs::copy_options::overwrite_existing);
     return launch;

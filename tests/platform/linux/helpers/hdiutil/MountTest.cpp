@@ -243,12 +243,12 @@ TEST_F(Mount, CannotReachWhatItDoesNotNeed) {
 }
 
 TEST_F(Mount, LeavesNothingOfAVolumeThatIsTooLarge) {
-    writeFile(in_ + "/folder/file", tools::noise(5 * 1024));
+    writeFile(in_ + "/folder/file", tools::noise(5120));
     fs::create_symlink("folder", in_ + "/link");
     makeImage(Made::udifZlib);
     settings_.limits.entries = 3; // with the top folder there is one more
     expectRefused("the volume holds too many files");
-    settings_.limits = {.bytes = 5 * 1024};
+    settings_.limits = {.bytes = 5120};
     expectRefused("the volume is too large");
     settings_.limits = {};
     const std::pair<unsigned, std::string> calls[] = {{SYS_pwrite64, "the volume cannot be unpacked"},
