@@ -136,8 +136,7 @@ std::string CurlExchange::descriptionOf(CURLcode code) const {
         return *failure_;
     if (isTooLong_ || code == CURLE_FILESIZE_EXCEEDED)
         return "The answer is longer than " + std::to_string(maximumBodySize_) + " bytes";
-    std::string text =
-        curlError_.front() && !isProxySecret() ? curlError_.data() : curl_easy_strerror(code);
+    std::string text = curlError_.front() && !isProxySecret() ? curlError_.data() : curl_easy_strerror(code);
     switch (code) {
     case CURLE_UNSUPPORTED_PROTOCOL: // only after a redirect: the first URL has been checked
         return "A redirect leaves HTTPS: " + text;
