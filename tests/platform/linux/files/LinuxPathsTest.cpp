@@ -30,13 +30,13 @@ TEST(SystemRoot, OnlyPathsOfTheSystemsFoldersBelowTheRootAreMappedBack) {
     const TemporaryFolder folder;
     fs::create_directory(folder / "real");
     fs::create_directory_symlink(folder / "real", folder / "link");
-    const SystemRoot root(folder / "link/root");
+    const SystemRoot root(folder / "link/base");
     for (const std::string& place : {folder / "link", fs::canonical(folder / "real").string()}) {
-        EXPECT_EQ(root.toSystem(place + "/root/Volumes/x"), "/Volumes/x");
-        EXPECT_EQ(root.toSystem(place + "/root//System/"), "/System");
-        EXPECT_EQ(root.toSystem(place + "/root/Volumes/../../secret"), place + "/secret");
+        EXPECT_EQ(root.toSystem(place + "/base/Volumes/x"), "/Volumes/x");
+        EXPECT_EQ(root.toSystem(place + "/base//System/"), "/System");
+        EXPECT_EQ(root.toSystem(place + "/base/Volumes/../../secret"), place + "/secret");
         for (const std::string& path :
-             {place + "/root/other", place + "/rootVolumes/x", place + "/root", "/Volumes/x"s, "x"s})
+             {place + "/base/other", place + "/baseVolumes/x", place + "/base", "/Volumes/x"s, "x"s})
             EXPECT_EQ(root.toSystem(path), path);
     }
 }
